@@ -1,0 +1,40 @@
+#include "translator/VexParameter.h"
+
+#include <cstring>
+
+namespace korva {
+
+const char* const kVexParameterNames[kNumVexParameters] = {
+        "VOL", "PSTG", "PREG", "PLB", "NGON", "DEON", "DEA", "DED", "VMB", "DVME", "DVMC",
+        "DVLE", "DVLA", "DVLI", "DVLO", "DVLC", "IEON", "IEA", "AROD", "ARTP", "GEON",
+        "AOON", "VER", "IEBS", "ARDS", "ARON", "ARDE", "ARSA", "ARBS", "ARTI", "DOM", "DSB",
+        "GEBS", "BEON", "BEB", "BECF", "BEW", "VBON", "VBM", "VBSF", "VBOG", "VBSG", "VBHG",
+        "VBMF", "VBBG", "VBCG", "VBCT", "VBHM", "VBHB", "VBMX", "VBRG", "AOBS", "MSCE",
+        "MIEE", "MDLE", "MDEE", "MAVE", "VNBS", "DMC", "DHFM", "DFSA", "DSA", "DHSA",
+        "DRSA", "DRHA", "SVSB", "CEON", "CEQT", "DPLP", "MVBE", "RSSE", "RSSA", "IEID",
+        "DRCM", "HPON", "HPTW", "HPAT", "HPAA", "HPAR", "BMDE", "BMDT", "RVSE", "RVSA",
+        "VSSD", "SVM", "SVRC", "AVSB", "HVM", "HVRC", "HLRA", "SDFA", "HFON", "HFCF",
+        "DSOE", "DSOA", "DSOI"
+};
+
+int32_t vexParameterCode(const char* name) {
+    size_t length = strlen(name);
+    if (length < 1 || length > 4) {
+        return 0;
+    }
+    uint32_t code = 0;
+    for (size_t i = 0; i < length; i++) {
+        uint8_t c = static_cast<uint8_t>(name[i]);
+        if (c >= 'A' && c <= 'Z') {
+            c |= 0x20;
+        }
+        code |= uint32_t{c} << (8 * i);
+    }
+    return static_cast<int32_t>(code);
+}
+
+int32_t vexParameterCode(VexParameter param) {
+    return vexParameterCode(kVexParameterNames[param]);
+}
+
+}  // namespace korva
