@@ -1,0 +1,47 @@
+#include "model/ParameterValues.h"
+
+#include <sstream>
+
+#include "model/CreationOrder.h"
+
+namespace korva {
+
+ParameterValues::ParameterValues(int64_t id, bool dirty)
+    : id(id), dirty(dirty), mCreationSerial(nextCreationSerial()) {}
+
+ParameterValues::~ParameterValues() = default;
+
+bool ParameterValues::isDirty() const {
+    return dirty;
+}
+
+void ParameterValues::setDirty(bool newDirty) {
+    dirty = newDirty;
+}
+
+void ParameterValues::set(Parameter parameter, const std::vector<int>& newValues) {
+    std::vector<int>& stored = values[parameter];
+    if (&stored != &newValues) {
+        stored = newValues;
+    }
+    dirty = true;
+}
+
+std::string ParameterValues::valuesToString() const {
+    std::ostringstream out;
+    for (const auto& [parameter, parameterValues] : values) {
+        if (parameter == IEQ_ID) {
+            continue;
+        }
+        std::ostringstream line;
+        line << kParameterNames[parameter] << "=";
+        for (int value : parameterValues) {
+            line << value << ",";
+        }
+        line << "\n";
+        out << line.str();
+    }
+    return out.str();
+}
+
+}  // namespace korva

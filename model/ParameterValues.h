@@ -1,0 +1,50 @@
+// Base of every tuning record that carries parameter values: each value, whatever it means, is a
+// vector of int keyed by Parameter.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "model/Parameter.h"
+
+namespace korva {
+
+class ParameterValues {
+public:
+    // Declared in this order on purpose: the virtual slots are part of the exported interface.
+    virtual int64_t getId() const = 0;
+    virtual bool isDirty() const;
+    virtual void setDirty(bool dirty);
+    virtual ~ParameterValues();
+    // The parameters this kind of record may hold; the translators walk this set.
+    virtual const std::set<Parameter>& getValidParams() const = 0;
+
+    ParameterValues(const ParameterValues&) = delete;
+    ParameterValues& operator=(const ParameterValues&) = delete;
+
+    // Replaces or inserts the parameter's values and marks the record changed, even when the
+    // values are the same. Which parameters a record accepts is the caller's business.
+    void set(Parameter parameter, const std::vector<int>& values);
+
+    // One "name=v1,v2,...," line per parameter in Parameter order. ieq_id is never shown: an
+    // IeqPreset keeps its own number there.
+    std::string valuesToString() const;
+
+    uint64_t getCreationSerial() const { return mCreationSerial; }
+
+    // Public record data, read directly by the reader, the translators and the store.
+    int64_t id;
+    bool dirty;
+    std::map<Parameter, std::vector<int>> values;
+
+protected:
+    ParameterValues(int64_t id, bool dirty);
+
+private:
+    uint64_t mCreationSerial;
+};
+
+}  // namespace korva
