@@ -1,0 +1,173 @@
+#include "reader/TagIterator.h"
+
+#include <android/log.h>
+#include <libxml/parser.h>
+
+#include <cerrno>
+
+#include "reader/String2Int.h"
+
+namespace korva {
+
+namespace {
+
+constexpr const char* kLogTag = "TagIterator";
+
+// Reads one attribute value of an element; a value libxml2 cannot give reads as empty.
+std::string attributeValue(xmlNode* node, const xmlAttr* attribute) {
+    XmlCharPtr value(xmlGetProp(node, attribute->name));
+    return toString(value.get());
+}
+
+}  // namespace
+
+int TagIterator::mInstanceCount = 0;
+
+TagIterator::TagIterator() {
+    mInstanceCount++;
+}
+
+TagIterator::~TagIterator() {
+    clearAll();
+    mInstanceCount--;
+    if (mInstanceCount == 0) {
+        xmlCleanupParser();
+    }
+}
+
+int TagIterator::init(std::string& path) {
+    if (path.empty()) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Invalide xml file path, %d", __LINE__);
+        return -EINVAL;
+    }
+    // No parser options: blank text nodes must stay, the walk relies on them.
+    xmlDoc* document = xmlReadFile(path.c_str(), nullptr, 0);
+    if (document == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "fail to call xmlReadFile,  %d", __LINE__);
+        return -EINVAL;
+    }
+    return adoptDocument(document);
+}
+
+int TagIterator::adoptDocument(xmlDoc* document) {
+    mDocument.reset(document);
+    mRoot = xmlDocGetRootElement(document);
+    if (mRoot == nullptr) {
+        // The document stays owned until clearAll or the destructor.
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "fail to call xmlDocGetRootElement, %d",
+                            __LINE__);
+        return -ENODEV;
+    }
+    mCurrent = mRoot->children;
+    return 0;
+}
+
+void TagIterator::next() {
+    if (mCurrent != nullptr) {
+        mCurrent = mCurrent->next;
+    }
+}
+
+void TagIterator::childrenNext() {
+    if (mCurrent != nullptr && mCurrent->children != nullptr) {
+        mCurrent = mCurrent->children->next;
+    }
+}
+
+bool TagIterator::isChildrenValid() {
+    return mCurrent != nullptr && mCurrent->children != nullptr;
+}
+
+bool TagIterator::isNextValid() {
+    return mCurrent != nullptr && mCurrent->next != nullptr;
+}
+
+bool TagIterator::isCurValid() {
+    return mCurrent != nullptr;
+}
+
+bool TagIterator::isElementNode() {
+    return mCurrent != nullptr && mCurrent->type == XML_ELEMENT_NODE;
+}
+
+void TagIterator::pushNode() {
+    mNodeStack.push_back(mCurrent);
+}
+
+void TagIterator::popNode() {
+    if (mNodeStack.empty()) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "It's empty in node stack!");
+        return;
+    }
+    mCurrent = mNodeStack.back();
+    mNodeStack.pop_back();
+}
+
+std::string TagIterator::getNodeName() {
+    return mCurrent != nullptr ? toString(mCurrent->name) : std::string();
+}
+
+std::vector<std::string> TagIterator::getAttrsName() {
+    std::vector<std::string> names;
+    if (!isElementNode()) {
+        return names;
+    }
+    for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        names.push_back(toString(attribute->name));
+    }
+    return names;
+}
+
+bool TagIterator::isReadableElement() {
+    if (mCurrent == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Invalid node when parsing String vector.");
+        return false;
+    }
+    return mCurrent->type == XML_ELEMENT_NODE;
+}
+
+void TagIterator::parseNodeIntVector(std::vector<int>& out) {
+    if (!isReadableElement()) {
+        return;
+    }
+    for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        out.push_back(string2Int(attributeValue(mCurrent, attribute)));
+    }
+}
+
+void TagIterator::parseNodeAll(std::vector<std::string>& out) {
+    parseNodeWithName({}, out);
+}
+
+void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
+                                    std::vector<std::string>& out) {
+    if (!isReadableElement()) {
+        return;
+    }
+    if (!names.empty()) {
+        out.resize(names.size());
+    }
+    for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        if (names.empty()) {
+            out.push_back(attributeValue(mCurrent, attribute));
+            continue;
+        }
+        const std::string name = toString(attribute->name);
+        for (size_t i = 0; i < names.size(); i++) {
+            if (names[i] == name) {
+                out[i] = attributeValue(mCurrent, attribute);
+            }
+        }
+    }
+}
+
+void TagIterator::clearAll() {
+    mDocument.reset();
+    mRoot = nullptr;
+    mCurrent = nullptr;
+}
+
+}  // namespace korva

@@ -1,0 +1,289 @@
+#include <android/log.h>
+#include <gtest/gtest.h>
+#include <libxml/tree.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "LogCapture.h"
+#include "TestPaths.h"
+#include "reader/TagIterator.h"
+
+// The test binary is linked with --wrap=xmlCleanupParser, so every call the library makes is
+// counted here before it reaches libxml2.
+namespace {
+int gCleanupCalls = 0;
+}  // namespace
+
+extern "C" void __real_xmlCleanupParser();
+extern "C" void __wrap_xmlCleanupParser() {
+    gCleanupCalls++;
+    __real_xmlCleanupParser();
+}
+
+namespace korva {
+namespace {
+
+using test::LogCapture;
+using test::testDataFile;
+
+using Strings = std::vector<std::string>;
+
+// Gives the tests a way to hand the iterator a document that no file can produce.
+class AdoptingIterator : public TagIterator {
+public:
+    using TagIterator::adoptDocument;
+};
+
+bool startsWith(const std::string& text, const std::string& prefix) {
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+class TagIteratorWalkTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string path = testDataFile("iterator-walk.xml");
+        ASSERT_EQ(0, mIterator.init(path));
+    }
+
+    // Moves from the start to the first element with this name among the root's children.
+    void moveTo(const std::string& name) {
+        while (mIterator.isCurValid() && mIterator.getNodeName() != name) {
+            mIterator.next();
+        }
+        ASSERT_TRUE(mIterator.isCurValid()) << name;
+    }
+
+    TagIterator mIterator;
+};
+
+TEST(TagIteratorInitTest, RefusesWhatCannotBeParsed) {
+    struct Case {
+        std::string path;
+        std::string messagePrefix;
+    };
+    const Case cases[] = {
+        {"", "Invalide xml file path, "},
+        {testDataFile("does-not-exist.xml"), "fail to call xmlReadFile,  "},
+        {testDataFile("empty.xml"), "fail to call xmlReadFile,  "},
+        {testDataFile("not-xml.xml"), "fail to call xmlReadFile,  "},
+        {testDataFile("truncated.xml"), "fail to call xmlReadFile,  "},
+        {testDataFile("no-root.xml"), "fail to call xmlReadFile,  "},
+        {test::testDataDir(), "fail to call xmlReadFile,  "},
+    };
+    for (const Case& c : cases) {
+        LogCapture log;
+        TagIterator iterator;
+        std::string path = c.path;
+        EXPECT_EQ(-22, iterator.init(path)) << c.path;
+        EXPECT_FALSE(iterator.isCurValid()) << c.path;
+        Strings messages = log.messages("TagIterator");
+        ASSERT_EQ(1u, messages.size()) << c.path;
+        EXPECT_TRUE(startsWith(messages[0], c.messagePrefix)) << messages[0];
+        EXPECT_EQ(ANDROID_LOG_ERROR, log.lines()[0].priority);
+    }
+}
+
+TEST(TagIteratorInitTest, DocumentWithoutRootIsNoDevice) {
+    LogCapture log;
+    AdoptingIterator iterator;
+    xmlDoc* document = xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0"));
+    EXPECT_EQ(-19, iterator.adoptDocument(document));
+    EXPECT_FALSE(iterator.isCurValid());
+    Strings messages = log.messages("TagIterator");
+    ASSERT_EQ(1u, messages.size());
+    EXPECT_TRUE(startsWith(messages[0], "fail to call xmlDocGetRootElement, ")) << messages[0];
+    // The document stays owned by the iterator and is freed with it (checked under valgrind).
+}
+
+TEST_F(TagIteratorWalkTest, StartsOnTheBlankTextBeforeTheFirstElement) {
+    EXPECT_TRUE(mIterator.isCurValid());
+    EXPECT_FALSE(mIterator.isElementNode());
+    EXPECT_EQ("text", mIterator.getNodeName());
+    mIterator.next();
+    EXPECT_TRUE(mIterator.isElementNode());
+    EXPECT_EQ("first", mIterator.getNodeName());
+}
+
+TEST_F(TagIteratorWalkTest, NextVisitsEveryKindOfNode) {
+    Strings names;
+    while (mIterator.isCurValid()) {
+        names.push_back(mIterator.getNodeName());
+        mIterator.next();
+    }
+    const Strings expected = {"text",  "first", "text", "comment", "text", "second", "text",
+                              "tight", "text",  "bare", "text",    "last", "text"};
+    EXPECT_EQ(expected, names);
+    // Off the end the cursor stays null.
+    mIterator.next();
+    EXPECT_FALSE(mIterator.isCurValid());
+    EXPECT_FALSE(mIterator.isNextValid());
+    EXPECT_FALSE(mIterator.isElementNode());
+    EXPECT_EQ("", mIterator.getNodeName());
+}
+
+TEST_F(TagIteratorWalkTest, ChildrenNextStepsOverTheLeadingBlankText) {
+    moveTo("second");
+    EXPECT_TRUE(mIterator.isChildrenValid());
+    mIterator.childrenNext();
+    EXPECT_EQ("child", mIterator.getNodeName());
+    std::vector<int> values;
+    mIterator.parseNodeIntVector(values);
+    EXPECT_EQ((std::vector<int>{-7, 12, 0}), values);
+}
+
+TEST_F(TagIteratorWalkTest, ChildrenNextOnASingleChildLeavesNothing) {
+    moveTo("tight");
+    mIterator.childrenNext();
+    EXPECT_FALSE(mIterator.isCurValid());
+    // A further step down from nothing changes nothing.
+    mIterator.childrenNext();
+    EXPECT_FALSE(mIterator.isCurValid());
+}
+
+TEST_F(TagIteratorWalkTest, ChildrenNextWithoutChildrenStaysPut) {
+    moveTo("bare");
+    EXPECT_FALSE(mIterator.isChildrenValid());
+    mIterator.childrenNext();
+    EXPECT_EQ("bare", mIterator.getNodeName());
+}
+
+TEST_F(TagIteratorWalkTest, LastElementHasOnlyBlankTextAfterIt) {
+    moveTo("last");
+    EXPECT_TRUE(mIterator.isNextValid());
+    mIterator.next();
+    EXPECT_FALSE(mIterator.isNextValid());
+    mIterator.next();
+    EXPECT_FALSE(mIterator.isCurValid());
+}
+
+TEST_F(TagIteratorWalkTest, StackRestoresSavedNodesLastFirst) {
+    moveTo("first");
+    mIterator.pushNode();
+    moveTo("second");
+    mIterator.pushNode();
+    mIterator.childrenNext();
+    EXPECT_EQ("child", mIterator.getNodeName());
+    mIterator.popNode();
+    EXPECT_EQ("second", mIterator.getNodeName());
+    mIterator.popNode();
+    EXPECT_EQ("first", mIterator.getNodeName());
+
+    // A null cursor is saved and restored like any other.
+    while (mIterator.isCurValid()) mIterator.next();
+    mIterator.pushNode();
+    mIterator.popNode();
+    EXPECT_FALSE(mIterator.isCurValid());
+}
+
+TEST_F(TagIteratorWalkTest, PopOnAnEmptyStackLogsAndKeepsTheCursor) {
+    moveTo("second");
+    LogCapture log;
+    mIterator.popNode();
+    EXPECT_EQ("second", mIterator.getNodeName());
+    EXPECT_EQ(Strings{"It's empty in node stack!"}, log.messages("TagIterator"));
+    EXPECT_EQ(ANDROID_LOG_ERROR, log.lines()[0].priority);
+}
+
+TEST_F(TagIteratorWalkTest, AttributeNamesAndValuesInDocumentOrder) {
+    moveTo("first");
+    EXPECT_EQ((Strings{"a", "b", "c"}), mIterator.getAttrsName());
+    Strings all = {"kept"};
+    mIterator.parseNodeAll(all);
+    EXPECT_EQ((Strings{"kept", "1", "2", "3"}), all);
+    Strings unnamed;
+    mIterator.parseNodeWithName({}, unnamed);
+    EXPECT_EQ((Strings{"1", "2", "3"}), unnamed);
+}
+
+TEST_F(TagIteratorWalkTest, ParseNodeWithNameFillsOneSlotPerName) {
+    moveTo("second");  // b="2" c="3"
+    struct Case {
+        Strings names;
+        Strings before;
+        Strings expected;
+    };
+    const Case cases[] = {
+        {{"a", "b"}, {}, {"", "2"}},
+        {{"c", "b"}, {}, {"3", "2"}},
+        // Listed names that are missing keep what the slot held; extra slots are dropped.
+        {{"a", "b"}, {"keep", "x", "extra"}, {"keep", "2"}},
+        {{"b", "b", "z"}, {}, {"2", "2", ""}},
+        // Names compare case-sensitively.
+        {{"B"}, {}, {""}},
+    };
+    for (const Case& c : cases) {
+        Strings out = c.before;
+        mIterator.parseNodeWithName(c.names, out);
+        EXPECT_EQ(c.expected, out);
+    }
+}
+
+TEST_F(TagIteratorWalkTest, ReadersOnAnElementWithoutAttributes) {
+    moveTo("bare");
+    EXPECT_TRUE(mIterator.getAttrsName().empty());
+    Strings all = {"x"};
+    mIterator.parseNodeAll(all);
+    EXPECT_EQ(Strings{"x"}, all);
+    std::vector<int> ints = {5};
+    mIterator.parseNodeIntVector(ints);
+    EXPECT_EQ(std::vector<int>{5}, ints);
+    Strings named;
+    mIterator.parseNodeWithName({"value"}, named);
+    EXPECT_EQ(Strings{""}, named);
+}
+
+TEST_F(TagIteratorWalkTest, ReadersIgnoreTextSilentlyAndLogANullCursor) {
+    LogCapture log;
+    // On the leading blank text node.
+    Strings out;
+    std::vector<int> ints;
+    mIterator.parseNodeAll(out);
+    mIterator.parseNodeWithName({"a"}, out);
+    mIterator.parseNodeIntVector(ints);
+    EXPECT_TRUE(mIterator.getAttrsName().empty());
+    EXPECT_TRUE(out.empty());
+    EXPECT_TRUE(ints.empty());
+    EXPECT_TRUE(log.lines().empty());
+
+    while (mIterator.isCurValid()) mIterator.next();
+    mIterator.parseNodeAll(out);
+    mIterator.parseNodeWithName({"a"}, out);
+    mIterator.parseNodeIntVector(ints);
+    EXPECT_TRUE(out.empty());
+    EXPECT_TRUE(ints.empty());
+    EXPECT_EQ(3u, log.count("Invalid node when parsing String vector.", "TagIterator"));
+}
+
+TEST_F(TagIteratorWalkTest, ClearAllForgetsTheDocument) {
+    moveTo("first");
+    mIterator.clearAll();
+    EXPECT_FALSE(mIterator.isCurValid());
+    EXPECT_EQ("", mIterator.getNodeName());
+}
+
+TEST(TagIteratorLifetimeTest, OnlyTheLastIteratorCleansUpLibxml2) {
+    std::string path = testDataFile("iterator-walk.xml");
+    const int before = gCleanupCalls;
+    ASSERT_EQ(0, TagIterator::instanceCount());
+    auto first = std::make_unique<TagIterator>();
+    auto second = std::make_unique<TagIterator>();
+    EXPECT_EQ(2, TagIterator::instanceCount());
+    ASSERT_EQ(0, first->init(path));
+    ASSERT_EQ(0, second->init(path));
+
+    second.reset();
+    EXPECT_EQ(before, gCleanupCalls);
+    first.reset();
+    EXPECT_EQ(0, TagIterator::instanceCount());
+    EXPECT_EQ(before + 1, gCleanupCalls);
+
+    // libxml2 starts afresh for the next iterator.
+    TagIterator again;
+    EXPECT_EQ(0, again.init(path));
+    EXPECT_TRUE(again.isCurValid());
+}
+
+}  // namespace
+}  // namespace korva
