@@ -1,0 +1,31 @@
+// Reads one kind of parameter element of a tuning file into a record. One setter object serves
+// every element of its name, in every record of every file: it keeps nothing between calls.
+#pragma once
+
+#include <string>
+
+#include "model/ParameterValues.h"
+#include "reader/TagIterator.h"
+
+namespace korva {
+
+class ValueSetter {
+public:
+    virtual ~ValueSetter();
+    // The element name this setter is registered under.
+    virtual std::string getNodeName();
+    // Reads the element under the cursor and writes its parameters into values. The cursor is
+    // back on the element when this returns.
+    virtual void set(ParameterValues& values, TagIterator& iterator) = 0;
+
+    ValueSetter(const ValueSetter&) = delete;
+    ValueSetter& operator=(const ValueSetter&) = delete;
+
+protected:
+    explicit ValueSetter(std::string nodeName);
+
+private:
+    const std::string mNodeName;
+};
+
+}  // namespace korva
