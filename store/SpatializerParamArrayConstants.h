@@ -1,0 +1,32 @@
+// Fixed tables of the parameter store that construction and loading share.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace korva {
+
+// Log tag of everything the store writes.
+constexpr const char* kStoreLogTag = "KrvSpatializerParamArray";
+
+// An AndroidDevice number.
+using Port = int;
+
+// Ports preselected with the tuning device "default_<port name>": headphone, bluetooth, usb.
+extern const std::set<Port> kDefaultTuningPorts;
+
+// Port name -> Android output-device bit. Not const: loading files unknown port names here.
+extern std::map<std::string, int> kPortNameToDevice;
+
+// Bluetooth A2DP and USB device bits, which headphone profile endpoints are translated for.
+extern const std::set<int> kA2dpUsbDevices;
+
+// Speaker mix matrices used when the tuning has none: three matrices, each led by two words.
+extern const std::vector<int> kDefaultMixMatrix;
+
+// Virtual bass mode used when the tuning has none.
+extern const std::vector<int> kDefaultVbMode;
+
+}  // namespace korva

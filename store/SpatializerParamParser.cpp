@@ -1,0 +1,128 @@
+#include "store/SpatializerParamParser.h"
+
+#include <cinttypes>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "store/LogLevel.h"
+
+namespace korva {
+
+namespace {
+
+constexpr const char* kTag = "KrvSpatializerParamParser";
+
+int32_t valueAt(const int32_t* values, int32_t index) {
+    int32_t value;
+    memcpy(&value, reinterpret_cast<const uint8_t*>(values) + int64_t{index} * 4, sizeof(value));
+    return value;
+}
+
+// "code = values" for a verbose trace of the current entry.
+std::string describeEntry(int32_t paramId, int32_t numValues, const int32_t* values) {
+    char code[sizeof(paramId) + 1] = {};
+    memcpy(code, &paramId, sizeof(paramId));
+    std::string text = code;
+    text += " = ";
+    // Only positive counts have values behind them that were bounds-checked.
+    if (numValues <= 0) {
+        text += "{no values}";
+    } else if (numValues == 1) {
+        text += std::to_string(valueAt(values, 0));
+    } else {
+        text += "#" + std::to_string(numValues) + "[" + std::to_string(valueAt(values, 0)) +
+                " ... " + std::to_string(valueAt(values, numValues - 1)) + "]";
+    }
+    return text;
+}
+
+}  // namespace
+
+SpatializerParamParser::SpatializerParamParser(void* data, int size)
+    : ParserBuffer(data, size),
+      mProfileId(0),
+      mNumParams(0),
+      mParamIndex(0),
+      mDeviceId(0),
+      mParamId(0),
+      mNumValues(0),
+      mValues(nullptr) {
+    KORVA_LOGD(kTag, "%s()", "SpatializerParamParser");
+}
+
+bool SpatializerParamParser::begin() {
+    KORVA_LOGV(kLogLevelVerbose, kTag, "%s()", __func__);
+    mOffset = 0;
+    mNumParams = 0;
+    mParamIndex = 0;
+    if (!readWord(&mProfileId)) {
+        KORVA_LOGE(kTag, "%s() failed to extract profile id", __func__);
+        return false;
+    }
+    if (!readWord(&mNumParams)) {
+        KORVA_LOGE(kTag, "%s() failed to extract number of parameters", __func__);
+        return false;
+    }
+    return true;
+}
+
+bool SpatializerParamParser::next() {
+    KORVA_LOGV(kLogLevelVerbose, kTag, "%s()", __func__);
+    if (mParamIndex >= mNumParams) {
+        return false;
+    }
+    // Counted before reading, so a failed entry still counts (validate relies on this).
+    mParamIndex++;
+    if (!readWord(&mDeviceId)) {
+        KORVA_LOGE(kTag, "%s() failed to extract device id for parameter #%d", __func__,
+                   mParamIndex);
+        return false;
+    }
+    if (!readWord(&mParamId)) {
+        KORVA_LOGE(kTag, "%s() failed to extract parameter id for parameter #%d", __func__,
+                   mParamIndex);
+        return false;
+    }
+    if (!readWord(&mNumValues)) {
+        KORVA_LOGE(kTag, "%s() failed to extract number of values for parameter #%d", __func__,
+                   mParamIndex);
+        return false;
+    }
+    int32_t valuesAt = mOffset;
+    // A count whose byte length does not fit an int cannot fit any buffer either.
+    int64_t bytes = int64_t{mNumValues} * 4;
+    bool fits = bytes >= std::numeric_limits<int>::min() &&
+                bytes <= std::numeric_limits<int>::max() && skip(static_cast<int>(bytes));
+    if (!fits) {
+        KORVA_LOGE(kTag, "%s() failed to extract %d values for parameter #%d", __func__, mNumValues,
+                   mParamIndex);
+        return false;
+    }
+    mValues = reinterpret_cast<int32_t*>(mData + valuesAt);
+    return true;
+}
+
+bool SpatializerParamParser::validate() {
+    KORVA_LOGV(kLogLevelVerbose, kTag, "%s()", __func__);
+    if (!begin()) {
+        KORVA_LOGE(kTag, "%s() EFFECT_PARAM_PROFILE header is incorrect.", __func__);
+        return false;
+    }
+    KORVA_LOGV(kLogLevelVerbose, kTag, "%s() Found profile id %x with %d parameters", __func__,
+               mProfileId, mNumParams);
+    while (next()) {
+        if (isLogLevelAtLeast(kLogLevelVerbose)) {
+            std::string entry = describeEntry(mParamId, mNumValues, mValues);
+            __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() Found for device %x parameter %s",
+                                __func__, mDeviceId, entry.c_str());
+        }
+    }
+    if (mParamIndex != mNumParams) {
+        KORVA_LOGE(kTag, "%s() Expected %d parameters, found %d parameters.", __func__, mNumParams,
+                   mParamIndex);
+    }
+    return mParamIndex == mNumParams;
+}
+
+}  // namespace korva

@@ -1,0 +1,33 @@
+// Validates an EFFECT_PARAM_PROFILE blob and steps through its parameter entries:
+//   header, number of entries, then per entry: device id, parameter code, value count, values;
+// all 32-bit words. Construct, validate(), then begin() and next() until it returns false,
+// reading the public fields after each successful call. Nothing is copied: mValues points into
+// the caller's buffer.
+#pragma once
+
+#include <cstdint>
+
+#include "store/ParserBuffer.h"
+
+namespace korva {
+
+class SpatializerParamParser : public ParserBuffer {
+public:
+    SpatializerParamParser(void* data, int size);
+
+    bool begin();
+    bool next();
+    // Walks the whole blob; leaves the cursor at its end, so call begin() before reading.
+    bool validate();
+
+    int32_t mProfileId;
+    int32_t mNumParams;
+    // Entries that next() has started, counting a failed one: the 1-based number of the current.
+    int32_t mParamIndex;
+    int32_t mDeviceId;
+    int32_t mParamId;
+    int32_t mNumValues;
+    int32_t* mValues;
+};
+
+}  // namespace korva
