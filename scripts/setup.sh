@@ -14,10 +14,8 @@ for arg in "$@"; do
     esac
 done
 
-sudo_cmd=()
-if [ "$(id -u)" -ne 0 ]; then
-    sudo_cmd=(sudo)
-fi
+# shellcheck source=scripts/apt-common.sh
+. "$(dirname "$0")/apt-common.sh"
 
 host_packages=(
     build-essential cmake pkg-config file
@@ -27,26 +25,6 @@ host_packages=(
     libcli11-dev nlohmann-json3-dev
     clang libclang-rt-14-dev valgrind python3
 )
-
-missing() {
-    local out=()
-    for p in "$@"; do
-        if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
-            out+=("$p")
-        fi
-    done
-    echo "${out[@]:-}"
-}
-
-apt_install() {
-    local todo
-    todo=$(missing "$@")
-    if [ -n "$todo" ]; then
-        "${sudo_cmd[@]}" apt-get update -qq
-        # shellcheck disable=SC2086
-        DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends $todo
-    fi
-}
 
 apt_install "${host_packages[@]}"
 
