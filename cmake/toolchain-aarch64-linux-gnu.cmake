@@ -37,7 +37,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 # The cross libc comes first so that it matches the dynamic loader the prefix supplies; the
 # multiarch folders then give the :arm64 packages' libraries.
 find_program(KORVA_QEMU_AARCH64 qemu-aarch64 REQUIRED)
+set(korva_arm64_library_path
+    ${korva_arm64_cross_libdir} ${korva_arm64_libdir} ${korva_arm64_libdir}/android
+    ${korva_arm64_7z_dir})
+list(JOIN korva_arm64_library_path ":" korva_arm64_library_path)
 set(CMAKE_CROSSCOMPILING_EMULATOR
-    "${KORVA_QEMU_AARCH64}"
-    -L /usr/aarch64-linux-gnu
-    -E "LD_LIBRARY_PATH=${korva_arm64_cross_libdir}:${korva_arm64_libdir}:${korva_arm64_libdir}/android:${korva_arm64_7z_dir}")
+    "${KORVA_QEMU_AARCH64}" -L /usr/aarch64-linux-gnu
+    -E "LD_LIBRARY_PATH=${korva_arm64_library_path}")

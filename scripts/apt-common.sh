@@ -24,6 +24,7 @@ apt_install() {
     if [ -n "$todo" ]; then
         "${sudo_cmd[@]}" apt-get update -qq
         # shellcheck disable=SC2086
-        DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends $todo
+        DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq \
+            --no-install-recommends $todo
     fi
 }

@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""The Android.bp check must fail on every kind of drift, and only then."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+SCRIPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "scripts",
+                      "check-android-bp.py")
+
+BASE_LIST = [
+    "product korva_model model/Parameter.cpp",
+    "product korva_store store/SpatializerParamArray.cpp",
+    "engine vexparamstore engine/VexParamStore.cpp",
+    "support korva_test_support tests/support/LogCapture.cpp",
+    "test model_tests tests/model/ParameterValuesTest.cpp",
+]
+
+FUZZ_CMAKE = """# korva_add_fuzzer(<name> [TOOL] SOURCES <files...>)
+function(korva_add_fuzzer name)
+endfunction()
+korva_add_fuzzer(fuzz_tuning_file SOURCES TuningFileFuzzer.cpp)
+korva_add_fuzzer(fuzz_blob
+                 SOURCES BlobFuzzer.cpp)
+korva_add_fuzzer(fuzz_seed_dump TOOL SOURCES SeedDump.cpp)
+"""
+
+
+class CheckAndroidBpTest(unittest.TestCase):
+    def setUp(self):
+        self.tmp = tempfile.TemporaryDirectory()
+        self.root = self.tmp.name
+        os.makedirs(os.path.join(self.root, "fuzz"))
+        with open(os.path.join(self.root, "fuzz", "CMakeLists.txt"), "w") as f:
+            f.write(FUZZ_CMAKE)
+        open(os.path.join(self.root, "fuzz", "tuning.dict"), "w").close()
+        self.sources = os.path.join(self.root, "android-bp-sources.txt")
+        self.write_list(BASE_LIST)
+        self.run_script("--write")
+
+    def tearDown(self):
+        self.tmp.cleanup()
+
+    def write_list(self, lines):
+        with open(self.sources, "w") as f:
+            f.write("\n".join(lines) + "\n")
+
+    def run_script(self, *extra):
+        return subprocess.run(
+            [sys.executable, SCRIPT, "--root", self.root, "--sources", self.sources, *extra],
+            capture_output=True, text=True)
+
+    def read(self, name):
+        with open(os.path.join(self.root, name)) as f:
+            return f.read()
+
+    def test_freshly_written_files_pass(self):
+        result = self.run_script()
+        self.assertEqual(0, result.returncode, result.stdout)
+        self.assertIn("Android.bp: in step", result.stdout)
+        self.assertIn("TEST_MAPPING: in step", result.stdout)
+
+    def test_drift_fails_and_names_the_difference(self):
+        cases = [
+            ("product source added",
+             BASE_LIST + ["product korva_cache cache/SpatializerParamCache.cpp"],
+             ["built by CMake, missing from Android.bp: cache/SpatializerParamCache.cpp"]),
+            ("product source removed",
+             [line for line in BASE_LIST if "store/" not in line],
+             ["in Android.bp, not built by CMake: store/SpatializerParamArray.cpp"]),
+            ("test program added",
+             BASE_LIST + ["test store_tests tests/store/ParserBufferTest.cpp"],
+             ["TEST_MAPPING: out of step",
+              "+      \"name\": \"libspatializerparamstorage_store_tests\""]),
+            ("test source added",
+             BASE_LIST + ["test model_tests tests/model/RecordsTest.cpp"],
+             ["+        \"tests/model/RecordsTest.cpp\","]),
+            ("engine stand-in source added",
+             BASE_LIST + ["engine vexparamstore engine/EffectParamParser.cpp"],
+             ["+        \"engine/EffectParamParser.cpp\","]),
+        ]
+        for name, lines, expected in cases:
+            with self.subTest(name):
+                self.write_list(lines)
+                result = self.run_script()
+                self.assertEqual(1, result.returncode, result.stdout)
+                for text in expected:
+                    self.assertIn(text, result.stdout)
+                self.assertIn("--write", result.stdout)
+
+    def test_hand_edit_of_android_bp_fails(self):
+        path = os.path.join(self.root, "Android.bp")
+        with open(path, "a") as f:
+            f.write("// local change\n")
+        self.assertEqual(1, self.run_script().returncode)
+
+    def test_device_library_leaves_the_host_stand_ins_out(self):
+        bp = self.read("Android.bp")
+        library = bp[bp.index("cc_library_shared {"):]
+        library = library[:library.index("\n}\n")]
+        self.assertIn('vendor: true', bp)
+        self.assertIn('"libvexparamstore"', library)
+        self.assertNotIn("engine/", library)
+        self.assertNotIn('"platform/', bp)
+        group = bp[bp.index("filegroup {"):]
+        group = group[:group.index("\n}\n")]
+        self.assertIn('"model/Parameter.cpp"', group)
+        self.assertNotIn("engine/", group)
+
+    def test_fuzzers_come_from_the_fuzz_build_without_its_tools(self):
+        bp = self.read("Android.bp")
+        self.assertIn('name: "libspatializerparamstorage_fuzz_tuning_file"', bp)
+        self.assertIn('name: "libspatializerparamstorage_fuzz_blob"', bp)
+        self.assertNotIn("seed_dump", bp)
+        tuning = bp[bp.index('name: "libspatializerparamstorage_fuzz_tuning_file"'):]
+        tuning = tuning[:tuning.index("\n}\n")]
+        self.assertIn('dictionary: "fuzz/tuning.dict"', tuning)
+        blob = bp[bp.index('name: "libspatializerparamstorage_fuzz_blob"'):]
+        self.assertNotIn("dictionary", blob[:blob.index("\n}\n")])
+
+    def test_unreadable_list_is_refused(self):
+        cases = [("unknown kind", ["header korva_model model/Parameter.h"]),
+                 ("no product", ["test model_tests tests/model/ParameterValuesTest.cpp"])]
+        for name, lines in cases:
+            with self.subTest(name):
+                self.write_list(lines)
+                result = self.run_script()
+                self.assertNotEqual(0, result.returncode)
+
+
+if __name__ == "__main__":
+    unittest.main()
