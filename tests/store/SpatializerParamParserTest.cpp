@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "LogLines.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/VexParameter.h"
 
@@ -31,13 +32,7 @@ void setLogLevel(int level) {
 }
 
 std::vector<std::string> linesAt(const LogCapture& log, int priority) {
-    std::vector<std::string> out;
-    for (const test::LogLine& line : log.lines()) {
-        if (line.tag == kTag && line.priority == priority) {
-            out.push_back(line.message);
-        }
-    }
-    return out;
+    return test::linesAt(log, kTag, priority);
 }
 
 struct FailureCase {
