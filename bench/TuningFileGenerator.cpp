@@ -458,7 +458,7 @@ std::string TuningFileGenerator::generate() {
 
     // The standard set every device file has: four IEQ presets, the five profiles with their
     // GEQ presets, a speaker tuning and the headphone tuning that serves the default devices.
-    // Below 20 KB they shrink to ten bands and few parameters, so that 10 KB can be asked for.
+    // Below 20 KB they shrink to eight bands and few parameters, so that 10 KB can be asked for.
     bool tiny = mTargetBytes < 20000;
     writer.setTiny(tiny);
     int bands = tiny ? 8 : 20;

@@ -1,0 +1,183 @@
+#!/usr/bin/env python3
+"""Prints the benchmark table: each figure beside its baseline, the ratio and its target.
+
+Reads the JSON files written by the korva-bench-* programs (run with repetitions and
+aggregates) and takes the median CPU time of every benchmark. Output is Markdown, so that the
+README's performance section can show it as it is.
+
+    report.py [--machine TEXT] result.json...
+"""
+import argparse
+import json
+import sys
+
+TIME_SCALE = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+
+
+def load_results(paths):
+    """Median CPU seconds and counters per benchmark name, from every file."""
+    medians = {}
+    for path in paths:
+        with open(path) as handle:
+            data = json.load(handle)
+        runs = {}
+        for bench in data.get("benchmarks", []):
+            name = bench.get("run_name", bench["name"])
+            if bench.get("error_occurred"):
+                medians[name] = {"error": bench.get("error_message", "error")}
+                continue
+            kind = bench.get("run_type")
+            if kind == "aggregate" and bench.get("aggregate_name") != "median":
+                continue
+            if kind == "aggregate" or name not in runs:
+                runs[name] = bench
+        for name, bench in runs.items():
+            if name in medians:
+                continue
+            entry = dict(bench)
+            entry["cpu_seconds"] = bench["cpu_time"] * TIME_SCALE[bench.get("time_unit", "ns")]
+            medians[name] = entry
+    return medians
+
+
+def verdict(ok):
+    return "yes" if ok else "**no**"
+
+
+def fmt_time(seconds):
+    if seconds >= 1e-3:
+        return "%.2f ms" % (seconds * 1e3)
+    if seconds >= 1e-6:
+        return "%.2f us" % (seconds * 1e6)
+    return "%.0f ns" % (seconds * 1e9)
+
+
+def fmt_bytes(count):
+    if count >= 1e6:
+        return "%.2f MB" % (count / 1e6)
+    if count >= 1e3:
+        return "%.1f KB" % (count / 1e3)
+    return "%d B" % count
+
+
+def missing(results, *names):
+    for name in names:
+        entry = results.get(name)
+        if entry is None:
+            return "not run"
+        if "error" in entry:
+            return entry["error"]
+    return None
+
+
+def load_table(results, out):
+    out.append("| load | file | load | libxml2 parse + free | ratio | target <= 1.5 |")
+    out.append("|---|---|---|---|---|---|")
+    failures = 0
+    for case in ("example", "100K", "1M", "10M"):
+        subject, base = "load/" + case, "libxml2_parse/" + case
+        problem = missing(results, subject, base)
+        if problem:
+            out.append("| %s | | %s | | | |" % (case, problem))
+            continue
+        s, b = results[subject], results[base]
+        ratio = s["cpu_seconds"] / b["cpu_seconds"]
+        failures += ratio > 1.5
+        out.append("| %s | %s | %s | %s | %.2f | %s |" % (
+            case, fmt_bytes(s["file_bytes"]), fmt_time(s["cpu_seconds"]),
+            fmt_time(b["cpu_seconds"]), ratio, verdict(ratio <= 1.5)))
+    return failures
+
+
+def growth_table(results, out):
+    out.append("| growth | load per MB | libxml2 per MB |")
+    out.append("|---|---|---|")
+    per_mb = {}
+    for case in ("100K", "1M", "10M"):
+        subject, base = "load/" + case, "libxml2_parse/" + case
+        if missing(results, subject, base):
+            out.append("| %s | not measured | |" % case)
+            continue
+        mb = results[subject]["file_bytes"] / 1e6
+        per_mb[case] = (results[subject]["cpu_seconds"] / mb, results[base]["cpu_seconds"] / mb)
+        out.append("| %s | %s | %s |" % (case, fmt_time(per_mb[case][0]), fmt_time(per_mb[case][1])))
+    if "100K" in per_mb and "10M" in per_mb:
+        ratio = per_mb["10M"][0] / per_mb["100K"][0]
+        base_ratio = per_mb["10M"][1] / per_mb["100K"][1]
+        out.append("")
+        out.append("Per-MB time at 10M over that at 100K: load %.2f (target <= 1.2: %s), "
+                   "libxml2 alone %.2f." % (ratio, verdict(ratio <= 1.2), base_ratio))
+        return int(ratio > 1.2)
+    return 0
+
+
+def delivery_table(results, out):
+    out.append("| delivery | setParam calls | operation | baseline loop | ratio | target <= 2 |")
+    out.append("|---|---|---|---|---|---|")
+    failures = 0
+    names = sorted(n for n in results if n.startswith(("profile_delivery/", "tuning_delivery/")))
+    for subject in names:
+        group, case = subject.split("/", 1)
+        base = group + "_baseline/" + case
+        problem = missing(results, subject, base)
+        if problem:
+            out.append("| %s | | %s | | | |" % (subject, problem))
+            continue
+        s, b = results[subject], results[base]
+        ratio = s["cpu_seconds"] / b["cpu_seconds"]
+        failures += ratio > 2.0
+        out.append("| %s | %d | %s | %s | %.2f | %s |" % (
+            subject, s["setParam_calls"], fmt_time(s["cpu_seconds"]), fmt_time(b["cpu_seconds"]),
+            ratio, verdict(ratio <= 2.0)))
+    return failures
+
+
+def memory_table(results, out):
+    out.append("| memory | file | blobs (profile + tuning) | blob bytes | retained heap | "
+               "limit 2 x blobs + 64 KiB | within | peak during load | peak / file |")
+    out.append("|---|---|---|---|---|---|---|---|---|")
+    failures = 0
+    for case in ("example", "100K", "1M", "10M"):
+        name = "memory/" + case
+        problem = missing(results, name)
+        if problem:
+            out.append("| %s | | %s | | | | | | |" % (case, problem))
+            continue
+        m = results[name]
+        limit = 2 * m["blob_bytes"] + 64 * 1024
+        failures += m["retained_bytes"] > limit
+        out.append("| %s | %s | %d + %d | %s | %s | %s | %s | %s | %.1f |" % (
+            case, fmt_bytes(m["file_bytes"]), m["profile_blobs"], m["tuning_blobs"],
+            fmt_bytes(m["blob_bytes"]), fmt_bytes(m["retained_bytes"]), fmt_bytes(limit),
+            verdict(m["retained_bytes"] <= limit), fmt_bytes(m["peak_bytes"]),
+            m["peak_bytes"] / m["file_bytes"]))
+    return failures
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--machine", default="", help="one line describing the machine")
+    parser.add_argument("results", nargs="+")
+    args = parser.parse_args()
+    results = {}
+    for path in args.results:
+        results.update(load_results([path]))
+    out = []
+    if args.machine:
+        out.append("Machine: " + args.machine)
+        out.append("")
+    failures = load_table(results, out)
+    out.append("")
+    failures += growth_table(results, out)
+    out.append("")
+    failures += delivery_table(results, out)
+    out.append("")
+    failures += memory_table(results, out)
+    out.append("")
+    out.append("Times are medians of CPU time over repeated runs; ratios compare medians "
+               "measured in the same run. Targets missed: %d." % failures)
+    print("\n".join(out))
+
+
+if __name__ == "__main__":
+    sys.exit(main())
