@@ -1,0 +1,85 @@
+// Shared pieces of the cache tests: blobs written by hand, the calls that sending a built-in
+// table must produce, and the codes the cache treats specially.
+#pragma once
+
+#include <android-base/properties.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "RecordingEffect.h"
+#include "store/SpatializerParamArray.h"
+#include "translator/VexParameter.h"
+
+namespace korva::test {
+
+constexpr int kAll = 0x40000000;
+constexpr int kSpeaker = 0x2;
+constexpr int kHeadphone = 0x8;
+constexpr int kBluetooth = 0x80;
+constexpr int kUsb = 0x4000;
+// The store's default mix matrix length (58) plus 2, plus 1: what the cache asks the effect for.
+constexpr int kDomCapacity = 61;
+
+inline int code(VexParameter param) {
+    return vexParameterCode(param);
+}
+
+// A blob in the profile layout, built entry by entry.
+class Blob {
+public:
+    explicit Blob(int header = kAll) : mWords{header, 0} {}
+
+    Blob& add(int deviceId, VexParameter param, const std::vector<int>& values) {
+        mWords.push_back(deviceId);
+        mWords.push_back(code(param));
+        mWords.push_back(static_cast<int>(values.size()));
+        mWords.insert(mWords.end(), values.begin(), values.end());
+        mWords[1]++;
+        return *this;
+    }
+    // Announces more (or fewer) entries than were added.
+    Blob& announce(int count) {
+        mWords[1] = count;
+        return *this;
+    }
+    const std::vector<int>& words() const { return mWords; }
+    operator std::vector<int>() const { return mWords; }
+
+private:
+    std::vector<int> mWords;
+};
+
+// One setParam per entry of a built-in table, read word by word here rather than through the
+// store's parser, so that a fault in the parser cannot hide itself.
+inline std::vector<EffectCall> builtinSends(const int* table, size_t words) {
+    std::vector<EffectCall> calls;
+    size_t at = 2;
+    for (int entry = 0; entry < table[1]; entry++) {
+        int deviceId = table[at];
+        int param = table[at + 1];
+        int count = table[at + 2];
+        calls.push_back(EffectCall::setParam(
+            deviceId, param, std::vector<int>(table + at + 3, table + at + 3 + count)));
+        at += 3 + count;
+    }
+    EXPECT_EQ(words, at) << "the table ends after its last entry";
+    return calls;
+}
+
+template <size_t N>
+std::vector<EffectCall> builtinSends(const int (&table)[N]) {
+    return builtinSends(table, N);
+}
+
+inline void append(std::vector<EffectCall>& to, const std::vector<EffectCall>& calls) {
+    to.insert(to.end(), calls.begin(), calls.end());
+}
+
+inline void setLogLevel(int level) {
+    android::base::SetProperty("persist.vendor.korva.loglevel", std::to_string(level));
+}
+
+}  // namespace korva::test
