@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ScopedHostRoot.h"
+#include "StoreTest.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "store/SpatializerParamParser.h"
@@ -100,11 +101,7 @@ std::vector<Entry> expectedProfileEntries(const ProfileRow& row) {
     return entries;
 }
 
-class BuiltinTablesTest : public ::testing::Test {
-protected:
-    test::ScopedHostRoot mRoot;
-    SpatializerParamArray& mStore = SpatializerParamArray::getInstance();
-};
+class BuiltinTablesTest : public test::StoreTest {};
 
 TEST_F(BuiltinTablesTest, ProfileTablesHoldTheirTwentySevenEntries) {
     using S = SpatializerParamArray;
