@@ -50,10 +50,25 @@ struct CodeText {
     char text[5] = {};
 };
 
-void traceEntry(const char* function, const EffectParamParser& parser) {
-    KORVA_LOGV(kLogLevelTrace, kTag, "%s() deviceId=%d, param=%s, paramLength=%d", function,
-               parser.mDeviceId, CodeText(parser.mParamId).text, parser.mNumValues);
-}
+// The per-entry traces of one operation. The level is read once when the operation starts, not
+// per entry: a property read costs more than sending an entry to the effect.
+class EntryTracer {
+public:
+    explicit EntryTracer(const char* function)
+        : mFunction(function), mEnabled(isLogLevelAtLeast(kLogLevelTrace)) {}
+
+    void trace(const EffectParamParser& parser) const {
+        if (mEnabled) {
+            __android_log_print(
+                ANDROID_LOG_VERBOSE, kTag, "%s() deviceId=%d, param=%s, paramLength=%d", mFunction,
+                parser.mDeviceId, CodeText(parser.mParamId).text, parser.mNumValues);
+        }
+    }
+
+private:
+    const char* mFunction;
+    bool mEnabled;
+};
 
 void sendEntry(IEffectKrv* effect, const EffectParamParser& parser) {
     effect->setParam(parser.mDeviceId, parser.mParamId, parser.mValues, parser.mNumValues);
@@ -167,9 +182,10 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
             return -EINVAL;
         }
         const bool hasTunings = state.xmlTuningCount >= 1;
+        const EntryTracer tracer(__func__);
         parser.begin();
         while (parser.next()) {
-            traceEntry(__func__, parser);
+            tracer.trace(parser);
             const int device = parser.mDeviceId;
             const int code = parser.mParamId;
 
@@ -255,9 +271,10 @@ int SpatializerParamCache::loadTuningDevice(std::string device, IEffectKrv* effe
     if (!parser.validate()) {
         return -EINVAL;
     }
+    const EntryTracer tracer(__func__);
     parser.begin();
     while (parser.next()) {
-        traceEntry(__func__, parser);
+        tracer.trace(parser);
         sendEntry(effect, parser);
     }
     return effect->commit(kAllDevices);
