@@ -56,37 +56,32 @@ std::vector<int32_t> copyValues(const int32_t* values, int32_t count) {
 
 // Both parsers expose the same fields; the store's and the engine's must agree at any offset.
 template <typename Parser>
-void expectWalk(Parser& parser, size_t offset) {
-    SCOPED_TRACE(testing::Message() << "offset " << offset);
-    ASSERT_TRUE(parser.validate());
-    ASSERT_TRUE(parser.begin());
-    EXPECT_EQ(3, parser.mProfileId);
-    EXPECT_EQ(static_cast<int32_t>(kEntries.size()), parser.mNumParams);
-    for (const Entry& entry : kEntries) {
-        ASSERT_TRUE(parser.next());
-        EXPECT_EQ(entry.deviceId, parser.mDeviceId);
-        EXPECT_EQ(entry.paramId, parser.mParamId);
-        EXPECT_EQ(entry.values, copyValues(parser.mValues, parser.mNumValues));
+void expectSameWalkAtEveryOffset() {
+    std::vector<int32_t> words = blobWords();
+    for (size_t offset = 0; offset < 4; offset++) {
+        SCOPED_TRACE(testing::Message() << "offset " << offset);
+        std::vector<uint8_t> bytes = placedAt(words, offset);
+        Parser parser(bytes.data() + offset, static_cast<int>(words.size() * 4));
+        ASSERT_TRUE(parser.validate());
+        ASSERT_TRUE(parser.begin());
+        EXPECT_EQ(3, parser.mProfileId);
+        EXPECT_EQ(static_cast<int32_t>(kEntries.size()), parser.mNumParams);
+        for (const Entry& entry : kEntries) {
+            ASSERT_TRUE(parser.next());
+            EXPECT_EQ(entry.deviceId, parser.mDeviceId);
+            EXPECT_EQ(entry.paramId, parser.mParamId);
+            EXPECT_EQ(entry.values, copyValues(parser.mValues, parser.mNumValues));
+        }
+        EXPECT_FALSE(parser.next());
     }
-    EXPECT_FALSE(parser.next());
 }
 
 TEST(WordAlignmentTest, StoreParserReadsTheSameAtEveryByteOffset) {
-    std::vector<int32_t> words = blobWords();
-    for (size_t offset = 0; offset < 4; offset++) {
-        std::vector<uint8_t> bytes = placedAt(words, offset);
-        SpatializerParamParser parser(bytes.data() + offset, static_cast<int>(words.size() * 4));
-        expectWalk(parser, offset);
-    }
+    expectSameWalkAtEveryOffset<SpatializerParamParser>();
 }
 
 TEST(WordAlignmentTest, EngineParserReadsTheSameAtEveryByteOffset) {
-    std::vector<int32_t> words = blobWords();
-    for (size_t offset = 0; offset < 4; offset++) {
-        std::vector<uint8_t> bytes = placedAt(words, offset);
-        EffectParamParser parser(bytes.data() + offset, static_cast<int>(words.size() * 4));
-        expectWalk(parser, offset);
-    }
+    expectSameWalkAtEveryOffset<EffectParamParser>();
 }
 
 TEST(WordAlignmentTest, BlobCutInsideAWordIsRefusedAtEveryByteOffset) {
