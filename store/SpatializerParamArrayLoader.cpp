@@ -1,14 +1,260 @@
-// Placeholder until loading of the tuning file lands: the store then serves its built-in
-// tables only, as it does for a file that cannot be read.
+// Turns the tuning file into the store's blobs: one per profile, one per tuning device, plus the
+// graphic-EQ gains per profile, the port and mix matrix of every tuning device. Runs once, from
+// the constructor; a file that cannot be read leaves the built-in tables serving alone.
 
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/CreationOrder.h"
+#include "model/DeviceData.h"
+#include "model/Parameter.h"
+#include "reader/TuningFileParser.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"
+#include "translator/ParameterTranslator.h"
+#include "translator/SetParamCommand.h"
 
 namespace korva {
 
+namespace {
+
+// Device id of the entries that apply whatever the output.
+constexpr int kAllDevices = 0x40000000;
+constexpr int kSpeakerDevice = 0x2;
+
+// Headphone endpoints are played on a fixed orientation, speakers on theirs.
+const std::vector<int> kHeadphoneOrientation = {2};
+const std::vector<int> kSpeakerOrientation = {1};
+
+// A record's values of one parameter, or none. Looking up leaves the record as it was.
+const std::vector<int>& valuesOf(const ParameterValues& record, Parameter parameter) {
+    static const std::vector<int> sNone;
+    auto found = record.values.find(parameter);
+    return found != record.values.end() ? found->second : sNone;
+}
+
+// The tuning file does not promise a value where a single one is expected: none reads as 0.
+int firstValueOf(const ParameterValues& record, Parameter parameter) {
+    const std::vector<int>& values = valuesOf(record, parameter);
+    return values.empty() ? 0 : values[0];
+}
+
+// The command's words as a blob, with its entry count where readers expect it.
+std::vector<int> blobOf(SetParamCommand& cmd) {
+    cmd.mBuffer[1] = cmd.mCount;
+    return cmd.mBuffer;
+}
+
+// The first record that matches, or null.
+template <typename T, typename Matches>
+T* findFirst(const std::vector<T*>& records, Matches matches) {
+    auto found = std::find_if(records.begin(), records.end(), matches);
+    return found != records.end() ? *found : nullptr;
+}
+
+Tuning* findTuning(const std::vector<Tuning*>& tunings, const std::string& name) {
+    return findFirst(tunings, [&name](const Tuning* tuning) { return tuning->getName() == name; });
+}
+
+// The tuning bound to a tuning device, through the first binding of that device name.
+Tuning* findDeviceTuning(const std::vector<DeviceTuning*>& deviceTunings,
+                         const std::vector<Tuning*>& tunings, const std::string& device) {
+    const DeviceTuning* binding = findFirst(
+        deviceTunings, [&device](const DeviceTuning* dt) { return dt->getDevice() == device; });
+    return binding != nullptr ? findTuning(tunings, binding->getTuning()) : nullptr;
+}
+
+IeqPreset* findIeqPreset(const std::vector<IeqPreset*>& presets, int presetId) {
+    return findFirst(presets,
+                     [presetId](const IeqPreset* p) { return p->getPresetId() == presetId; });
+}
+
+// The IEQ preset translator. An endpoint whose preset does not exist is translated with the
+// preset used last; before any preset was found there is none to translate.
+class IeqTranslation {
+public:
+    void select(IeqPreset* preset, Endpoint endpoint) {
+        if (preset != nullptr) {
+            mTranslator.setSource(preset, endpoint, false);
+            mHasSource = true;
+        }
+    }
+    void translateAll(SetParamCommand& cmd) {
+        if (mHasSource) {
+            mTranslator.translateAll(cmd);
+        }
+    }
+
+private:
+    ParameterTranslator mTranslator;
+    bool mHasSource = false;
+};
+
+// The mix matrix words of a tuning device are the effect's "dom" values less their enable word:
+// endpoint, orientation, then the matrix. A tuning without a matrix files none, so that the
+// effect keeps the matrix it has instead of getting one without coefficients.
+void fileMixMatrix(const std::string& device, const Tuning& tuning,
+                   std::map<std::string, std::vector<int>>& mixMatrices,
+                   int& defaultMixMatrixLength) {
+    const std::vector<int>& matrix = valuesOf(tuning, OUTPUT_MIX_MATRIX);
+    const int endpoint = tuning.getEndpoint();
+    const int orientation = firstValueOf(tuning, ORIENTATION);
+    KORVA_LOGD(kStoreLogTag, "Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu",
+               device.c_str(), endpoint, orientation, matrix.size());
+    if (matrix.empty()) {
+        return;
+    }
+    std::vector<int> words = {endpoint, orientation};
+    words.insert(words.end(), matrix.begin(), matrix.end());
+    // The cache reads the effect's matrix back into defaultMixMatrixLength + 1 words (enable word
+    // included): keep room for the longest matrix a tuning device can send, so that switching
+    // content processing off reads it back whole.
+    defaultMixMatrixLength = std::max(defaultMixMatrixLength, static_cast<int>(words.size()));
+    mixMatrices[device] = std::move(words);
+}
+
+// The speaker's values that every speaker endpoint is translated with.
+struct SpeakerValues {
+    std::vector<int> mixMatrix;
+    std::vector<int> vbMode;
+};
+
+// The records of the file, in the order they were read. The sets order them by address, which
+// differs from run to run; this order makes the same file give the same blobs every time.
+struct OrderedRecords {
+    explicit OrderedRecords(DeviceData& data)
+        : ieqPresets(inCreationOrder(data.getIeqPresets())),
+          geqPresets(inCreationOrder(data.getGeqPresets())),
+          profiles(inCreationOrder(data.getProfiles())),
+          profileEndpoints(inCreationOrder(data.getProfileEndpoints())),
+          tunings(inCreationOrder(data.getTunings())),
+          deviceTunings(inCreationOrder(data.getDeviceTunings())) {}
+
+    std::vector<IeqPreset*> ieqPresets;
+    std::vector<GeqPreset*> geqPresets;
+    std::vector<Profile*> profiles;
+    std::vector<ProfileEndpoint*> profileEndpoints;
+    std::vector<Tuning*> tunings;
+    std::vector<DeviceTuning*> deviceTunings;
+};
+
+}  // namespace
+
 void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
     KORVA_LOGD(kStoreLogTag, "%s(%s)", __func__, path.c_str());
+    android::Mutex::Autolock lock(mLock);
+
+    // Owns the records and the DeviceData: they go when the load ends, whichever way.
+    auto parser = std::make_unique<TuningFileParser>();
+    if (parser->setTuningFile(path) != 0 || parser->getDeviceData() == nullptr) {
+        KORVA_LOGE(kStoreLogTag, "Spatializer Tuning XML parses error!");
+        return;
+    }
+    const OrderedRecords records(*parser->getDeviceData());
+
+    // The speaker's tuning is the one bound to the device selected for the speaker port. Nothing
+    // selects one before loading, so the lookup files an empty selection for the port; a binding
+    // without a device id then serves the speaker.
+    SpeakerValues speaker;
+    const std::string speakerDevice = mSelectedTuningDevices[DEVICE_INTERNAL_SPEAKER];
+    if (const Tuning* tuning =
+            findDeviceTuning(records.deviceTunings, records.tunings, speakerDevice)) {
+        speaker.mixMatrix = valuesOf(*tuning, OUTPUT_MIX_MATRIX);
+        speaker.vbMode = valuesOf(*tuning, VIRTUAL_BASS_MODE);
+        mTuningParamValue = firstValueOf(*tuning, OUTPUT_CHANNELS);
+    }
+    if (speaker.mixMatrix.empty()) {
+        KORVA_LOGD(kStoreLogTag, "use the default mix matrix");
+        speaker.mixMatrix = kDefaultMixMatrix;
+    }
+    if (speaker.vbMode.empty()) {
+        KORVA_LOGD(kStoreLogTag, "use the default vb mode");
+        speaker.vbMode = kDefaultVbMode;
+    }
+
+    ParameterTranslator translator;
+    IeqTranslation ieqTranslation;
+
+    for (Profile* profile : records.profiles) {
+        const int id = profile->getProfileId();
+        SetParamCommand cmd(kAllDevices);
+        translator.setSource(profile, ENDPOINT_OTHER, false);
+        cmd.setDeviceId(kAllDevices);
+        translator.translateAll(cmd);
+
+        GeqPreset* geq = findFirst(records.geqPresets,
+                                   [id](const GeqPreset* p) { return p->getProfileId() == id; });
+        if (geq != nullptr) {
+            translator.setSource(geq, ENDPOINT_OTHER, false);
+            cmd.setDeviceId(kAllDevices);
+            translator.translateAll(cmd);
+            mProfileGeqGains.emplace(id, valuesOf(*geq, GEQ_GAIN));
+        }
+
+        for (ProfileEndpoint* endpoint : records.profileEndpoints) {
+            if (endpoint->getProfileId() != id) {
+                continue;
+            }
+            endpoint->set(VIRTUAL_BASS_MODE, speaker.vbMode);
+            const Endpoint type = endpoint->getEndpoint();
+            translator.setSource(endpoint, type, false);
+            ieqTranslation.select(
+                findIeqPreset(records.ieqPresets, endpoint->getSelectedIeqPreset()), type);
+            if (type == ENDPOINT_HEADPHONE) {
+                // The file's headphone values serve Bluetooth and USB outputs; wired headphones
+                // keep the built-in ones.
+                endpoint->set(ORIENTATION, kHeadphoneOrientation);
+                for (int device : kA2dpUsbDevices) {
+                    cmd.setDeviceId(device);
+                    ieqTranslation.translateAll(cmd);
+                    translator.translateAll(cmd);
+                }
+            } else if (type == ENDPOINT_SPEAKER) {
+                cmd.setDeviceId(kSpeakerDevice);
+                endpoint->set(ORIENTATION, kSpeakerOrientation);
+                endpoint->set(OUTPUT_MIX_MATRIX, speaker.mixMatrix);
+                ieqTranslation.translateAll(cmd);
+                translator.translateAll(cmd);
+            }
+        }
+
+        std::vector<int> blob = blobOf(cmd);
+        KORVA_LOGD(kStoreLogTag, "Profile %d, numParameters = %d", id, cmd.mCount);
+        // A second profile with the same id is counted but does not replace the first.
+        mXMLProfileParams.emplace(id, std::move(blob));
+        mXMLProfileCount++;
+    }
+
+    for (Tuning* tuning : records.tunings) {
+        const std::string name = tuning->getName();
+        for (DeviceTuning* deviceTuning : records.deviceTunings) {
+            if (deviceTuning->getTuning() != name) {
+                continue;
+            }
+            const std::string device = deviceTuning->getDevice();
+            const std::string port = deviceTuning->getPort();
+            // A port the store does not know is filed with no device bit.
+            const int deviceBit = kPortNameToDevice[port];
+
+            SetParamCommand cmd(kAllDevices);
+            translator.setSource(tuning, tuning->getEndpoint(), false);
+            cmd.setDeviceId(deviceBit);
+            translator.translateAll(cmd);
+            std::vector<int> blob = blobOf(cmd);
+            KORVA_LOGD(kStoreLogTag, "Tuning id(%s), tuningName(%s) numParameters = %d",
+                       device.c_str(), name.c_str(), cmd.mCount);
+            mXMLTuningParams[device] = std::move(blob);
+            mXMLTuningCount++;
+            mTuningDevicePorts[device] = port;
+            fileMixMatrix(device, *tuning, mTuningMixMatrices, mDefaultMixMatrixLength);
+        }
+    }
+
+    checkDefaultTuningDevices();
 }
 
 }  // namespace korva
