@@ -8,8 +8,9 @@ namespace korva {
 namespace NodeParseUtils {
 
 int parseValue(TagIterator& iterator) {
+    static const std::vector<std::string> kValueName = {"value"};
     std::vector<std::string> value;
-    iterator.parseNodeWithName({"value"}, value);
+    iterator.parseNodeWithName(kValueName, value);
     if (value.empty()) {
         return 0;
     }
@@ -65,7 +66,7 @@ std::vector<std::vector<std::string>> parseChildRows(TagIterator& iterator, int 
             }
             std::vector<std::string> row;
             iterator.parseNodeWithName(attrNames, row);
-            rows.push_back(row);
+            rows.push_back(std::move(row));
         }
     }
     iterator.popNode();

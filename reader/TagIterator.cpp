@@ -13,8 +13,27 @@ namespace {
 
 constexpr const char* kLogTag = "TagIterator";
 
-// Reads one attribute value of an element; a value libxml2 cannot give reads as empty.
+// Whether an earlier attribute of the element has the same name, so that looking the name up
+// (as xmlGetProp does) would find that one instead. Only names in different namespaces can
+// repeat in a well-formed document.
+bool isShadowed(const xmlNode* node, const xmlAttr* attribute) {
+    for (const xmlAttr* earlier = node->properties; earlier != attribute; earlier = earlier->next) {
+        if (xmlStrEqual(earlier->name, attribute->name)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Reads one attribute value of an element; a value libxml2 cannot give reads as empty. The
+// usual value, one text node, is copied straight from the tree: going through xmlGetProp would
+// look the name up again and copy the text twice, once per attribute of the whole file.
 std::string attributeValue(xmlNode* node, const xmlAttr* attribute) {
+    const xmlNode* text = attribute->children;
+    if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
+        !isShadowed(node, attribute)) {
+        return toString(text->content);
+    }
     XmlCharPtr value(xmlGetProp(node, attribute->name));
     return toString(value.get());
 }
@@ -155,7 +174,7 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
             out.push_back(attributeValue(mCurrent, attribute));
             continue;
         }
-        const std::string name = toString(attribute->name);
+        const char* name = reinterpret_cast<const char*>(attribute->name);
         for (size_t i = 0; i < names.size(); i++) {
             if (names[i] == name) {
                 out[i] = attributeValue(mCurrent, attribute);

@@ -1,5 +1,6 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
+#include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 
@@ -275,6 +276,38 @@ TEST(TagIteratorLifetimeTest, OnlyTheLastIteratorCleansUpLibxml2) {
     TagIterator again;
     EXPECT_EQ(0, again.init(path));
     EXPECT_TRUE(again.isCurValid());
+}
+
+// Attribute values are read as xmlGetProp gives them, including the cases where the value is not
+// one plain text node (entity references, empty values) or where an earlier attribute in another
+// namespace has the same name and so is the one a lookup by name finds.
+TEST(TagIteratorValueTest, ValuesAreThoseXmlGetPropGives) {
+    const std::string text =
+        "<?xml version=\"1.0\"?>\n"
+        "<!DOCTYPE root [<!ENTITY gain \"-96\">]>\n"
+        "<root xmlns:a=\"urn:a\" xmlns:b=\"urn:b\">\n"
+        "    <row a:value=\"1\" b:value=\"2\" plain=\"x&amp;y\" ref=\"&gain;,4\" "
+        "empty=\"\"/>\n"
+        "</root>\n";
+    xmlDoc* document =
+        xmlReadMemory(text.data(), static_cast<int>(text.size()), "values.xml", nullptr, 0);
+    ASSERT_NE(nullptr, document);
+    AdoptingIterator iterator;
+    ASSERT_EQ(0, iterator.adoptDocument(document));
+    iterator.next();
+    ASSERT_EQ("row", iterator.getNodeName());
+
+    Strings all;
+    iterator.parseNodeAll(all);
+    EXPECT_EQ((Strings{"1", "1", "x&y", "-96,4", ""}), all);
+
+    Strings named;
+    iterator.parseNodeWithName({"value", "ref", "empty"}, named);
+    EXPECT_EQ((Strings{"1", "-96,4", ""}), named);
+
+    std::vector<int> numbers;
+    iterator.parseNodeIntVector(numbers);
+    EXPECT_EQ((std::vector<int>{1, 1, 0, -96, 0}), numbers);
 }
 
 }  // namespace
