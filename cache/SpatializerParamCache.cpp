@@ -114,10 +114,17 @@ void SpatializerParamCache::setProfile(KrvSpatializerProfileId id) {
     array.mCurrentProfileId = id;
 }
 
+std::vector<int> SpatializerParamCache::copyProfileGeqGains(SpatializerParamArray& array,
+                                                            int profile) {
+    // Copied under the store's lock: another effect instance may replace these gains meanwhile,
+    // and the store's getter hands out a reference that is read after its lock is released.
+    android::Mutex::Autolock lock(array.mLock);
+    return array.mProfileGeqGains[profile];
+}
+
 std::vector<int> SpatializerParamCache::getProfileGeqGains() {
     SpatializerParamArray& array = store();
-    auto profile = static_cast<KrvSpatializerProfileId>(readStoreState(array).currentProfileId);
-    return array.getProfileGeqGains(profile);
+    return copyProfileGeqGains(array, readStoreState(array).currentProfileId);
 }
 
 bool SpatializerParamCache::isTuningAvailable() {
@@ -199,7 +206,9 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                 if (parser.mNumValues == kGeqLength) {
                     // The tuning's bands with the user's gains of this profile.
                     std::vector<int> geq(parser.mValues, parser.mValues + kGeqLength);
-                    std::vector<int> gains = getProfileGeqGains();
+                    // The gains of the profile this blob belongs to, even if another effect
+                    // instance has switched the current profile since.
+                    std::vector<int> gains = copyProfileGeqGains(array, state.currentProfileId);
                     std::copy_n(gains.begin(), std::min(gains.size(), kGeqBands),
                                 geq.begin() + kGeqGainsOffset);
                     effect->setParam(device, code, geq.data(), kGeqLength);
@@ -243,8 +252,9 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
 
     if (isKorvaContentWithMcc) {
         setKorvaContentProfile(PROFILE_COMMON, effect);
-        setKorvaContentProfile(
-            static_cast<KrvSpatializerProfileId>(readStoreState(array).currentProfileId), effect);
+        // The profile read when the operation began: re-reading it could pair another instance's
+        // profile with this one's update.
+        setKorvaContentProfile(static_cast<KrvSpatializerProfileId>(state.currentProfileId), effect);
     }
     return result;
 }

@@ -50,6 +50,8 @@ private:
         int defaultMixMatrixLength;
     };
     static StoreState readStoreState(SpatializerParamArray& array);
+    // A profile's graphic-EQ gains, copied while the store is locked.
+    static std::vector<int> copyProfileGeqGains(SpatializerParamArray& array, int profile);
 };
 
 }  // namespace korva
