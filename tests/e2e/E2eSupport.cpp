@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <sstream>
 
-#include "RecordingEffect.h"
 #include "store/SpatializerParamParser.h"
 
 namespace korva::test {
@@ -16,8 +15,10 @@ namespace {
 constexpr const char* kOdmTuningFile = "/odm/etc/korva/kvx-default-spatializer.xml";
 
 std::string makeRoot() {
-    char pattern[] = "/tmp/korva-e2e-root-XXXXXX";
-    const char* made = mkdtemp(pattern);
+    std::error_code error;
+    std::string pattern =
+        (std::filesystem::temp_directory_path(error) / "korva-e2e-root-XXXXXX").string();
+    const char* made = mkdtemp(pattern.data());
     return made != nullptr ? made : "";
 }
 
@@ -38,8 +39,11 @@ std::ostream& operator<<(std::ostream& out, const BlobEntry& entry) {
     return out << "}}";
 }
 
-std::vector<BlobEntry> readBlob(const std::vector<int>& blob) {
-    std::vector<int> words = blob;
+namespace {
+
+// Reads every entry and fails the calling test unless the words validate and the last entry ends
+// at the last word.
+std::vector<BlobEntry> readEntries(std::vector<int> words, int* header) {
     const int size = static_cast<int>(words.size() * sizeof(int));
     SpatializerParamParser parser(words.data(), size);
     EXPECT_TRUE(parser.validate());
@@ -48,7 +52,7 @@ std::vector<BlobEntry> readBlob(const std::vector<int>& blob) {
         ADD_FAILURE() << "blob without header";
         return entries;
     }
-    EXPECT_EQ(parser.mProfileId, kAllDevices);
+    *header = parser.mProfileId;
     const int* end = words.data() + 2;
     while (parser.next()) {
         entries.push_back({parser.mDeviceId, codeText(parser.mParamId),
@@ -58,6 +62,20 @@ std::vector<BlobEntry> readBlob(const std::vector<int>& blob) {
     EXPECT_EQ(parser.mParamIndex, parser.mNumParams);
     EXPECT_EQ(end, words.data() + words.size()) << "words after the last entry";
     return entries;
+}
+
+}  // namespace
+
+std::vector<BlobEntry> readBlob(const std::vector<int>& blob) {
+    int header = 0;
+    std::vector<BlobEntry> entries = readEntries(blob, &header);
+    EXPECT_EQ(header, kAllDevices);
+    return entries;
+}
+
+std::vector<BlobEntry> readBuiltinTable(const int* table, int words) {
+    int header = 0;
+    return readEntries(std::vector<int>(table, table + words), &header);
 }
 
 std::vector<BlobEntry> entriesFor(int device, const std::vector<std::string>& codes,
@@ -85,6 +103,22 @@ std::vector<BlobEntry> withCode(const std::vector<BlobEntry>& entries, const std
     return out;
 }
 
+int codeOf(const std::string& text) {
+    uint32_t code = 0;
+    for (size_t i = 0; i < text.size() && i < 4; i++) {
+        code |= static_cast<uint32_t>(static_cast<unsigned char>(text[i])) << (8 * i);
+    }
+    return static_cast<int>(code);
+}
+
+std::vector<EffectCall> sendsOf(const std::vector<BlobEntry>& entries) {
+    std::vector<EffectCall> calls;
+    for (const BlobEntry& entry : entries) {
+        calls.push_back(EffectCall::setParam(entry.device, codeOf(entry.code), entry.values));
+    }
+    return calls;
+}
+
 std::vector<int> deviceGroups(const std::vector<BlobEntry>& entries) {
     std::vector<int> groups;
     for (const BlobEntry& entry : entries) {
@@ -107,10 +141,15 @@ LoadedStore::~LoadedStore() {
 SpatializerParamArray& LoadedStore::createStore(const std::string& root, const std::string& file,
                                                 std::string& loadedPath) {
     EXPECT_FALSE(SpatializerParamArray::hasInstance()) << "the store was made before the file";
+    EXPECT_FALSE(root.empty()) << "no temporary root";
     loadedPath = root + kOdmTuningFile;
-    std::filesystem::path target(loadedPath);
-    std::filesystem::create_directories(target.parent_path());
-    std::filesystem::copy_file(file, target);
+    if (!file.empty()) {
+        std::filesystem::path target(loadedPath);
+        std::error_code error;
+        std::filesystem::create_directories(target.parent_path(), error);
+        std::filesystem::copy_file(file, target, error);
+        EXPECT_FALSE(error) << "cannot lay out " << file << ": " << error.message();
+    }
     setenv("KORVA_HOST_ROOT", root.c_str(), 1);
     return SpatializerParamArray::getInstance();
 }

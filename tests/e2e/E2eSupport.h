@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "RecordingEffect.h"
 #include "SpatializerParamArrayTestPeer.h"
 #include "store/SpatializerParamArray.h"
 
@@ -35,6 +36,9 @@ std::ostream& operator<<(std::ostream& out, const BlobEntry& entry);
 // end exactly at its last word.
 std::vector<BlobEntry> readBlob(const std::vector<int>& blob);
 
+// The entries of a built-in table (header: a profile id).
+std::vector<BlobEntry> readBuiltinTable(const int* table, int words);
+
 // Entries of one device for the codes given, in order: no values unless `values` names the code.
 std::vector<BlobEntry> entriesFor(int device, const std::vector<std::string>& codes,
                                   const std::map<std::string, std::vector<int>>& values = {});
@@ -44,11 +48,18 @@ void append(std::vector<BlobEntry>& to, const std::vector<BlobEntry>& more);
 // The entries of one code, in blob order.
 std::vector<BlobEntry> withCode(const std::vector<BlobEntry>& entries, const std::string& code);
 
+// The code of an effect parameter from its text, as the effect knows it ("dom" -> 0x6d6f64).
+int codeOf(const std::string& text);
+
+// The setParam calls that send the entries unchanged, in order.
+std::vector<EffectCall> sendsOf(const std::vector<BlobEntry>& entries);
+
 // The device ids of a blob's entries in order, each run of equal ids listed once.
 std::vector<int> deviceGroups(const std::vector<BlobEntry>& entries);
 
 // Lays `file` out as the ODM default tuning file below a fresh host root and creates the store,
-// which loads it. Must come before anything else in the process asks for the store.
+// which loads it; an empty `file` leaves the root without tuning file. Must come before anything
+// else in the process asks for the store.
 class LoadedStore {
 public:
     explicit LoadedStore(const std::string& file);
