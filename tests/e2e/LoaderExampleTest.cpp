@@ -2,7 +2,6 @@
 // readable, and the same blobs whichever process loads the file.
 
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,8 +13,6 @@
 #include "E2eSupport.h"
 #include "TestPaths.h"
 #include "model/Parameter.h"
-
-extern char** environ;
 
 namespace korva::test {
 namespace {
@@ -90,67 +87,48 @@ void scatterHeap() {
     }
 }
 
-constexpr const char* kDumpEnv = "KORVA_E2E_DUMP_TO";
-
-// Runs this test binary again, only `test`, with `dumpPath` in the environment; the exit status.
-int runChild(const std::string& test, const std::string& dumpPath) {
-    char self[4096] = {};
-    ssize_t length = readlink("/proc/self/exe", self, sizeof(self) - 1);
-    if (length <= 0) {
-        return -1;
+// Loads the example in a forked process whose heap was scattered first, and returns its dump;
+// empty when the child failed. The fork comes before this process makes its own store.
+std::string dumpFromChildProcess() {
+    std::error_code error;
+    std::string path =
+        (std::filesystem::temp_directory_path(error) / "korva-e2e-dump-XXXXXX").string();
+    int fd = mkstemp(path.data());
+    if (fd < 0) {
+        return "";
     }
-    std::string filter = "--gtest_filter=" + test;
-    std::vector<std::string> env;
-    for (char** entry = environ; *entry != nullptr; entry++) {
-        env.push_back(*entry);
-    }
-    env.push_back(std::string(kDumpEnv) + "=" + dumpPath);
-    std::vector<char*> envp;
-    for (std::string& entry : env) {
-        envp.push_back(entry.data());
-    }
-    envp.push_back(nullptr);
-    char* argv[] = {self, filter.data(), nullptr};
-    pid_t pid = 0;
-    if (posix_spawn(&pid, self, nullptr, nullptr, argv, envp.data()) != 0) {
-        return -1;
+    close(fd);
+    pid_t pid = fork();
+    if (pid == 0) {
+        bool written = false;
+        {
+            scatterHeap();
+            LoadedStore loaded(exampleFile());
+            std::ofstream out(path);
+            out << dumpLoadedStore(loaded.peer());
+            out.close();
+            written = out.good();
+        }
+        _exit(written ? 0 : 1);
     }
     int status = 0;
-    if (waitpid(pid, &status, 0) != pid || !WIFEXITED(status)) {
-        return -1;
-    }
-    return WEXITSTATUS(status);
+    bool done =
+        pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    std::ifstream in(path);
+    std::stringstream dump;
+    dump << in.rdbuf();
+    unlink(path.c_str());
+    return done ? dump.str() : "";
 }
 
 TEST(ExampleFileTest, AnotherProcessLoadsTheSameBlobs) {
-    const char* dumpTo = getenv(kDumpEnv);
-    if (dumpTo != nullptr) {
-        // The second process: its records land elsewhere in memory.
-        scatterHeap();
-        LoadedStore loaded(exampleFile());
-        std::ofstream out(dumpTo);
-        out << dumpLoadedStore(loaded.peer());
-        ASSERT_TRUE(out.good());
-        return;
-    }
+    const std::string theirs = dumpFromChildProcess();
+    ASSERT_FALSE(theirs.empty()) << "the child process failed";
 
     LoadedStore loaded(exampleFile());
     const std::string mine = dumpLoadedStore(loaded.peer());
     EXPECT_NE(mine.find("profile 4 "), std::string::npos);
-
-    std::error_code error;
-    std::string pattern =
-        (std::filesystem::temp_directory_path(error) / "korva-e2e-dump-XXXXXX").string();
-    int fd = mkstemp(pattern.data());
-    ASSERT_GE(fd, 0);
-    close(fd);
-    const testing::TestInfo* info = testing::UnitTest::GetInstance()->current_test_info();
-    EXPECT_EQ(runChild(std::string(info->test_suite_name()) + "." + info->name(), pattern), 0);
-    std::ifstream in(pattern);
-    std::stringstream theirs;
-    theirs << in.rdbuf();
-    unlink(pattern.c_str());
-    EXPECT_EQ(theirs.str(), mine);
+    EXPECT_EQ(theirs, mine);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ for name in $cases; do
     total=$((total + 1))
     log=$(mktemp)
     if "$valgrind" --quiet --leak-check=full --errors-for-leak-kinds=definite,indirect \
+            --show-leak-kinds=definite,indirect \
             --error-exitcode=99 "$binary" --gtest_filter="$name" > "$log" 2>&1; then
         echo "ok      $name"
     else
