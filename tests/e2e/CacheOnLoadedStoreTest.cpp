@@ -67,6 +67,27 @@ TEST_F(CacheOnProfilesFileTest, ContentProcessingOnSendsTheFileBlobWithTheSpeake
     EXPECT_EQ(mEffect.calls(), expected);
 }
 
+TEST_F(CacheOnProfilesFileTest, ProfileSwitchSendsTheNewProfilesBlob) {
+    mCache.setProfile(PROFILE_MOVIE);
+    EXPECT_EQ(mCache.updateContentProcEnabled(&mEffect, true, false), 0);
+    // Profile 1 has no GEQ preset and no speaker endpoint: its headphone groups go as they are.
+    std::vector<EffectCall> expected = sendsOf(readBlob(mLoaded.store().getXMLProfileParams(1)));
+    ASSERT_EQ(expected.size(), 72u);
+    expected.push_back(EffectCall::commit(kAllDevices));
+    EXPECT_EQ(mEffect.calls(), expected);
+
+    // The file has no music profile: nothing is sent, and the built-in blob still serves.
+    mEffect.clearCalls();
+    mCache.setProfile(PROFILE_MUSIC);
+    EXPECT_EQ(mCache.updateContentProcEnabled(&mEffect, true, false), 0);
+    EXPECT_TRUE(mEffect.calls().empty()) << mEffect.describe();
+    EXPECT_EQ(mCache.setKorvaContentProfile(PROFILE_MUSIC, &mEffect), 0);
+    expected = sendsOf(readBuiltinTable(SpatializerParamArray::mMusicProfileParams,
+                                        SpatializerParamArray::kProfileTableWords));
+    expected.push_back(EffectCall::commit(kAllDevices));
+    EXPECT_EQ(mEffect.calls(), expected);
+}
+
 TEST_F(CacheOnProfilesFileTest, ContentProcessingOffSwitchesContentFeaturesOff) {
     mEffect.setAnswer(kSpeakerDevice, kDom, kSpeakerTuningDom);
     mEffect.setAnswer(kA2dpDevice, kDom, {1, 1, 2});
