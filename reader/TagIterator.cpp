@@ -4,6 +4,7 @@
 #include <libxml/parser.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "reader/String2Int.h"
 
@@ -174,9 +175,11 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
             out.push_back(attributeValue(mCurrent, attribute));
             continue;
         }
+        // Lengths first: most names differ in length, and this runs for every attribute read.
         const char* name = reinterpret_cast<const char*>(attribute->name);
+        const size_t length = strlen(name);
         for (size_t i = 0; i < names.size(); i++) {
-            if (names[i] == name) {
+            if (names[i].size() == length && memcmp(names[i].data(), name, length) == 0) {
                 out[i] = attributeValue(mCurrent, attribute);
             }
         }
