@@ -1,0 +1,66 @@
+#include "tools/BlobDecoder.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+
+#include "store/SpatializerParamParser.h"
+
+namespace korva::tool {
+
+DecodedBlob BlobDecoder::decode(const int32_t* words, size_t count) {
+    DecodedBlob blob;
+    blob.words = count;
+    // The reader never writes through its pointer; it only takes a mutable one.
+    SpatializerParamParser parser(const_cast<int32_t*>(words), static_cast<int>(count * 4));
+    blob.valid = parser.validate();
+    if (!parser.begin()) {
+        return blob;
+    }
+    blob.header = parser.mProfileId;
+    blob.numParams = parser.mNumParams;
+    while (parser.next()) {
+        BlobEntry entry{parser.mDeviceId, parser.mParamId, {}};
+        // A negative count moves the reader backwards; there are no values to show then.
+        if (parser.mNumValues > 0) {
+            entry.values.assign(parser.mValues, parser.mValues + parser.mNumValues);
+        }
+        blob.entries.push_back(std::move(entry));
+    }
+    return blob;
+}
+
+std::string BlobDecoder::deviceName(int32_t deviceId) {
+    switch (deviceId) {
+        case 0x40000000:
+            return "all";
+        case 0x2:
+            return "speaker";
+        case 0x8:
+            return "wired headphone";
+        case 0x80:
+            return "a2dp";
+        case 0x4000:
+            return "usb";
+        default:
+            break;
+    }
+    char text[16];
+    snprintf(text, sizeof(text), "0x%x", static_cast<unsigned int>(deviceId));
+    return text;
+}
+
+std::string BlobDecoder::codeText(int32_t code) {
+    char bytes[4];
+    memcpy(bytes, &code, sizeof(bytes));
+    std::string text;
+    for (char c : bytes) {
+        if (c == '\0') {
+            break;
+        }
+        text += std::isprint(static_cast<unsigned char>(c)) ? c : '?';
+    }
+    return text;
+}
+
+}  // namespace korva::tool

@@ -1,0 +1,244 @@
+#include "tools/BlobsCommand.h"
+
+#include <map>
+#include <vector>
+
+#include "reader/String2Int.h"
+#include "store/SpatializerParamArray.h"
+#include "tools/BlobDecoder.h"
+#include "tools/NumberText.h"
+#include "tools/StoreSession.h"
+#include "tools/TextTable.h"
+#include "tools/TuningFileRecords.h"
+
+namespace korva::tool {
+
+namespace {
+
+enum class BlobKind { kBuiltin, kProfile, kTuningDevice };
+
+struct NamedBlob {
+    BlobKind kind;
+    int id;
+    std::string name;
+    std::string port;
+    std::string tuning;
+    std::vector<int> words;
+};
+
+const char* kindName(BlobKind kind) {
+    switch (kind) {
+        case BlobKind::kBuiltin:
+            return "builtin";
+        case BlobKind::kProfile:
+            return "profile";
+        case BlobKind::kTuningDevice:
+            return "tuning_device";
+    }
+    return "";
+}
+
+std::vector<NamedBlob> builtinBlobs() {
+    using Array = SpatializerParamArray;
+    const auto table = [](int id, const char* name, const int* words, size_t count) {
+        return NamedBlob{
+            BlobKind::kBuiltin, id, name, "", "", std::vector<int>(words, words + count)};
+    };
+    return {
+        table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
+        table(0, "dynamic", Array::mDynamicProfileParams, Array::kProfileTableWords),
+        table(1, "movie", Array::mMovieProfileParams, Array::kProfileTableWords),
+        table(2, "music", Array::mMusicProfileParams, Array::kProfileTableWords),
+        table(3, "cinema", Array::mCinemaProfileParams, Array::kProfileTableWords),
+        table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
+    };
+}
+
+// The blobs the store built from the file: per profile id, then per tuning device.
+int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs) {
+    TuningFileRecords records;
+    if (!records.readOrReport(path)) {
+        return kExitError;
+    }
+    SpatializerParamArray* store = StoreSession::open(path);
+    if (store == nullptr) {
+        return kExitError;
+    }
+    for (int id : records.profileIds()) {
+        if (store->isXMLProfileValid(id)) {
+            blobs->push_back({BlobKind::kProfile, id, records.profileName(id), "", "",
+                              store->getXMLProfileParams(id)});
+        }
+    }
+    // Which binding of a device name the store kept: loading visits the tunings in file order
+    // and, for each, the bindings that name it; the last one visited wins.
+    std::map<std::string, const DeviceTuning*> kept;
+    for (const Tuning* tuning : records.tunings()) {
+        for (const DeviceTuning* binding : records.deviceTunings()) {
+            if (binding->getTuning() == tuning->getName()) {
+                kept[binding->getDevice()] = binding;
+            }
+        }
+    }
+    for (const std::string& device : records.deviceNames()) {
+        auto binding = kept.find(device);
+        if (binding != kept.end() && store->isXMLTuningValid(device)) {
+            blobs->push_back({BlobKind::kTuningDevice, 0, device, binding->second->getPort(),
+                              binding->second->getTuning(), store->getXMLTuningParams(device)});
+        }
+    }
+    return kExitOk;
+}
+
+Json blobJson(const NamedBlob& blob) {
+    const DecodedBlob decoded = BlobDecoder::decode(blob.words);
+    Json entries = Json::array();
+    for (const BlobEntry& entry : decoded.entries) {
+        entries.push_back({{"device", entry.deviceId},
+                           {"device_name", BlobDecoder::deviceName(entry.deviceId)},
+                           {"code", BlobDecoder::codeText(entry.code)},
+                           {"count", entry.values.size()},
+                           {"values", entry.values}});
+    }
+    Json json = {{"kind", kindName(blob.kind)}};
+    if (blob.kind == BlobKind::kTuningDevice) {
+        json["name"] = blob.name;
+        json["port"] = blob.port;
+        json["tuning"] = blob.tuning;
+    } else {
+        json["id"] = blob.id;
+        json["name"] = blob.name;
+    }
+    json["words"] = decoded.words;
+    json["valid"] = decoded.valid;
+    json["header"] = decoded.header;
+    json["entries"] = entries;
+    return json;
+}
+
+std::string blobText(const NamedBlob& blob) {
+    const DecodedBlob decoded = BlobDecoder::decode(blob.words);
+    std::string title;
+    switch (blob.kind) {
+        case BlobKind::kBuiltin:
+            title = "built-in profile " + std::to_string(blob.id) + " \"" + blob.name + "\"";
+            break;
+        case BlobKind::kProfile:
+            title = "profile " + std::to_string(blob.id) + " \"" + blob.name + "\"";
+            break;
+        case BlobKind::kTuningDevice:
+            title = "tuning device \"" + blob.name + "\" (port " + blob.port + ", tuning " +
+                    blob.tuning + ")";
+            break;
+    }
+    title += ": " + std::to_string(decoded.entries.size()) + " entries, " +
+             std::to_string(decoded.words) + " words" +
+             (decoded.valid ? "" : ", rejected by the blob reader") + "\n";
+    TextTable table({"#", "device", "code", "count", "values"});
+    table.alignRight(0);
+    table.alignRight(3);
+    size_t number = 0;
+    for (const BlobEntry& entry : decoded.entries) {
+        table.addRow({std::to_string(++number), BlobDecoder::deviceName(entry.deviceId),
+                      BlobDecoder::codeText(entry.code), std::to_string(entry.values.size()),
+                      NumberText::join(entry.values)});
+    }
+    return title + table.render("  ");
+}
+
+// The profile id a selector names: a number, or a profile name.
+bool resolveProfile(const std::string& selector, const std::vector<NamedBlob>& blobs, int* id) {
+    if (NumberText::isWholeInt(selector)) {
+        *id = string2Int(selector);
+        return true;
+    }
+    for (const NamedBlob& blob : blobs) {
+        if (blob.kind != BlobKind::kTuningDevice && blob.name == selector) {
+            *id = blob.id;
+            return true;
+        }
+    }
+    for (const NamedBlob& blob : builtinBlobs()) {
+        if (blob.name == selector) {
+            *id = blob.id;
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+int BlobsCommand::collectJson(const std::string& path, Json* document) {
+    std::vector<NamedBlob> blobs;
+    const int status = fileBlobs(path, &blobs);
+    if (status != kExitOk) {
+        return status;
+    }
+    Json list = Json::array();
+    for (const NamedBlob& blob : blobs) {
+        list.push_back(blobJson(blob));
+    }
+    *document = {{"file", path}, {"blobs", list}};
+    return kExitOk;
+}
+
+int BlobsCommand::run(const Options& options) {
+    const std::string& path = options.common.file;
+    std::vector<NamedBlob> blobs;
+    if (options.builtin) {
+        blobs = builtinBlobs();
+    } else {
+        const int status = fileBlobs(path, &blobs);
+        if (status != kExitOk) {
+            return status;
+        }
+    }
+
+    const bool selectProfile = !options.profile.empty();
+    int profileId = 0;
+    if (selectProfile && !resolveProfile(options.profile, blobs, &profileId)) {
+        ToolOutput::error(path, "no profile named " + options.profile);
+        return kExitError;
+    }
+    const bool selecting = selectProfile || options.hasDevice;
+    std::vector<NamedBlob> shown;
+    bool foundProfile = false;
+    bool foundDevice = false;
+    for (NamedBlob& blob : blobs) {
+        const bool isDevice = blob.kind == BlobKind::kTuningDevice;
+        const bool profileMatch = selectProfile && !isDevice && blob.id == profileId;
+        const bool deviceMatch = options.hasDevice && isDevice && blob.name == options.device;
+        foundProfile = foundProfile || profileMatch;
+        foundDevice = foundDevice || deviceMatch;
+        if (!selecting || profileMatch || deviceMatch) {
+            shown.push_back(std::move(blob));
+        }
+    }
+    if (selectProfile && !foundProfile) {
+        ToolOutput::error(path, "no blob for profile " + options.profile);
+        return kExitError;
+    }
+    if (options.hasDevice && !foundDevice) {
+        ToolOutput::error(path, "no blob for tuning device \"" + options.device + "\"");
+        return kExitError;
+    }
+
+    if (options.common.json) {
+        Json list = Json::array();
+        for (const NamedBlob& blob : shown) {
+            list.push_back(blobJson(blob));
+        }
+        Json document = {{"file", options.builtin ? Json(nullptr) : Json(path)}, {"blobs", list}};
+        ToolOutput::printJson(document);
+        return kExitOk;
+    }
+    std::string text;
+    for (const NamedBlob& blob : shown) {
+        text += (text.empty() ? "" : "\n") + blobText(blob);
+    }
+    ToolOutput::print(text);
+    return kExitOk;
+}
+
+}  // namespace korva::tool

@@ -1,0 +1,80 @@
+#include "tools/HostRoot.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+namespace korva::tool {
+
+namespace {
+
+// The device paths among which the store chooses its tuning file.
+const char* const kTuningFilePaths[] = {
+    "/odm/etc/korva/kvx-default-spatializer.xml",
+    "/odm/etc/korva/kvx-meridane-spatializer.xml",
+    "/vendor/etc/korva/kvx-default-spatializer.xml",
+    "/odm/etc/korva/kvx-fs19xx-spatializer.xml",
+};
+
+const char* const kFolders[] = {"/odm",    "/odm/etc",    "/odm/etc/korva",
+                                "/vendor", "/vendor/etc", "/vendor/etc/korva"};
+
+}  // namespace
+
+std::unique_ptr<HostRoot> HostRoot::create(const std::string& tuningFile, std::string* error) {
+    char target[PATH_MAX];
+    if (realpath(tuningFile.c_str(), target) == nullptr) {
+        *error = strerror(errno);
+        return nullptr;
+    }
+    const char* tmp = getenv("TMPDIR");
+    std::string pattern = std::string(tmp != nullptr && tmp[0] != '\0' ? tmp : "/tmp") +
+                          "/spatializer-paramtool.XXXXXX";
+    if (mkdtemp(pattern.data()) == nullptr) {
+        *error = std::string("cannot make a temporary folder: ") + strerror(errno);
+        return nullptr;
+    }
+    std::unique_ptr<HostRoot> root(new HostRoot(pattern));
+    for (const char* folder : kFolders) {
+        if (!root->makeFolder(folder, error)) {
+            return nullptr;
+        }
+    }
+    for (const char* path : kTuningFilePaths) {
+        if (!root->makeLink(path, target, error)) {
+            return nullptr;
+        }
+    }
+    return root;
+}
+
+HostRoot::~HostRoot() {
+    for (auto it = mMade.rbegin(); it != mMade.rend(); ++it) {
+        remove((mPath + *it).c_str());
+    }
+    rmdir(mPath.c_str());
+}
+
+bool HostRoot::makeFolder(const std::string& relative, std::string* error) {
+    if (mkdir((mPath + relative).c_str(), 0700) != 0) {
+        *error = "cannot make " + mPath + relative + ": " + strerror(errno);
+        return false;
+    }
+    mMade.push_back(relative);
+    return true;
+}
+
+bool HostRoot::makeLink(const std::string& relative, const std::string& target, std::string* error) {
+    if (symlink(target.c_str(), (mPath + relative).c_str()) != 0) {
+        *error = "cannot link " + mPath + relative + ": " + strerror(errno);
+        return false;
+    }
+    mMade.push_back(relative);
+    return true;
+}
+
+}  // namespace korva::tool

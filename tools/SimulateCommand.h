@@ -1,0 +1,31 @@
+// spatializer-paramtool simulate: replays an effect's calls into the parameter cache against a
+// simulated effect, after setting the system properties a device would have, and prints every
+// setParam, getParam and commit the library makes, step by step.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/ToolOutput.h"
+
+namespace korva::tool {
+
+class SimulateCommand {
+public:
+    struct Options {
+        CommonOptions common;
+        // KEY=VALUE, KEY being a property name or one of the short names (see kPropertyNames).
+        std::vector<std::string> properties;
+        std::vector<std::string> steps;
+    };
+
+    static int run(const Options& options);
+
+    // Whether a command-line word is a step (so that the first word that is not is the file).
+    static bool isStep(const std::string& word);
+
+    // Short names of the properties a device's start-up depends on.
+    static const std::vector<std::pair<std::string, std::string>> kPropertyNames;
+};
+
+}  // namespace korva::tool

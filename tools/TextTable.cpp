@@ -1,0 +1,105 @@
+#include "tools/TextTable.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korva::tool {
+
+namespace {
+
+constexpr const char* kGap = "  ";
+// The last column never gets narrower than this, even when the others leave less room.
+constexpr size_t kMinLastWidth = 24;
+
+// Splits text into lines of at most width characters at blanks; a longer word stays whole.
+std::vector<std::string> wrap(const std::string& text, size_t width) {
+    std::vector<std::string> lines;
+    std::string line;
+    size_t start = 0;
+    while (start <= text.size()) {
+        size_t end = text.find(' ', start);
+        if (end == std::string::npos) {
+            end = text.size();
+        }
+        std::string word = text.substr(start, end - start);
+        if (!line.empty() && line.size() + 1 + word.size() > width) {
+            lines.push_back(line);
+            line.clear();
+        }
+        line += line.empty() ? word : " " + word;
+        start = end + 1;
+    }
+    lines.push_back(line);
+    return lines;
+}
+
+void rtrim(std::string& text) {
+    while (!text.empty() && text.back() == ' ') {
+        text.pop_back();
+    }
+}
+
+}  // namespace
+
+TextTable::TextTable(std::vector<std::string> headers)
+    : mHeaders(std::move(headers)), mRightAligned(mHeaders.size(), false) {}
+
+void TextTable::alignRight(size_t column) {
+    if (column < mRightAligned.size()) {
+        mRightAligned[column] = true;
+    }
+}
+
+void TextTable::addRow(std::vector<std::string> cells) {
+    cells.resize(mHeaders.size());
+    mRows.push_back(std::move(cells));
+}
+
+std::string TextTable::render(const std::string& indent, size_t width) const {
+    const size_t columns = mHeaders.size();
+    std::vector<size_t> widths(columns, 0);
+    const bool hasHeader = std::any_of(mHeaders.begin(), mHeaders.end(),
+                                       [](const std::string& h) { return !h.empty(); });
+    for (size_t i = 0; i + 1 < columns; i++) {
+        widths[i] = hasHeader ? mHeaders[i].size() : 0;
+        for (const auto& row : mRows) {
+            widths[i] = std::max(widths[i], row[i].size());
+        }
+    }
+    std::string out;
+    if (hasHeader) {
+        renderRow(mHeaders, widths, indent, width, out);
+    }
+    for (const auto& row : mRows) {
+        renderRow(row, widths, indent, width, out);
+    }
+    return out;
+}
+
+void TextTable::renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,
+                          const std::string& indent, size_t width, std::string& out) const {
+    const size_t columns = cells.size();
+    if (columns == 0) {
+        return;
+    }
+    std::string prefix = indent;
+    for (size_t i = 0; i + 1 < columns; i++) {
+        const size_t pad = widths[i] - std::min(widths[i], cells[i].size());
+        if (mRightAligned[i]) {
+            prefix += std::string(pad, ' ') + cells[i];
+        } else {
+            prefix += cells[i] + std::string(pad, ' ');
+        }
+        prefix += kGap;
+    }
+    const size_t lastStart = prefix.size();
+    const size_t lastWidth = width > lastStart + kMinLastWidth ? width - lastStart : kMinLastWidth;
+    const std::vector<std::string> lines = wrap(cells.back(), lastWidth);
+    for (size_t i = 0; i < lines.size(); i++) {
+        std::string line = (i == 0 ? prefix : std::string(lastStart, ' ')) + lines[i];
+        rtrim(line);
+        out += line + "\n";
+    }
+}
+
+}  // namespace korva::tool

@@ -1,0 +1,34 @@
+// Aligned plain-text tables. Every column but the last is as wide as its widest cell; the last
+// column wraps at blanks, continuing under itself, so that no line is wider than asked for.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace korva::tool {
+
+class TextTable {
+public:
+    // Empty headers print no header line.
+    explicit TextTable(std::vector<std::string> headers);
+
+    // Numbers read best right-aligned.
+    void alignRight(size_t column);
+    void addRow(std::vector<std::string> cells);
+    bool empty() const { return mRows.empty(); }
+
+    std::string render(const std::string& indent = "", size_t width = kDefaultWidth) const;
+
+    static constexpr size_t kDefaultWidth = 100;
+
+private:
+    void renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,
+                   const std::string& indent, size_t width, std::string& out) const;
+
+    std::vector<std::string> mHeaders;
+    std::vector<bool> mRightAligned;
+    std::vector<std::vector<std::string>> mRows;
+};
+
+}  // namespace korva::tool

@@ -1,0 +1,36 @@
+// What every subcommand shares: its common options, one-line errors on stderr, and JSON on stdout.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace korva::tool {
+
+using Json = nlohmann::ordered_json;
+
+struct CommonOptions {
+    // The tuning file; the bundled example when none is given.
+    std::string file;
+    bool json = false;
+    bool verbose = false;
+};
+
+// Exit statuses shared by the subcommands.
+constexpr int kExitOk = 0;
+// check --strict with warnings only; diff with differences.
+constexpr int kExitFindings = 1;
+// Errors in the file, an unreadable file, or a wrong command line.
+constexpr int kExitError = 2;
+
+class ToolOutput {
+public:
+    // "spatializer-paramtool: PATH: message" on stderr.
+    static void error(const std::string& path, const std::string& message);
+    // One JSON document on stdout. Text that is not UTF-8 is replaced, never refused.
+    static void printJson(const Json& document);
+    static void print(const std::string& text);
+    // Reports, as an error, a file that cannot be opened for reading.
+    static bool isReadable(const std::string& path);
+};
+
+}  // namespace korva::tool

@@ -1,0 +1,139 @@
+// spatializer-paramtool: shows tuning engineers and integrators what a tuning file turns into
+// before it reaches a device, with the library's own classes doing all the reading, translating
+// and serving.
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "tools/BlobsCommand.h"
+#include "tools/CheckCommand.h"
+#include "tools/DiffCommand.h"
+#include "tools/DumpCommand.h"
+#include "tools/ExampleFile.h"
+#include "tools/LibraryLog.h"
+#include "tools/SimulateCommand.h"
+#include "tools/ToolOutput.h"
+
+using namespace korva::tool;
+
+namespace {
+
+void addCommonOptions(CLI::App* command, CommonOptions* options) {
+    command->add_flag("--json", options->json, "print one JSON document instead of tables");
+    command->add_flag("--verbose", options->verbose, "show the library's own log lines on stderr");
+}
+
+CLI::App* addFileCommand(CLI::App& app, const char* name, const char* description,
+                         CommonOptions* options) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->add_option("file", options->file, "tuning file (default: the bundled example)");
+    addCommonOptions(command, options);
+    return command;
+}
+
+std::string propertyHelp() {
+    std::string help = "set a system property before the store starts; short names:";
+    for (const auto& [alias, name] : SimulateCommand::kPropertyNames) {
+        help += " " + alias + "=" + name;
+    }
+    return help;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{
+        "Shows what a spatializer tuning file turns into: findings, records, parameter "
+        "blobs, effect calls and differences."};
+    app.require_subcommand(1);
+
+    CheckCommand::Options check;
+    CLI::App* checkCommand =
+        addFileCommand(app, "check",
+                       "report what the library accepts silently but changes what reaches "
+                       "the effect, then summarize",
+                       &check.common);
+    checkCommand->add_flag("--strict", check.strict, "exit 1 when there are warnings");
+
+    CommonOptions dump;
+    addFileCommand(app, "dump", "every record as the library holds it after parsing", &dump);
+
+    BlobsCommand::Options blobs;
+    CLI::App* blobsCommand = addFileCommand(
+        app, "blobs", "each profile and tuning-device blob, decoded entry by entry", &blobs.common);
+    blobsCommand->add_option("--profile", blobs.profile, "only this profile (name or id)");
+    CLI::Option* deviceOption =
+        blobsCommand->add_option("--device", blobs.device, "only this tuning device");
+    blobsCommand->add_flag("--builtin", blobs.builtin, "the built-in tables instead of the file's");
+
+    SimulateCommand::Options simulate;
+    std::vector<std::string> simulateWords;
+    CLI::App* simulateCommand = app.add_subcommand(
+        "simulate", "run effect calls through the parameter cache and print every call");
+    simulateCommand->add_option("--prop", simulate.properties, propertyHelp());
+    simulateCommand->add_option(
+        "words", simulateWords,
+        "[FILE] STEP...: profile=NAME|ID, content=on|off[,mcc], select=PORT:DEVICE, "
+        "tuning, load=DEVICE, geq=G1,...,G20");
+    addCommonOptions(simulateCommand, &simulate.common);
+
+    DiffCommand::Options diff;
+    std::vector<std::string> diffFiles;
+    CLI::App* diffCommand =
+        app.add_subcommand("diff", "blob-level differences between two tuning files");
+    diffCommand->add_option("files", diffFiles, "A B (one file: the bundled example against it)")
+        ->expected(0, 2);
+    addCommonOptions(diffCommand, &diff.common);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const int status = app.exit(error);
+        return status == 0 ? kExitOk : kExitError;
+    }
+
+    const std::string example = ExampleFile::path();
+    const auto fileOrExample = [&example](std::string& file) {
+        if (file.empty()) {
+            file = example;
+        }
+    };
+
+    if (app.got_subcommand(checkCommand)) {
+        LibraryLog::install(check.common.verbose);
+        fileOrExample(check.common.file);
+        return CheckCommand::run(check);
+    }
+    if (app.got_subcommand("dump")) {
+        LibraryLog::install(dump.verbose);
+        fileOrExample(dump.file);
+        return DumpCommand::run(dump);
+    }
+    if (app.got_subcommand(blobsCommand)) {
+        LibraryLog::install(blobs.common.verbose);
+        fileOrExample(blobs.common.file);
+        blobs.hasDevice = deviceOption->count() > 0;
+        return BlobsCommand::run(blobs);
+    }
+    if (app.got_subcommand(simulateCommand)) {
+        LibraryLog::install(simulate.common.verbose);
+        size_t first = 0;
+        if (!simulateWords.empty() && !SimulateCommand::isStep(simulateWords[0])) {
+            simulate.common.file = simulateWords[0];
+            first = 1;
+        }
+        fileOrExample(simulate.common.file);
+        simulate.steps.assign(simulateWords.begin() + first, simulateWords.end());
+        return SimulateCommand::run(simulate);
+    }
+    if (app.got_subcommand(diffCommand)) {
+        LibraryLog::install(diff.common.verbose);
+        diff.fileA = diffFiles.size() == 2 ? diffFiles[0] : example;
+        diff.fileB = diffFiles.size() == 2   ? diffFiles[1]
+                     : diffFiles.size() == 1 ? diffFiles[0]
+                                             : example;
+        diff.common.file = diff.fileA;
+        return DiffCommand::run(diff);
+    }
+    return kExitError;
+}
