@@ -68,11 +68,6 @@ Tuning* findDeviceTuning(const std::vector<DeviceTuning*>& deviceTunings,
     return binding != nullptr ? findTuning(tunings, binding->getTuning()) : nullptr;
 }
 
-IeqPreset* findIeqPreset(const std::vector<IeqPreset*>& presets, int presetId) {
-    return findFirst(presets,
-                     [presetId](const IeqPreset* p) { return p->getPresetId() == presetId; });
-}
-
 // The IEQ preset translator. An endpoint whose preset does not exist is translated with the
 // preset used last; before any preset was found there is none to translate.
 class IeqTranslation {
@@ -142,6 +137,37 @@ struct OrderedRecords {
     std::vector<DeviceTuning*> deviceTunings;
 };
 
+// The partners of each record, looked up once instead of by a walk over every record of the
+// other kind: a load stays linear in the size of the file. Lists keep the records' order, and
+// where the first match counts, the first one read is the one kept.
+struct RecordIndex {
+    explicit RecordIndex(const OrderedRecords& records) {
+        for (IeqPreset* preset : records.ieqPresets) {
+            firstIeqPreset.emplace(preset->getPresetId(), preset);
+        }
+        for (GeqPreset* preset : records.geqPresets) {
+            firstGeqPreset.emplace(preset->getProfileId(), preset);
+        }
+        for (ProfileEndpoint* endpoint : records.profileEndpoints) {
+            profileEndpoints[endpoint->getProfileId()].push_back(endpoint);
+        }
+        for (DeviceTuning* deviceTuning : records.deviceTunings) {
+            deviceTunings[deviceTuning->getTuning()].push_back(deviceTuning);
+        }
+    }
+
+    template <typename Key, typename Value>
+    static Value find(const std::map<Key, Value>& index, const Key& key) {
+        auto found = index.find(key);
+        return found != index.end() ? found->second : Value();
+    }
+
+    std::map<int, IeqPreset*> firstIeqPreset;
+    std::map<int, GeqPreset*> firstGeqPreset;
+    std::map<int, std::vector<ProfileEndpoint*>> profileEndpoints;
+    std::map<std::string, std::vector<DeviceTuning*>> deviceTunings;
+};
+
 }  // namespace
 
 void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
@@ -155,6 +181,7 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
         return;
     }
     const OrderedRecords records(*parser->getDeviceData());
+    const RecordIndex index(records);
 
     // The speaker's tuning is the one bound to the device selected for the speaker port. Nothing
     // selects one before loading, so the lookup files an empty selection for the port; a binding
@@ -186,8 +213,7 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
         cmd.setDeviceId(kAllDevices);
         translator.translateAll(cmd);
 
-        GeqPreset* geq = findFirst(records.geqPresets,
-                                   [id](const GeqPreset* p) { return p->getProfileId() == id; });
+        GeqPreset* geq = RecordIndex::find(index.firstGeqPreset, id);
         if (geq != nullptr) {
             translator.setSource(geq, ENDPOINT_OTHER, false);
             cmd.setDeviceId(kAllDevices);
@@ -195,15 +221,12 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
             mProfileGeqGains.emplace(id, valuesOf(*geq, GEQ_GAIN));
         }
 
-        for (ProfileEndpoint* endpoint : records.profileEndpoints) {
-            if (endpoint->getProfileId() != id) {
-                continue;
-            }
+        for (ProfileEndpoint* endpoint : RecordIndex::find(index.profileEndpoints, id)) {
             endpoint->set(VIRTUAL_BASS_MODE, speaker.vbMode);
             const Endpoint type = endpoint->getEndpoint();
             translator.setSource(endpoint, type, false);
             ieqTranslation.select(
-                findIeqPreset(records.ieqPresets, endpoint->getSelectedIeqPreset()), type);
+                RecordIndex::find(index.firstIeqPreset, endpoint->getSelectedIeqPreset()), type);
             if (type == ENDPOINT_HEADPHONE) {
                 // The file's headphone values serve Bluetooth and USB outputs; wired headphones
                 // keep the built-in ones.
@@ -231,10 +254,7 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
 
     for (Tuning* tuning : records.tunings) {
         const std::string name = tuning->getName();
-        for (DeviceTuning* deviceTuning : records.deviceTunings) {
-            if (deviceTuning->getTuning() != name) {
-                continue;
-            }
+        for (DeviceTuning* deviceTuning : RecordIndex::find(index.deviceTunings, name)) {
             const std::string device = deviceTuning->getDevice();
             const std::string port = deviceTuning->getPort();
             // A port the store does not know is filed with no device bit.
