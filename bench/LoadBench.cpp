@@ -3,10 +3,10 @@
 // reader built on libxml2's tree.
 //
 // The store is a process-wide singleton that is never destroyed, so every iteration loads into
-// the one instance, after one untimed load (each side gets one untimed round). Profile blobs keep the first file's (the first blob of an id wins), so after
-// the first iteration a load translates everything as before but no longer allocates the
-// profile map's nodes; tuning blobs are replaced each time. That leaves a few hundred small
-// allocations out of a load that makes tens of thousands.
+// the one instance, after one untimed load (each side gets one untimed round). Profile blobs keep
+// the first load's (the first blob of an id wins), so a timed load translates everything as the
+// first did but no longer allocates the profile map's nodes; tuning blobs are replaced each time.
+// That leaves a few hundred small allocations out of a load that makes tens of thousands.
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
 

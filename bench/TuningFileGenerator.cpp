@@ -221,7 +221,8 @@ public:
 
     void geqPreset(int profileId, const std::string& name, int bands) {
         std::string& out = mPresets;
-        open(out, 1, "preset", {{"id", std::to_string(profileId)}, {"name", name}, {"type", "geq"}});
+        std::string id = std::to_string(profileId);
+        open(out, 1, "preset", {{"id", id}, {"name", name}, {"type", "geq"}});
         open(out, 2, "data", {});
         open(out, 3, "bands", {});
         for (int frequency : bandFrequencies(bands)) {
@@ -512,7 +513,8 @@ std::string TuningFileGenerator::generate() {
             }
             default:
                 endpoint = "other";
-                devices.emplace_back("ext_" + std::to_string(step), kOtherPorts[random.range(0, 2)]);
+                const char* port = kOtherPorts[random.range(0, 2)];
+                devices.emplace_back("ext_" + std::to_string(step), port);
                 break;
         }
         writer.tuning(tuningName, endpoint, devices, false);
