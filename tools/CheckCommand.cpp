@@ -177,7 +177,7 @@ int CheckCommand::run(const Options& options) {
     records.read(path);
     TuningFileLinter linter(records);
     if (!linter.lint(path)) {
-        const Finding& finding = linter.findings().front();
+        const Finding finding = linter.findings().front();
         if (options.common.json) {
             ToolOutput::printJson({{"file", path},
                                    {"findings", findingsJson(linter.findings())},

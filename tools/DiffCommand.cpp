@@ -220,7 +220,9 @@ std::string differencesText(const Json& differences, const std::string& a, const
                     std::to_string(difference["entries"].get<size_t>()) + " entries)\n";
             continue;
         }
-        text += title + ": " + std::to_string(difference["entries"].size()) + " entries differ\n";
+        const size_t count = difference["entries"].size();
+        text += title + ": " + std::to_string(count) +
+                (count == 1 ? " entry differs\n" : " entries differ\n");
         TextTable table({"change", "device", "code", "values"});
         for (const Json& entry : difference["entries"]) {
             const std::string kind = entry["change"];

@@ -367,10 +367,10 @@ void TuningFileLinter::lintPreset() {
         }
         if (frequencies != kGeqBands || gains != kGeqBands) {
             add(line, Severity::kWarning,
-                "GEQ preset of profile " + profile + " gives \"gebs\" " +
+                "GEQ preset of profile " + profile + " makes a \"gebs\" of " +
                     std::to_string(1 + frequencies + gains) +
-                    " values: the effect is sent only one of 41 (20 bands), so this graphic EQ "
-                    "never reaches it");
+                    " values: the effect gets \"gebs\" only with 41 (20 bands), so this graphic "
+                    "EQ never reaches it");
         }
     } else {
         add(line, Severity::kWarning,
@@ -581,8 +581,9 @@ bool TuningFileLinter::lintTuning() {
         add(line, Severity::kError,
             "tuning " + quoted(name) + " has no data element: the reader drops it and stops, " +
                 (skipped > 0
-                     ? "so the " + std::to_string(skipped) + " elements after it (from line " +
-                           std::to_string(from) + ") are not read"
+                     ? "so " + std::to_string(skipped) + (skipped == 1 ? " element" : " elements") +
+                           " after it (from line " + std::to_string(from) + ") " +
+                           (skipped == 1 ? "is" : "are") + " not read"
                      : std::string("though nothing follows it")));
         mIterator.popNode();
         return false;

@@ -70,7 +70,9 @@ int main(int argc, char** argv) {
     std::vector<std::string> simulateWords;
     CLI::App* simulateCommand = app.add_subcommand(
         "simulate", "run effect calls through the parameter cache and print every call");
-    simulateCommand->add_option("--prop", simulate.properties, propertyHelp());
+    // One KEY=VALUE per --prop, so that the steps after it stay steps.
+    simulateCommand->add_option("--prop", simulate.properties, propertyHelp())
+        ->allow_extra_args(false);
     simulateCommand->add_option(
         "words", simulateWords,
         "[FILE] STEP...: profile=NAME|ID, content=on|off[,mcc], select=PORT:DEVICE, "
