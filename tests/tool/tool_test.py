@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs spatializer-paramtool as a process on purpose-made tuning files and on the bundled example.
 
-Usage: tool_test.py TOOL [RUNNER...] -- [unittest arguments]
+Usage: tool_test.py [RUNNER...] TOOL -- [unittest arguments]
 RUNNER is what starts a binary of another architecture (the cross build's emulator), if needed.
 """
 import json
