@@ -24,8 +24,14 @@ struct PortSummary {
     std::vector<std::string> devices;
 };
 
+struct RecordCount {
+    const char* key;
+    const char* label;
+    size_t count;
+};
+
 struct Summary {
-    std::vector<std::pair<std::string, size_t>> records;
+    std::vector<RecordCount> records;
     std::vector<int> profileBlobs;
     std::vector<PortSummary> ports;
     bool tuningsUsable = false;
@@ -69,12 +75,12 @@ Summary summarize(SpatializerParamArray& store, const TuningFileRecords& records
                   TuningFileLinter& linter) {
     Summary summary;
     summary.records = {
-        {"IEQ presets", records.ieqPresets().size()},
-        {"GEQ presets", records.geqPresets().size()},
-        {"profiles", records.profiles().size()},
-        {"profile endpoints", records.profileEndpoints().size()},
-        {"tunings", records.tunings().size()},
-        {"device tunings", records.deviceTunings().size()},
+        {"ieq_presets", "IEQ presets", records.ieqPresets().size()},
+        {"geq_presets", "GEQ presets", records.geqPresets().size()},
+        {"profiles", "profiles", records.profiles().size()},
+        {"profile_endpoints", "profile endpoints", records.profileEndpoints().size()},
+        {"tunings", "tunings", records.tunings().size()},
+        {"device_tunings", "device tunings", records.deviceTunings().size()},
     };
     for (int id : records.profileIds()) {
         if (store.isXMLProfileValid(id)) {
@@ -118,8 +124,8 @@ Json findingsJson(const std::vector<Finding>& findings) {
 
 Json summaryJson(const Summary& summary, const TuningFileRecords& records) {
     Json counts = Json::object();
-    for (const auto& [kind, count] : summary.records) {
-        counts[kind] = count;
+    for (const RecordCount& record : summary.records) {
+        counts[record.key] = record.count;
     }
     Json ports = Json::array();
     for (const PortSummary& port : summary.ports) {
@@ -138,8 +144,8 @@ Json summaryJson(const Summary& summary, const TuningFileRecords& records) {
 std::string summaryText(const Summary& summary, const TuningFileRecords& records, size_t errors,
                         size_t warnings) {
     std::string counts;
-    for (const auto& [kind, count] : summary.records) {
-        counts += (counts.empty() ? "" : ", ") + std::to_string(count) + " " + kind;
+    for (const RecordCount& record : summary.records) {
+        counts += (counts.empty() ? "" : ", ") + std::to_string(record.count) + " " + record.label;
     }
     std::string blobs;
     for (int id : summary.profileBlobs) {
@@ -218,9 +224,7 @@ int CheckCommand::run(const Options& options) {
         text += path + ":" + std::to_string(finding.line) + ": " + severityName(finding.severity) +
                 ": " + finding.message + "\n";
     }
-    if (!findings.empty()) {
-        text += "\n";
-    }
+    text += findings.empty() ? path + ": no findings\n\n" : "\n";
     ToolOutput::print(text + summaryText(summary, records, errors, warnings));
     return status;
 }

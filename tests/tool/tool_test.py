@@ -134,6 +134,10 @@ class CheckTest(unittest.TestCase):
         summary = document["summary"]
         self.assertTrue(summary["tunings_usable"])
         self.assertEqual(summary["profile_blobs"], [0, 1, 2, 3, 4])
+        _, dump = run_json("dump")
+        self.assertEqual(summary["records"], {kind: len(dump[kind]) for kind in (
+            "ieq_presets", "geq_presets", "profiles", "profile_endpoints", "tunings",
+            "device_tunings")})
         ports = {p["port"]: p for p in summary["ports"]}
         self.assertEqual(ports["internal_speaker"]["selected"], "")
         self.assertIn("", ports["internal_speaker"]["tuning_devices"])
