@@ -371,6 +371,18 @@ class SimulateTest(unittest.TestCase):
                           ("commit", None, None)])
         self.assertEqual(geq["calls"][1]["values"][21:], list(range(20)))
 
+    def test_the_given_file_loads_whichever_path_the_properties_choose(self):
+        _, blobs = run_json("blobs", VERSION_OVERRIDES, "--device", "default_usb")
+        for prop in ("product=quenthorn", "smartpa=fs19xx", "ro.product.name=other"):
+            with self.subTest(prop=prop):
+                result, document = run_json("simulate", "--prop", prop, VERSION_OVERRIDES,
+                                            "load=default_usb")
+                self.assertEqual(result.returncode, 0, result.stderr)
+                self.assertTrue(document["tunings_usable"])
+                step = document["steps"][0]
+                self.assertEqual(step["result"], 0)
+                self.assertEqual(setparams(step["calls"]), entries(blobs["blobs"][0]))
+
     def test_bad_steps_are_refused_before_anything_runs(self):
         for step in ("profile=opera", "content=maybe", "select=moon:x", "geq=1.5"):
             with self.subTest(step=step):
