@@ -104,6 +104,11 @@ const std::vector<int>& valuesOf(const ParameterValues& record, Parameter parame
     return found != record.values.end() ? found->second : kNone;
 }
 
+// "1 band", "2 bands".
+std::string counted(size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::string quoted(const std::string& text) {
     return "\"" + text + "\"";
 }
@@ -340,6 +345,15 @@ void TuningFileLinter::lintPreset() {
                     " targets: the effect reads the curve out of step");
         } else if (frequencies == 0) {
             add(line, Severity::kWarning, "IEQ preset " + id + " has no bands");
+        }
+        // Every preset describes the same bands: one of another length is likely cut short.
+        if (mIeqBands.line == 0) {
+            mIeqBands = {line, record->getPresetId(), frequencies};
+        } else if (frequencies != mIeqBands.bands) {
+            add(line, Severity::kWarning,
+                "IEQ preset " + id + " has " + counted(frequencies, "band") + ", but IEQ preset " +
+                    std::to_string(mIeqBands.presetId) + " at line " +
+                    std::to_string(mIeqBands.line) + " has " + std::to_string(mIeqBands.bands));
         }
     } else if (type == "geq") {
         const GeqPreset* record = takeNext(mRecords.geqPresets(), mNextGeqPreset);

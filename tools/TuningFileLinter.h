@@ -127,6 +127,12 @@ private:
     std::vector<TuningInfo> mTunings;
     std::vector<DeviceInfo> mDevices;
     std::map<int, int> mIeqPresetLines;
+    // The first IEQ preset's band count, which the others are compared with.
+    struct {
+        int line = 0;
+        int presetId = 0;
+        size_t bands = 0;
+    } mIeqBands;
     std::map<int, int> mGeqPresetLines;
 };
 
