@@ -471,7 +471,10 @@ std::string TuningFileGenerator::generate() {
         writer.geqPreset(id, std::string("geq_") + kStandardProfileNames[id], bands);
         writer.profile(id, kStandardProfileNames[id], ieqPresets, true);
     }
-    writer.tuning("speaker_main", "speaker", {{"speaker_main", "internal_speaker"}}, true);
+    // The speaker's own tuning is bound under the empty device name: the store looks the speaker
+    // up by the selection of its port, which nothing has made when the file is loaded.
+    writer.tuning("speaker_main", "speaker",
+                  {{"", "internal_speaker"}, {"speaker_main", "internal_speaker"}}, true);
     writer.tuning("headphone_main", "headphone",
                   {{"default_headphone", "headphone"},
                    {"default_bluetooth", "bluetooth"},

@@ -9,6 +9,7 @@ README's performance section can show it as it is.
 """
 import argparse
 import json
+import re
 import sys
 
 TIME_SCALE = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
@@ -22,7 +23,8 @@ def load_results(paths):
             data = json.load(handle)
         runs = {}
         for bench in data.get("benchmarks", []):
-            name = bench.get("run_name", bench["name"])
+            # Benchmarks with a fixed iteration count carry it in their names.
+            name = re.sub(r"/iterations:\d+$", "", bench.get("run_name", bench["name"]))
             if bench.get("error_occurred"):
                 medians[name] = {"error": bench.get("error_message", "error")}
                 continue
@@ -100,7 +102,8 @@ def growth_table(results, out):
             continue
         mb = results[subject]["file_bytes"] / 1e6
         per_mb[case] = (results[subject]["cpu_seconds"] / mb, results[base]["cpu_seconds"] / mb)
-        out.append("| %s | %s | %s |" % (case, fmt_time(per_mb[case][0]), fmt_time(per_mb[case][1])))
+        load_time, base_time = per_mb[case]
+        out.append("| %s | %s | %s |" % (case, fmt_time(load_time), fmt_time(base_time)))
     if "100K" in per_mb and "10M" in per_mb:
         ratio = per_mb["10M"][0] / per_mb["100K"][0]
         base_ratio = per_mb["10M"][1] / per_mb["100K"][1]

@@ -163,6 +163,7 @@ TEST(TuningFileGeneratorTest, readerFindsEveryRecordTheGeneratorWrote) {
         EXPECT_EQ(1u, read.count({"default_headphone", "headphone"}));
         EXPECT_EQ(1u, read.count({"default_bluetooth", "bluetooth"}));
         EXPECT_EQ(1u, read.count({"default_usb", "usb"}));
+        EXPECT_EQ(1u, read.count({"", "internal_speaker"}));
 
         // The standard profiles come first, and every tuning carries a mix matrix.
         ASSERT_GE(summary.profileIds.size(), 5u);
