@@ -34,7 +34,7 @@ awk '
     /ERROR SUMMARY:/ { errors += $4; runs++ }
     /definitely lost:/ { gsub(",", "", $4); definite += $4 }
     /indirectly lost:/ { gsub(",", "", $4); indirect += $4 }
-    /still reachable:/ { gsub(",", "", $4); if ($4 > reachable) reachable = $4 }
+    /still reachable:/ { gsub(",", "", $4); if ($4 + 0 > reachable) reachable = $4 + 0 }
     /Invalid (read|write)/ { invalid++ }
     END {
         printf "valgrind: %d processes, %d errors, %d invalid accesses, %d bytes definitely lost, " \
