@@ -25,9 +25,14 @@ function(_korva_bp_sources kind target out_var)
     set(${out_var} ${lines} PARENT_SCOPE)
 endfunction()
 
-# Every executable defined in a directory or below it.
+# Every executable defined in a directory or below it. The workstation tool's tests are left
+# out: the tool itself is not built for the device.
 function(_korva_bp_executables dir out_var)
     set(found)
+    if(dir STREQUAL "${PROJECT_SOURCE_DIR}/tests/tool")
+        set(${out_var} "" PARENT_SCOPE)
+        return()
+    endif()
     get_property(targets DIRECTORY "${dir}" PROPERTY BUILDSYSTEM_TARGETS)
     foreach(target IN LISTS targets)
         get_target_property(type ${target} TYPE)

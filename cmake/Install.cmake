@@ -7,6 +7,11 @@ if(KORVA_HOST_PLATFORM)
     list(APPEND korva_install_targets korva_host_platform)
 endif()
 
+# Debian keeps the AOSP libraries in an android/ folder outside the loader's search path: the
+# installed libraries carry it, as they carry each other's folder.
+set_target_properties(${korva_install_targets} PROPERTIES
+    INSTALL_RPATH "$ORIGIN;${AndroidPlatform_LIBRARY_DIR}")
+
 install(TARGETS ${korva_install_targets}
         EXPORT spatializerparamstorageTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
