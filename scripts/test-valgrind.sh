@@ -23,7 +23,8 @@ rm -f "$build"/Testing/Temporary/MemoryChecker.*.log
 options="--leak-check=full --show-leak-kinds=definite,indirect"
 options+=" --errors-for-leak-kinds=definite,indirect --error-exitcode=1 --num-callers=40"
 set +e
-ctest --test-dir "$build" -T memcheck --output-on-failure -j "$jobs" "${filter[@]}" \
+# Tests labelled valgrind already run valgrind themselves.
+ctest --test-dir "$build" -T memcheck --output-on-failure -j "$jobs" -LE valgrind "${filter[@]}" \
     --overwrite "MemoryCheckCommand=$(command -v valgrind)" \
     --overwrite "MemoryCheckCommandOptions=$options"
 status=$?
