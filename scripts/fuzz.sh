@@ -3,12 +3,14 @@
 # and runs each for a given time, then prints the figures of the run as a Markdown table.
 #
 #   scripts/fuzz.sh [--time SECONDS] [--no-build] [TARGET...]
+#   scripts/fuzz.sh --bad-inputs [--no-build]
 #
 # TARGET: fuzz_tuning_file, fuzz_blob, fuzz_user_gains (default: all three, one after another).
 # The corpus of each target grows in fuzz/corpus-work/<target> (not committed) and is reused by
 # later runs; the seeds are rebuilt from the project's own files every run. Findings are written
 # to fuzz/corpus-work/artifacts/<target>/. Exits non-zero when a target finds a crash, a leak, a
-# timeout or an out-of-memory.
+# timeout or an out-of-memory. --bad-inputs instead runs the hand-picked bad inputs (fuzz_bad_inputs)
+# and prints the table of what the library did with each.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${KORVA_ASAN_BUILD_DIR:-$root/build-asan}
@@ -16,12 +18,14 @@ jobs=${KORVA_JOBS:-2}
 work=$root/fuzz/corpus-work
 seconds=60
 build_first=1
+bad_inputs=0
 targets=()
 
 while [ $# -gt 0 ]; do
     case "$1" in
         --time) seconds=$2; shift 2 ;;
         --no-build) build_first=0; shift ;;
+        --bad-inputs) bad_inputs=1; shift ;;
         fuzz_*) targets+=("$1"); shift ;;
         *) echo "fuzz.sh: unknown argument $1" >&2; exit 2 ;;
     esac
@@ -30,9 +34,15 @@ if [ ${#targets[@]} -eq 0 ]; then
     targets=(fuzz_tuning_file fuzz_blob fuzz_user_gains)
 fi
 
+if [ "$bad_inputs" = 1 ]; then
+    targets=(fuzz_bad_inputs)
+fi
 if [ "$build_first" = 1 ]; then
     KORVA_ASAN_BUILD_DIR=$build "$root/scripts/test-sanitizers.sh" configure-asan
     cmake --build "$build" -j "$jobs" --target "${targets[@]}" fuzz_seed_dump
+fi
+if [ "$bad_inputs" = 1 ]; then
+    exec "$build/fuzz/fuzz_bad_inputs" "$work/bad-inputs" "$root"/examples/kvx-default-spatializer.xml
 fi
 
 # Seeds: the tuning files of the tests and the example; blobs dumped from the store (built-in
