@@ -1,103 +1,51 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "model/CreationOrder.h"
 #include "model/DeviceData.h"
 
 namespace korva {
 namespace {
 
-TEST(DeviceDataTest, StartsEmpty) {
-    DeviceData data;
-    EXPECT_EQ("", data.getFormatVersion());
-    EXPECT_EQ("", data.getToolVersion());
-    EXPECT_EQ("", data.getSignature());
-    EXPECT_EQ(0, data.getOrbexGameSystemGain());
-    EXPECT_TRUE(data.getIeqPresets().empty());
-    EXPECT_TRUE(data.getGeqPresets().empty());
-    EXPECT_TRUE(data.getProfiles().empty());
-    EXPECT_TRUE(data.getProfileEndpoints().empty());
-    EXPECT_TRUE(data.getTunings().empty());
-    EXPECT_TRUE(data.getDeviceTunings().empty());
-}
-
-TEST(DeviceDataTest, HeaderFields) {
-    DeviceData data;
-    data.setFormatVersion("2.1");
-    data.setToolVersion("tool 5.0.3");
-    data.setSignature("c2lnbmF0dXJl");
-    data.setOrbexGameSystemGain(-6);
-    EXPECT_EQ("2.1", data.getFormatVersion());
-    EXPECT_EQ("tool 5.0.3", data.getToolVersion());
-    EXPECT_EQ("c2lnbmF0dXJl", data.getSignature());
-    EXPECT_EQ(-6, data.getOrbexGameSystemGain());
-    data.setFormatVersion(data.getFormatVersion());
-    EXPECT_EQ("2.1", data.getFormatVersion());
-}
-
-// Every set setter must copy the pointers, share the records and leave the caller's set alone.
-template <typename T>
+// A set setter copies the pointers: the records are shared, the caller's set is left alone, the
+// container's own set handed back stays whole and a second call replaces the content.
+template <typename T, typename... Args>
 void checkSetCopy(std::set<T*>& (DeviceData::*get)(), void (DeviceData::*put)(std::set<T*>&),
-                  std::vector<std::unique_ptr<T>>& records) {
-    DeviceData data;
+                  Args... args) {
+    std::vector<std::unique_ptr<T>> records;
     std::set<T*> source;
-    for (auto& record : records) {
-        source.insert(record.get());
+    for (int i = 0; i < 3; ++i) {
+        records.push_back(std::make_unique<T>(args...));
+        source.insert(records.back().get());
     }
+    DeviceData data;
     (data.*put)(source);
     EXPECT_EQ(source, (data.*get)());
-    EXPECT_NE(&source, &(data.*get)());
-
     source.clear();
-    EXPECT_EQ(records.size(), (data.*get)().size());
-
-    // The container's own set handed back to it stays as it is.
+    EXPECT_EQ(3u, (data.*get)().size());
     (data.*put)((data.*get)());
-    EXPECT_EQ(records.size(), (data.*get)().size());
-
-    // A second call replaces the content rather than adding to it.
+    EXPECT_EQ(3u, (data.*get)().size());
     std::set<T*> one = {records.front().get()};
     (data.*put)(one);
     EXPECT_EQ(one, (data.*get)());
+    // Destroying the container leaves the records to their owner (checked under valgrind).
 }
 
 TEST(DeviceDataTest, SetSettersCopyThePointers) {
-    std::vector<std::unique_ptr<IeqPreset>> ieq;
-    std::vector<std::unique_ptr<GeqPreset>> geq;
-    std::vector<std::unique_ptr<Profile>> profiles;
-    std::vector<std::unique_ptr<ProfileEndpoint>> endpoints;
-    std::vector<std::unique_ptr<Tuning>> tunings;
-    std::vector<std::unique_ptr<DeviceTuning>> deviceTunings;
-    for (int i = 0; i < 3; ++i) {
-        ieq.push_back(std::make_unique<IeqPreset>(i, "ieq"));
-        geq.push_back(std::make_unique<GeqPreset>(i));
-        profiles.push_back(std::make_unique<Profile>(i, "p", false));
-        endpoints.push_back(std::make_unique<ProfileEndpoint>(i, ENDPOINT_SPEAKER, 0));
-        tunings.push_back(std::make_unique<Tuning>("t", ENDPOINT_SPEAKER, false));
-        deviceTunings.push_back(std::make_unique<DeviceTuning>("usb", "usb", "t"));
-    }
-    checkSetCopy(&DeviceData::getIeqPresets, &DeviceData::setIeqPresets, ieq);
-    checkSetCopy(&DeviceData::getGeqPresets, &DeviceData::setGeqPresets, geq);
-    checkSetCopy(&DeviceData::getProfiles, &DeviceData::setProfiles, profiles);
-    checkSetCopy(&DeviceData::getProfileEndpoints, &DeviceData::setProfileEndPoints, endpoints);
-    checkSetCopy(&DeviceData::getTunings, &DeviceData::setTunings, tunings);
-    checkSetCopy(&DeviceData::getDeviceTunings, &DeviceData::setDeviceTunings, deviceTunings);
-}
-
-TEST(DeviceDataTest, DestroyingTheContainerLeavesTheRecords) {
-    auto tuning = std::make_unique<Tuning>("t", ENDPOINT_SPEAKER, false);
-    tuning->set(ORIENTATION, {1});
-    {
-        auto data = std::make_unique<DeviceData>();
-        std::set<Tuning*> tunings = {tuning.get()};
-        data->setTunings(tunings);
-        data->getTunings().clear();
-    }
-    EXPECT_EQ(std::vector<int>{1}, tuning->values.at(ORIENTATION));
+    checkSetCopy(&DeviceData::getIeqPresets, &DeviceData::setIeqPresets, 1, "ieq");
+    checkSetCopy(&DeviceData::getGeqPresets, &DeviceData::setGeqPresets, 1);
+    checkSetCopy(&DeviceData::getProfiles, &DeviceData::setProfiles, 1, "p", false);
+    checkSetCopy(&DeviceData::getProfileEndpoints, &DeviceData::setProfileEndPoints, 1,
+                 ENDPOINT_SPEAKER, 0);
+    checkSetCopy(&DeviceData::getTunings, &DeviceData::setTunings, "t", ENDPOINT_SPEAKER, false);
+    checkSetCopy(&DeviceData::getDeviceTunings, &DeviceData::setDeviceTunings, "usb", "usb", "t");
 }
 
 TEST(DeviceDataTest, ValidateDataFollowsTheIeqSwitch) {
@@ -108,7 +56,7 @@ TEST(DeviceDataTest, ValidateDataFollowsTheIeqSwitch) {
         int selectedAfter;
         bool dirtyAfter;
     };
-    const std::vector<Case> cases = {
+    const Case cases[] = {
         {"switched off", std::vector<int>{0}, 4, 0, true},
         {"switched off and already 0", std::vector<int>{0}, 0, 0, true},
         {"switched on", std::vector<int>{1}, 4, 4, false},
@@ -131,7 +79,7 @@ TEST(DeviceDataTest, ValidateDataFollowsTheIeqSwitch) {
     DeviceData data;
     data.setProfileEndPoints(endpoints);
     data.validateData();
-    for (size_t i = 0; i < cases.size(); ++i) {
+    for (size_t i = 0; i < std::size(cases); ++i) {
         SCOPED_TRACE(cases[i].name);
         EXPECT_EQ(cases[i].selectedAfter, records[i]->getSelectedIeqPreset());
         EXPECT_EQ(cases[i].dirtyAfter, records[i]->isDirty());
@@ -140,16 +88,49 @@ TEST(DeviceDataTest, ValidateDataFollowsTheIeqSwitch) {
     }
 }
 
-TEST(DeviceDataTest, ValidateDataWithoutProfileEndpointsChangesNothing) {
-    IeqPreset preset(1LL, 0, "off");
-    preset.setDirty(false);
-    std::set<IeqPreset*> presets = {&preset};
-    DeviceData data;
-    data.setIeqPresets(presets);
-    data.validateData();
-    EXPECT_FALSE(preset.isDirty());
-    EXPECT_EQ(1u, data.getIeqPresets().size());
-    EXPECT_TRUE(data.getProfileEndpoints().empty());
+// The loader walks the record sets in creation order, so that the blobs do not depend on where
+// the allocator put the records.
+TEST(CreationOrderTest, OrdersRecordsByCreationNotByAddress) {
+    std::vector<std::unique_ptr<DeviceTuning>> created;
+    for (int i = 0; i < 50; ++i) {
+        created.push_back(std::make_unique<DeviceTuning>(std::to_string(i), "usb", "t"));
+        if (i % 3 == 0) {
+            created[i / 2].reset();  // freed memory that later records may reuse
+        }
+    }
+    std::set<DeviceTuning*> records;
+    std::vector<std::string> expected;
+    for (auto& record : created) {
+        if (record) {
+            records.insert(record.get());
+            expected.push_back(record->getDevice());
+        }
+    }
+    std::vector<std::string> byAddress, ordered;
+    for (DeviceTuning* record : records) byAddress.push_back(record->getDevice());
+    for (DeviceTuning* record : inCreationOrder(records)) ordered.push_back(record->getDevice());
+    ASSERT_NE(expected, byAddress) << "the allocator reused no memory: the test proves nothing";
+    EXPECT_EQ(expected, ordered);
+    // One counter for every record type.
+    Tuning tuning("t", ENDPOINT_SPEAKER, false);
+    DeviceTuning binding("usb", "usb", "t");
+    EXPECT_LT(tuning.getCreationSerial(), binding.getCreationSerial());
+}
+
+TEST(CreationOrderTest, SerialsStayUniqueWhenThreadsCreateRecords) {
+    constexpr int kPerThread = 2000;
+    std::vector<uint64_t> serials[2];
+    auto create = [](std::vector<uint64_t>* out) {
+        for (int i = 0; i < kPerThread; ++i) out->push_back(GeqPreset(i).getCreationSerial());
+    };
+    std::thread a(create, &serials[0]);
+    std::thread b(create, &serials[1]);
+    a.join();
+    b.join();
+    std::set<uint64_t> all(serials[0].begin(), serials[0].end());
+    all.insert(serials[1].begin(), serials[1].end());
+    EXPECT_EQ(2u * kPerThread, all.size());
+    EXPECT_TRUE(std::is_sorted(serials[0].begin(), serials[0].end()));
 }
 
 }  // namespace

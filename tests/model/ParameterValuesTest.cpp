@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,80 +15,45 @@
 namespace korva {
 namespace {
 
-TEST(ParameterValuesTest, SetReplacesTheEntryAndKeepsOneEntryPerParameter) {
-    GeqPreset preset(7LL, 2);
-    preset.set(GEQ_GAIN, {1, 2, 3});
-    EXPECT_EQ(1u, preset.values.size());
-    preset.set(GEQ_GAIN, {-4});
-    EXPECT_EQ(1u, preset.values.size());
-    EXPECT_EQ(std::vector<int>{-4}, preset.values.at(GEQ_GAIN));
-    preset.set(GEQ_FREQUENCY, {});
-    EXPECT_EQ(2u, preset.values.size());
-    EXPECT_TRUE(preset.values.at(GEQ_FREQUENCY).empty());
-}
-
-TEST(ParameterValuesTest, SetCopiesTheCallersVector) {
-    Profile profile(3LL, 1, "movie", false);
-    std::vector<int> source = {5, 6};
-    profile.set(REVERB_SUPPRESSION_AMOUNT, source);
-    source.push_back(7);
-    EXPECT_EQ((std::vector<int>{5, 6}), profile.values.at(REVERB_SUPPRESSION_AMOUNT));
-}
-
-TEST(ParameterValuesTest, SetWithTheStoredVectorItselfKeepsItsValues) {
+TEST(ParameterValuesTest, SetReplacesOneEntryPerParameter) {
     Tuning tuning(1L, "spk", ENDPOINT_SPEAKER, false, false);
-    tuning.set(ORIENTATION, {90, 180});
-    tuning.setDirty(false);
+    std::vector<int> source = {90, 180};
+    tuning.set(ORIENTATION, source);
+    source.push_back(7);
+    // The record keeps its own copy, and stores even parameters it does not accept.
+    tuning.set(GEQ_GAIN, {});
+    EXPECT_EQ((std::map<Parameter, std::vector<int>>{{GEQ_GAIN, {}}, {ORIENTATION, {90, 180}}}),
+              tuning.values);
+    tuning.set(GEQ_GAIN, {-4});
+    EXPECT_EQ(2u, tuning.values.size());
+    EXPECT_EQ(std::vector<int>{-4}, tuning.values.at(GEQ_GAIN));
+    // Setting the stored vector itself must not lose it.
     tuning.set(ORIENTATION, tuning.values[ORIENTATION]);
     EXPECT_EQ((std::vector<int>{90, 180}), tuning.values.at(ORIENTATION));
-    EXPECT_TRUE(tuning.isDirty());
-}
-
-TEST(ParameterValuesTest, SetMarksDirtyEvenWithUnchangedValues) {
-    ProfileEndpoint endpoint(4L, 0, ENDPOINT_SPEAKER, 0);
-    endpoint.set(IEQ_ENABLE, {1});
-    endpoint.setDirty(false);
-    endpoint.set(IEQ_ENABLE, {1});
-    EXPECT_TRUE(endpoint.isDirty());
-}
-
-TEST(ParameterValuesTest, SetDoesNotConsultTheValidParameters) {
-    // The value setters decide what a record receives; the record itself stores anything.
-    GeqPreset preset(0);
-    preset.set(VIRTUAL_BASS_TYPE, {2});
-    EXPECT_EQ(std::vector<int>{2}, preset.values.at(VIRTUAL_BASS_TYPE));
 }
 
 TEST(ParameterValuesTest, ValuesToStringFormats) {
     struct Case {
-        const char* name;
         std::vector<std::pair<Parameter, std::vector<int>>> sets;
         std::string expected;
     };
-    const std::vector<Case> cases = {
-        {"empty map", {}, ""},
-        {"one value", {{GEQ_GAIN, {0, -3, 12}}}, "geq_gain=0,-3,12,\n"},
-        {"empty vector", {{OUTPUT_MIX_MATRIX, {}}}, "output_mix_matrix=\n"},
-        {"extremes",
-         {{PEAK_VALUE, {-2147483647 - 1, 2147483647}}},
-         "peak_value=-2147483648,2147483647,\n"},
-        {"numeric order whatever the order of setting",
-         {{VOLUME_MODELER_ENABLE, {1}},
+    const Case cases[] = {
+        {{}, ""},
+        {{{GEQ_GAIN, {0, -3, 12}}}, "geq_gain=0,-3,12,\n"},
+        {{{OUTPUT_MIX_MATRIX, {}}}, "output_mix_matrix=\n"},
+        {{{PEAK_VALUE, {-2147483647 - 1, 2147483647}}}, "peak_value=-2147483648,2147483647,\n"},
+        // Numeric order of the parameters, whatever the order of setting.
+        {{{VOLUME_MODELER_ENABLE, {1}},
           {ADVANCED_HEADPHONE_VIRTUALIZER_LR_ANGLE, {30}},
           {VIRTUAL_BASS_MIX_FREQ_HIGH, {2}},
           {VIRTUAL_BASS_MIX_FREQUENCY, {3}}},
-         "advanced_headphone_virtualizer_lr_angle=30,\n"
-         "virtual_bass_mix_frequency=3,\n"
-         "virtual_bass_mix_freq_high=2,\n"
-         "volume_modeler_enable=1,\n"},
-        {"ieq_id is never shown", {{IEQ_ID, {9}}}, ""},
-        {"ieq_id between others",
-         {{IEQ_TARGET, {1}}, {IEQ_ID, {9}}, {IEQ_FREQUENCY, {2}}},
+         "advanced_headphone_virtualizer_lr_angle=30,\nvirtual_bass_mix_frequency=3,\n"
+         "virtual_bass_mix_freq_high=2,\nvolume_modeler_enable=1,\n"},
+        // ieq_id is never shown, whatever the record type.
+        {{{IEQ_TARGET, {1}}, {IEQ_ID, {9}}, {IEQ_FREQUENCY, {2}}},
          "ieq_frequency=2,\nieq_target=1,\n"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        // A Tuning, not an IeqPreset: ieq_id is hidden for every record type.
         Tuning tuning("t", ENDPOINT_OTHER, true);
         for (const auto& [parameter, values] : c.sets) {
             tuning.set(parameter, values);
@@ -95,14 +62,42 @@ TEST(ParameterValuesTest, ValuesToStringFormats) {
     }
 }
 
-TEST(ParameterValuesTest, RecordsAreDeletedThroughTheBase) {
-    std::vector<ParameterValues*> records = {
-        new Tuning("t", ENDPOINT_SPEAKER, false), new IeqPreset(1, "ieq"), new GeqPreset(0),
-        new Profile(0, "dynamic", true), new ProfileEndpoint(0, ENDPOINT_SPEAKER, 1)};
-    for (ParameterValues* record : records) {
-        record->set(GEQ_GAIN, std::vector<int>(64, 1));
-        EXPECT_EQ(-1, record->getId());
-        delete record;
+// Which record type accepts which parameter decides what the translators emit, so the five sets
+// are checked against an encoding of the catalogue written independently of the sources: one
+// letter per Parameter value, 16 to a row: T Tuning, P Profile, E ProfileEndpoint, I IeqPreset,
+// G GeqPreset, - no record type.
+const std::string kAcceptedBy =
+    "PPTTTTTTTTTTETTT"
+    "TTETTTTTPEEETTTG"
+    "GEPEEEEEETTTEEII"
+    "IPEPPPETTTETTTTT"
+    "TTTTTTTTTTPPTEPE"
+    "TTTETTTTTTTTTTTT"
+    "-ETTTTETEETEEETP";
+
+// Read while the program is being initialised, as the translators' static constructors do.
+const size_t kTuningParamsAtStartup =
+    Tuning("startup", ENDPOINT_SPEAKER, false).getValidParams().size();
+
+TEST(ParameterValuesTest, EachRecordTypeAcceptsItsParameters) {
+    std::vector<std::pair<char, std::unique_ptr<ParameterValues>>> kinds;
+    kinds.emplace_back('T', new Tuning("t", ENDPOINT_SPEAKER, false));
+    kinds.emplace_back('P', new Profile(0, "p", false));
+    kinds.emplace_back('E', new ProfileEndpoint(0, ENDPOINT_HEADPHONE, 0));
+    kinds.emplace_back('I', new IeqPreset(1, "i"));
+    kinds.emplace_back('G', new GeqPreset(0));
+    EXPECT_EQ(&Tuning::kValidParams, &kinds[0].second->getValidParams());
+    EXPECT_EQ(67u, kTuningParamsAtStartup);
+    ASSERT_EQ(static_cast<size_t>(kNumParameters), kAcceptedBy.size());
+    for (int value = 0; value < kNumParameters; ++value) {
+        std::string owners;
+        for (const auto& [letter, record] : kinds) {
+            if (record->getValidParams().count(static_cast<Parameter>(value)) != 0) {
+                owners += letter;
+            }
+        }
+        EXPECT_EQ(kAcceptedBy[value] == '-' ? "" : std::string(1, kAcceptedBy[value]), owners)
+            << kParameterNames[value];
     }
 }
 

@@ -8,7 +8,6 @@
 #include "model/DeviceTuning.h"
 #include "model/GeqPreset.h"
 #include "model/IeqPreset.h"
-#include "model/Parameter.h"
 #include "model/Profile.h"
 #include "model/ProfileEndpoint.h"
 #include "model/Tuning.h"
@@ -18,162 +17,86 @@ namespace {
 
 TEST(RecordsTest, ConstructorsSetIdAndDirty) {
     struct Case {
-        const char* name;
-        std::function<std::unique_ptr<ParameterValues>()> make;
+        ParameterValues* record;
         int64_t id;
         bool dirty;
     };
-    const std::vector<Case> cases = {
-        {"Tuning without id", [] { return std::make_unique<Tuning>("a", ENDPOINT_SPEAKER, false); },
-         -1, true},
-        {"Tuning with id",
-         [] { return std::make_unique<Tuning>(11L, "a", ENDPOINT_SPEAKER, false, false); }, 11,
-         false},
-        {"IeqPreset without id", [] { return std::make_unique<IeqPreset>(5, "a"); }, -1, true},
-        {"IeqPreset with id is dirty too", [] { return std::make_unique<IeqPreset>(7LL, 5, "a"); },
-         7, true},
-        {"GeqPreset without id", [] { return std::make_unique<GeqPreset>(2); }, -1, true},
-        {"GeqPreset with id", [] { return std::make_unique<GeqPreset>(8LL, 2); }, 8, false},
-        {"Profile without id", [] { return std::make_unique<Profile>(1, "movie", true); }, -1, true},
-        {"Profile with id", [] { return std::make_unique<Profile>(9LL, 1, "movie", true); }, 9,
-         false},
-        {"ProfileEndpoint without id",
-         [] { return std::make_unique<ProfileEndpoint>(1, ENDPOINT_HEADPHONE, 3); }, -1, true},
-        {"ProfileEndpoint with id",
-         [] { return std::make_unique<ProfileEndpoint>(1LL << 40, 1, ENDPOINT_HEADPHONE, 3); },
-         1LL << 40, false},
+    // Records read from a file (no id) start dirty; stored ones start clean, but for IEQ presets.
+    const Case cases[] = {
+        {new Tuning("a", ENDPOINT_SPEAKER, false), -1, true},
+        {new Tuning(11L, "a", ENDPOINT_SPEAKER, false, false), 11, false},
+        {new IeqPreset(5, "a"), -1, true},
+        {new IeqPreset(7LL, 5, "a"), 7, true},
+        {new GeqPreset(2), -1, true},
+        {new GeqPreset(8LL, 2), 8, false},
+        {new Profile(1, "movie", true), -1, true},
+        {new Profile(9LL, 1, "movie", true), 9, false},
+        {new ProfileEndpoint(1, ENDPOINT_HEADPHONE, 3), -1, true},
+        {new ProfileEndpoint(1LL << 40, 1, ENDPOINT_HEADPHONE, 3), 1LL << 40, false},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::unique_ptr<ParameterValues> record = c.make();
-        EXPECT_EQ(c.id, record->getId());
-        EXPECT_EQ(c.id, record->id);
-        EXPECT_EQ(c.dirty, record->isDirty());
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
+        // Deleted through the base, as the reader does.
+        std::unique_ptr<ParameterValues> record(cases[i].record);
+        EXPECT_EQ(cases[i].id, record->getId());
+        EXPECT_EQ(cases[i].dirty, record->isDirty());
     }
-
-    DeviceTuning withoutId("internal_speaker", "speaker", "spk");
-    DeviceTuning withId(3LL, "internal_speaker", "speaker", "spk");
-    EXPECT_EQ(-1, withoutId.getId());
-    EXPECT_EQ(3, withId.getId());
-    EXPECT_TRUE(withoutId.isDirty());
-    EXPECT_TRUE(withId.isDirty());
+    EXPECT_EQ(-1, DeviceTuning("internal_speaker", "speaker", "spk").getId());
+    EXPECT_TRUE(DeviceTuning(3LL, "internal_speaker", "speaker", "spk").isDirty());
 }
 
-TEST(RecordsTest, DirtyRulesOfTheSetters) {
-    struct Case {
-        const char* name;
-        std::function<bool()> run;  // runs the setter on a clean record, returns isDirty()
-        bool dirty;
+TEST(RecordsTest, WhichChangesMarkARecordDirty) {
+    IeqPreset ieq(1LL, 2, "flat");
+    Profile profile(1LL, 2, "music", false);
+    ProfileEndpoint endpoint(1L, 2, ENDPOINT_SPEAKER, 0);
+    Tuning tuning(1L, "t", ENDPOINT_SPEAKER, false, false);
+    DeviceTuning binding("usb", "usb", "t");
+    endpoint.set(IEQ_ENABLE, {1});
+    auto dirtyAfter = [](auto& record, const std::function<void()>& change) {
+        record.setDirty(false);
+        change();
+        return record.isDirty();
     };
-    auto onClean = [](auto record, auto change) {
-        record->setDirty(false);
-        change(*record);
-        return record->isDirty();
-    };
-    const std::vector<Case> cases = {
-        {"IeqPreset::setName",
-         [&] {
-             return onClean(std::make_unique<IeqPreset>(1LL, 2, "flat"),
-                            [](IeqPreset& r) { r.setName("flat"); });
-         },
-         true},
-        {"Profile::setName",
-         [&] {
-             return onClean(std::make_unique<Profile>(1LL, 2, "music", false),
-                            [](Profile& r) { r.setName("music"); });
-         },
-         true},
-        {"Profile::setSelectedGeqPreset with the same value",
-         [&] {
-             return onClean(std::make_unique<Profile>(1LL, 2, "music", false),
-                            [](Profile& r) { r.setSelectedGeqPreset(2); });
-         },
-         true},
-        {"ProfileEndpoint::setSelectedIeqPreset",
-         [&] {
-             return onClean(std::make_unique<ProfileEndpoint>(1L, 2, ENDPOINT_SPEAKER, 0),
-                            [](ProfileEndpoint& r) { r.setSelectedIeqPreset(4); });
-         },
-         true},
-        {"Profile::setMobility",
-         [&] {
-             return onClean(std::make_unique<Profile>(1LL, 2, "music", false),
-                            [](Profile& r) { r.setMobility(true); });
-         },
-         false},
-        {"Tuning::setMono",
-         [&] {
-             return onClean(std::make_unique<Tuning>(1L, "t", ENDPOINT_SPEAKER, false, false),
-                            [](Tuning& r) { r.setMono(true); });
-         },
-         false},
-        {"Tuning::setEndpoint",
-         [&] {
-             return onClean(std::make_unique<Tuning>(1L, "t", ENDPOINT_SPEAKER, false, false),
-                            [](Tuning& r) { r.setEndpoint("headphone"); });
-         },
-         false},
-        {"DeviceTuning::setDirty(false)",
-         [&] {
-             return onClean(std::make_unique<DeviceTuning>("usb", "usb", "t"), [](DeviceTuning&) {});
-         },
-         false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(c.dirty, c.run());
-    }
+    // Even when nothing changes.
+    EXPECT_TRUE(dirtyAfter(ieq, [&] { ieq.setName("flat"); }));
+    EXPECT_TRUE(dirtyAfter(profile, [&] { profile.setName("music"); }));
+    EXPECT_TRUE(dirtyAfter(profile, [&] { profile.setSelectedGeqPreset(2); }));
+    EXPECT_TRUE(dirtyAfter(endpoint, [&] { endpoint.setSelectedIeqPreset(4); }));
+    EXPECT_TRUE(dirtyAfter(endpoint, [&] { endpoint.set(IEQ_ENABLE, {1}); }));
+    // The flags are not stored values.
+    EXPECT_FALSE(dirtyAfter(profile, [&] { profile.setMobility(true); }));
+    EXPECT_FALSE(dirtyAfter(tuning, [&] { tuning.setMono(true); }));
+    EXPECT_FALSE(dirtyAfter(tuning, [&] { tuning.setEndpoint("headphone"); }));
+    EXPECT_FALSE(dirtyAfter(binding, [] {}));
 }
 
-TEST(RecordsTest, TuningFlagsAndEndpointLookup) {
+TEST(RecordsTest, TuningEndpointNamesAndReadonly) {
     Tuning inMemory("hp", ENDPOINT_HEADPHONE, true);
     EXPECT_TRUE(inMemory.isReadonly());
     EXPECT_TRUE(inMemory.isMono());
-    EXPECT_EQ("hp", inMemory.getName());
     EXPECT_FALSE(Tuning(1L, "hp", ENDPOINT_HEADPHONE, false, false).isReadonly());
     EXPECT_TRUE(Tuning(1L, "hp", ENDPOINT_HEADPHONE, false, true).isReadonly());
-
-    struct Case {
-        const char* name;
-        Endpoint expected;
-    };
-    // Starts from headphone; unknown names, device names and other cases leave it alone.
-    const std::vector<Case> cases = {
+    // Only the exact names move the endpoint; anything else leaves the headphone it started as.
+    const std::pair<const char*, Endpoint> cases[] = {
         {"speaker", ENDPOINT_SPEAKER},     {"other", ENDPOINT_OTHER},
         {"headphone", ENDPOINT_HEADPHONE}, {"Speaker", ENDPOINT_HEADPHONE},
         {"", ENDPOINT_HEADPHONE},          {"internal_speaker", ENDPOINT_HEADPHONE},
         {"speaker ", ENDPOINT_HEADPHONE},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, expected] : cases) {
         Tuning tuning("t", ENDPOINT_HEADPHONE, false);
-        tuning.setEndpoint(c.name);
-        EXPECT_EQ(c.expected, tuning.getEndpoint());
+        tuning.setEndpoint(name);
+        EXPECT_EQ(expected, tuning.getEndpoint()) << '"' << name << '"';
     }
-    EXPECT_EQ(3u, Tuning::kEndpNameToEndpoint.size());
 }
 
-TEST(RecordsTest, IeqPresetKeepsItsNumberAsIeqId) {
-    IeqPreset preset(7LL, 5, "warm");
-    EXPECT_TRUE(preset.isDirty());
-    EXPECT_EQ(5, preset.getPresetId());
-    EXPECT_EQ(std::vector<int>{5}, preset.values.at(IEQ_ID));
-    EXPECT_EQ(1u, preset.values.size());
-    preset.setName("cold");
-    EXPECT_EQ("cold", preset.getName());
-
-    IeqPreset inMemory(-3, "neg");
-    EXPECT_EQ(std::vector<int>{-3}, inMemory.values.at(IEQ_ID));
-    EXPECT_EQ(-3, inMemory.getPresetId());
-}
-
-TEST(RecordsTest, ProfileSelectsItsOwnGeqPreset) {
+TEST(RecordsTest, PresetAndProfileNumbers) {
+    IeqPreset preset(7LL, -3, "warm");
+    EXPECT_EQ(-3, preset.getPresetId());
+    EXPECT_EQ((std::map<Parameter, std::vector<int>>{{IEQ_ID, {-3}}}), preset.values);
+    // A profile starts on its own GEQ preset.
     EXPECT_EQ(3, Profile(3, "cinema", false).getSelectedGeqPreset());
     EXPECT_EQ(4, Profile(20LL, 4, "custom", true).getSelectedGeqPreset());
-    Profile profile(0, "dynamic", false);
-    profile.setSelectedGeqPreset(2);
-    EXPECT_EQ(2, profile.getSelectedGeqPreset());
-    EXPECT_EQ(0, profile.getProfileId());
 }
 
 TEST(RecordsTest, ToStringFormats) {
@@ -183,129 +106,76 @@ TEST(RecordsTest, ToStringFormats) {
         "id=12\nname=speaker_tuning\nendpoint=speaker\nmono=true\nreadonly=false\n"
         "output_channels=2,\n",
         tuning.toString());
-
     IeqPreset ieq(7LL, 5, "warm");
-    EXPECT_EQ("id=7\npresetId=5\nname=warm\n", ieq.toString());
     ieq.set(IEQ_TARGET, {-1, 0});
     EXPECT_EQ("id=7\npresetId=5\nname=warm\nieq_target=-1,0,\n", ieq.toString());
-
     GeqPreset geq(1);
     geq.set(GEQ_GAIN, {0, -3, 12});
     EXPECT_EQ("id=-1\nprofileId=1\ngeq_gain=0,-3,12,\n", geq.toString());
-
     Profile profile(4LL, 2, "music", false);
     profile.setSelectedGeqPreset(0);
     EXPECT_EQ("id=4\nprofileId=2\nname=music\nmobility=false\nselectedGeqPreset=0\n",
               profile.toString());
-
     ProfileEndpoint endpoint(1, ENDPOINT_OTHER, 6);
     endpoint.set(IEQ_ENABLE, {});
     EXPECT_EQ("id=-1\nprofileId=1\nendpoint=other\nselectedIeqPreset=6\nieq_enable=\n",
               endpoint.toString());
-
-    DeviceTuning deviceTuning(9LL, "bluetooth", "bt_a2dp", "bt_tuning");
-    EXPECT_EQ("id=9\ndevice=bluetooth\nport=bt_a2dp\ntuning=bt_tuning", deviceTuning.toString());
-    EXPECT_EQ("bluetooth", deviceTuning.getDevice());
-    EXPECT_EQ("bt_a2dp", deviceTuning.getPort());
-    EXPECT_EQ("bt_tuning", deviceTuning.getTuning());
+    EXPECT_EQ("id=9\ndevice=bluetooth\nport=bt_a2dp\ntuning=bt_tuning",
+              DeviceTuning(9LL, "bluetooth", "bt_a2dp", "bt_tuning").toString());
 }
 
-TEST(RecordsTest, GeqPresetEquality) {
-    struct Case {
-        const char* name;
-        std::function<void(GeqPreset&)> changeOther;
-        bool equal;
+TEST(RecordsTest, EqualityComparesKeysAndValuesNotIdNameOrFlags) {
+    using Values = std::map<Parameter, std::vector<int>>;
+    const Values base = {{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3}}};
+    const std::pair<Values, bool> geqCases[] = {
+        {base, true},
+        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 4}}}, false},
+        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3, 0}}}, false},
+        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2}}}, false},
+        {{{GEQ_GAIN, {1, 2, 3}}}, false},
+        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3}}, {VIRTUAL_BASS_TYPE, {}}}, false},
     };
-    const std::vector<Case> cases = {
-        {"same content", [](GeqPreset&) {}, true},
-        {"id and dirty do not count",
-         [](GeqPreset& o) {
-             o.id = 99;
-             o.setDirty(false);
-         },
-         true},
-        {"other value",
-         [](GeqPreset& o) {
-             o.set(GEQ_GAIN, {1, 2, 4});
-         },
-         false},
-        {"longer vector",
-         [](GeqPreset& o) {
-             o.set(GEQ_GAIN, {1, 2, 3, 0});
-         },
-         false},
-        {"shorter vector",
-         [](GeqPreset& o) {
-             o.set(GEQ_GAIN, {1, 2});
-         },
-         false},
-        {"extra entry", [](GeqPreset& o) { o.set(VIRTUAL_BASS_TYPE, {}); }, false},
-        {"missing entry", [](GeqPreset& o) { o.values.erase(GEQ_FREQUENCY); }, false},
-        {"same values set in the other order",
-         [](GeqPreset& o) {
-             o.values.clear();
-             o.set(GEQ_GAIN, {1, 2, 3});
-             o.set(GEQ_FREQUENCY, {100, 1000});
-         },
-         true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [values, equal] : geqCases) {
         GeqPreset mine(1);
-        mine.set(GEQ_FREQUENCY, {100, 1000});
-        mine.set(GEQ_GAIN, {1, 2, 3});
-        GeqPreset other(5LL, 1);
-        other.set(GEQ_FREQUENCY, {100, 1000});
-        other.set(GEQ_GAIN, {1, 2, 3});
-        c.changeOther(other);
-        EXPECT_EQ(c.equal, mine.equals(other));
-        EXPECT_EQ(c.equal, other.equals(mine));
+        mine.values = base;
+        GeqPreset other(99LL, 1);  // another id, and clean
+        other.values = values;
+        EXPECT_EQ(equal, mine.equals(other)) << &values - &geqCases[0].first;
+        EXPECT_EQ(equal, other.equals(mine)) << &values - &geqCases[0].first;
     }
-    GeqPreset alone(3);
-    EXPECT_TRUE(alone.equals(alone));
-    EXPECT_FALSE(alone.equals(GeqPreset(4)));
-}
+    EXPECT_FALSE(GeqPreset(3).equals(GeqPreset(4)));
 
-TEST(RecordsTest, ProfileEqualityComparesProfileIdAndValuesOnly) {
-    Profile mine(1, "movie", false);
-    mine.set(REVERB_SUPPRESSION_ENABLE, {1});
-    Profile other(8LL, 1, "film", true);
-    other.setSelectedGeqPreset(3);
-    other.set(REVERB_SUPPRESSION_ENABLE, {1});
-    EXPECT_TRUE(mine.equals(other));
-    other.set(REVERB_SUPPRESSION_ENABLE, {0});
-    EXPECT_FALSE(mine.equals(other));
-    Profile otherId(2, "movie", false);
-    otherId.set(REVERB_SUPPRESSION_ENABLE, {1});
-    EXPECT_FALSE(mine.equals(otherId));
-}
+    Profile movie(1, "movie", false);
+    movie.values = base;
+    Profile film(8LL, 1, "film", true);
+    film.setSelectedGeqPreset(3);
+    film.values = base;
+    EXPECT_TRUE(movie.equals(film));
+    film.values[GEQ_GAIN] = {0};
+    EXPECT_FALSE(movie.equals(film));
+    Profile music(2, "movie", false);
+    music.values = base;
+    EXPECT_FALSE(movie.equals(music));
 
-TEST(RecordsTest, ProfileEndpointEqualityComparesItsKeys) {
     struct Case {
-        const char* name;
         int profileId;
         Endpoint endpoint;
         int selectedIeqPreset;
+        Values values;
         bool equal;
     };
-    const std::vector<Case> cases = {
-        {"same keys", 2, ENDPOINT_HEADPHONE, 4, true},
-        {"other profile", 3, ENDPOINT_HEADPHONE, 4, false},
-        {"other endpoint", 2, ENDPOINT_SPEAKER, 4, false},
-        {"other selected preset", 2, ENDPOINT_HEADPHONE, 0, false},
+    const Case endpointCases[] = {
+        {2, ENDPOINT_HEADPHONE, 4, base, true}, {3, ENDPOINT_HEADPHONE, 4, base, false},
+        {2, ENDPOINT_SPEAKER, 4, base, false},  {2, ENDPOINT_HEADPHONE, 0, base, false},
+        {2, ENDPOINT_HEADPHONE, 4, {}, false},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const Case& c : endpointCases) {
         ProfileEndpoint mine(2, ENDPOINT_HEADPHONE, 4);
-        mine.set(VOLMAX_BOOST, {3});
+        mine.values = base;
         ProfileEndpoint other(30L, c.profileId, c.endpoint, c.selectedIeqPreset);
-        other.set(VOLMAX_BOOST, {3});
-        EXPECT_EQ(c.equal, mine.equals(other));
+        other.values = c.values;
+        EXPECT_EQ(c.equal, mine.equals(other)) << &c - endpointCases;
     }
-    ProfileEndpoint mine(2, ENDPOINT_HEADPHONE, 4);
-    ProfileEndpoint other(2, ENDPOINT_HEADPHONE, 4);
-    other.set(VOLMAX_BOOST, {3});
-    EXPECT_FALSE(mine.equals(other));
 }
 
 }  // namespace
