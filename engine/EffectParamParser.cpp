@@ -1,20 +1,7 @@
 #include "engine/EffectParamParser.h"
 
-#include <cstring>
-
 EffectParamParser::EffectParamParser(void* data, int size)
-    : mData(static_cast<const uint8_t*>(data)),
-      mSize(data != nullptr && size > 0 ? size : 0) {}
-
-bool EffectParamParser::readWord(int32_t* out) {
-    if (mOffset + 4 > mSize) {
-        return false;
-    }
-    // memcpy: the blob may sit at any byte offset.
-    memcpy(out, mData + mOffset, sizeof(*out));
-    mOffset += 4;
-    return true;
-}
+    : mData(static_cast<const uint8_t*>(data)), mSize(data != nullptr && size > 0 ? size : 0) {}
 
 bool EffectParamParser::begin() {
     mOffset = 0;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 class EffectParamParser {
 public:
@@ -26,7 +27,16 @@ public:
     const int32_t* mValues = nullptr;
 
 private:
-    bool readWord(int32_t* out);
+    // Inline: the delivery loops call it three times per entry.
+    bool readWord(int32_t* out) {
+        if (mOffset + 4 > mSize) {
+            return false;
+        }
+        // memcpy: the blob may sit at any byte offset.
+        memcpy(out, mData + mOffset, sizeof(*out));
+        mOffset += 4;
+        return true;
+    }
 
     const uint8_t* mData;
     int64_t mSize;

@@ -1,7 +1,11 @@
 #include "engine/VexParamStore.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <vector>
 
 ANDROID_SINGLETON_STATIC_INSTANCE(VexParamStore);
 
@@ -31,14 +35,45 @@ std::set<int> defaultDeviceProcParamsInProfile() {
             code("DSOE"), code("DSOA"), code("DSOI")};
 }
 
+// The two classes are read on every delivery, from any effect thread, and replaced only by tests.
+// Readers take the current snapshot without a lock; a replaced snapshot is kept until exit, since
+// a reader may still be looking at it.
+struct ParamClasses {
+    ParamClasses(const std::set<int>& disable, const std::set<int>& inProfile)
+        : contentProcDisable(disable.begin(), disable.end()),
+          deviceProcInProfile(inProfile.begin(), inProfile.end()) {}
+
+    // Sorted, as copied from the sets: a binary search over a few words beats a tree walk.
+    std::vector<int> contentProcDisable;
+    std::vector<int> deviceProcInProfile;
+};
+
 android::Mutex sClassLock;
-std::set<int>& contentProcDisableParams() {
-    static std::set<int> codes = defaultContentProcDisableParams();
-    return codes;
+std::vector<std::unique_ptr<const ParamClasses>>& classHistory() {
+    static std::vector<std::unique_ptr<const ParamClasses>> history;
+    return history;
 }
-std::set<int>& deviceProcParamsInProfile() {
-    static std::set<int> codes = defaultDeviceProcParamsInProfile();
-    return codes;
+std::atomic<const ParamClasses*>& currentClasses() {
+    static std::atomic<const ParamClasses*> current = [] {
+        classHistory().push_back(std::make_unique<const ParamClasses>(
+            ParamClasses{defaultContentProcDisableParams(), defaultDeviceProcParamsInProfile()}));
+        return classHistory().back().get();
+    }();
+    return current;
+}
+
+const ParamClasses& classes() {
+    return *currentClasses().load(std::memory_order_acquire);
+}
+
+// Publishes a changed copy of the current classes.
+template <typename Change>
+void changeClasses(Change change) {
+    android::Mutex::Autolock lock(sClassLock);
+    auto changed = std::make_unique<ParamClasses>(classes());
+    change(*changed);
+    currentClasses().store(changed.get(), std::memory_order_release);
+    classHistory().push_back(std::move(changed));
 }
 
 }  // namespace
@@ -63,13 +98,13 @@ int VexParamStore::commitChange() {
 }
 
 bool VexParamStore::isContentProcDisableParam(int code) {
-    android::Mutex::Autolock lock(sClassLock);
-    return contentProcDisableParams().count(code) != 0;
+    const std::vector<int>& codes = classes().contentProcDisable;
+    return std::binary_search(codes.begin(), codes.end(), code);
 }
 
 bool VexParamStore::isDeviceProcParamInProfile(int code) {
-    android::Mutex::Autolock lock(sClassLock);
-    return deviceProcParamsInProfile().count(code) != 0;
+    const std::vector<int>& codes = classes().deviceProcInProfile;
+    return std::binary_search(codes.begin(), codes.end(), code);
 }
 
 bool VexParamStore::hasParam(audio_devices_t device, int param) {
@@ -100,17 +135,20 @@ void VexParamStore::clear() {
 }
 
 void VexParamStore::setContentProcDisableParams(const std::set<int>& codes) {
-    android::Mutex::Autolock lock(sClassLock);
-    contentProcDisableParams() = codes;
+    changeClasses([&](ParamClasses& changed) {
+        changed.contentProcDisable.assign(codes.begin(), codes.end());
+    });
 }
 
 void VexParamStore::setDeviceProcParamsInProfile(const std::set<int>& codes) {
-    android::Mutex::Autolock lock(sClassLock);
-    deviceProcParamsInProfile() = codes;
+    changeClasses([&](ParamClasses& changed) {
+        changed.deviceProcInProfile.assign(codes.begin(), codes.end());
+    });
 }
 
 void VexParamStore::resetParamClasses() {
-    android::Mutex::Autolock lock(sClassLock);
-    contentProcDisableParams() = defaultContentProcDisableParams();
-    deviceProcParamsInProfile() = defaultDeviceProcParamsInProfile();
+    changeClasses([](ParamClasses& changed) {
+        changed =
+            ParamClasses(defaultContentProcDisableParams(), defaultDeviceProcParamsInProfile());
+    });
 }

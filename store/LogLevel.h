@@ -1,5 +1,6 @@
 // How chatty the store side is. The level comes from a property that integrators change on a
-// running device, so it is read anew at every call rather than cached.
+// running device, so every public call reads it anew rather than caching it; the steps inside
+// one call (a validation walk, the entries of one delivery) share that call's read.
 #pragma once
 
 #include <android/log.h>

@@ -52,40 +52,52 @@ SpatializerParamParser::SpatializerParamParser(void* data, int size)
 }
 
 bool SpatializerParamParser::begin() {
-    KORVA_LOGV(kLogLevelVerbose, kTag, "%s()", __func__);
+    return beginStep(isLogLevelAtLeast(kLogLevelVerbose));
+}
+
+bool SpatializerParamParser::next() {
+    return nextStep(isLogLevelAtLeast(kLogLevelVerbose));
+}
+
+// The steps log under the public names: they are what a trace reader knows.
+bool SpatializerParamParser::beginStep(bool verbose) {
+    if (verbose) {
+        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s()", "begin");
+    }
     mOffset = 0;
     mNumParams = 0;
     mParamIndex = 0;
     if (!readWord(&mProfileId)) {
-        KORVA_LOGE(kTag, "%s() failed to extract profile id", __func__);
+        KORVA_LOGE(kTag, "%s() failed to extract profile id", "begin");
         return false;
     }
     if (!readWord(&mNumParams)) {
-        KORVA_LOGE(kTag, "%s() failed to extract number of parameters", __func__);
+        KORVA_LOGE(kTag, "%s() failed to extract number of parameters", "begin");
         return false;
     }
     return true;
 }
 
-bool SpatializerParamParser::next() {
-    KORVA_LOGV(kLogLevelVerbose, kTag, "%s()", __func__);
+bool SpatializerParamParser::nextStep(bool verbose) {
+    if (verbose) {
+        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s()", "next");
+    }
     if (mParamIndex >= mNumParams) {
         return false;
     }
     // Counted before reading, so a failed entry still counts (validate relies on this).
     mParamIndex++;
     if (!readWord(&mDeviceId)) {
-        KORVA_LOGE(kTag, "%s() failed to extract device id for parameter #%d", __func__,
-                   mParamIndex);
+        KORVA_LOGE(kTag, "%s() failed to extract device id for parameter #%d", "next", mParamIndex);
         return false;
     }
     if (!readWord(&mParamId)) {
-        KORVA_LOGE(kTag, "%s() failed to extract parameter id for parameter #%d", __func__,
+        KORVA_LOGE(kTag, "%s() failed to extract parameter id for parameter #%d", "next",
                    mParamIndex);
         return false;
     }
     if (!readWord(&mNumValues)) {
-        KORVA_LOGE(kTag, "%s() failed to extract number of values for parameter #%d", __func__,
+        KORVA_LOGE(kTag, "%s() failed to extract number of values for parameter #%d", "next",
                    mParamIndex);
         return false;
     }
@@ -95,7 +107,7 @@ bool SpatializerParamParser::next() {
     bool fits = bytes >= std::numeric_limits<int>::min() &&
                 bytes <= std::numeric_limits<int>::max() && skip(static_cast<int>(bytes));
     if (!fits) {
-        KORVA_LOGE(kTag, "%s() failed to extract %d values for parameter #%d", __func__, mNumValues,
+        KORVA_LOGE(kTag, "%s() failed to extract %d values for parameter #%d", "next", mNumValues,
                    mParamIndex);
         return false;
     }
@@ -104,15 +116,21 @@ bool SpatializerParamParser::next() {
 }
 
 bool SpatializerParamParser::validate() {
-    KORVA_LOGV(kLogLevelVerbose, kTag, "%s()", __func__);
-    if (!begin()) {
+    // One read of the level serves the whole walk: a property read costs more than the walk.
+    const bool verbose = isLogLevelAtLeast(kLogLevelVerbose);
+    if (verbose) {
+        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s()", __func__);
+    }
+    if (!beginStep(verbose)) {
         KORVA_LOGE(kTag, "%s() EFFECT_PARAM_PROFILE header is incorrect.", __func__);
         return false;
     }
-    KORVA_LOGV(kLogLevelVerbose, kTag, "%s() Found profile id %x with %d parameters", __func__,
-               mProfileId, mNumParams);
-    while (next()) {
-        if (isLogLevelAtLeast(kLogLevelVerbose)) {
+    if (verbose) {
+        __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() Found profile id %x with %d parameters",
+                            __func__, mProfileId, mNumParams);
+    }
+    while (nextStep(verbose)) {
+        if (verbose) {
             std::string entry = describeEntry(mParamId, mNumValues, mValues);
             __android_log_print(ANDROID_LOG_VERBOSE, kTag, "%s() Found for device %x parameter %s",
                                 __func__, mDeviceId, entry.c_str());

@@ -28,6 +28,11 @@ public:
     int32_t mParamId;
     int32_t mNumValues;
     int32_t* mValues;
+
+private:
+    // begin() and next() with the verbosity already read.
+    bool beginStep(bool verbose);
+    bool nextStep(bool verbose);
 };
 
 }  // namespace korva
