@@ -1,0 +1,115 @@
+// The tool's own classes, where the end-to-end runs of tool_test.py do not reach: blobs the
+// store's reader refuses, number texts at the int limits, answers cut to the caller's capacity,
+// and wrapping that keeps every value.
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/BlobDecoder.h"
+#include "tools/NumberText.h"
+#include "tools/SimulatedEffect.h"
+#include "tools/TextTable.h"
+
+namespace korva::tool {
+namespace {
+
+TEST(BlobDecoderTest, KeepsTheEntriesReadBeforeAFault) {
+    // Header, three announced entries, the second cut short after its value count.
+    const std::vector<int> words = {7, 3, 2, 0x616564, 1, 4, 8, 0x616564, 5, 1};
+    const DecodedBlob blob = BlobDecoder::decode(words);
+    EXPECT_FALSE(blob.valid);
+    EXPECT_EQ(blob.words, words.size());
+    ASSERT_EQ(blob.entries.size(), 1u);
+    EXPECT_EQ(blob.entries[0].deviceId, 2);
+    EXPECT_EQ(blob.entries[0].values, std::vector<int32_t>{4});
+    EXPECT_FALSE(BlobDecoder::decode(std::vector<int>()).valid);
+}
+
+TEST(BlobDecoderTest, NamesUnknownDevicesAndOddCodesReadably) {
+    EXPECT_EQ(BlobDecoder::deviceName(0), "0x0");
+    EXPECT_EQ(BlobDecoder::deviceName(0x400), "0x400");
+    EXPECT_EQ(BlobDecoder::deviceName(0x8), "wired headphone");
+    EXPECT_EQ(BlobDecoder::codeText(0x6d6f64), "dom");
+    EXPECT_EQ(BlobDecoder::codeText(0), "");
+    EXPECT_EQ(BlobDecoder::codeText(0x0a61), "a?");
+}
+
+TEST(NumberTextTest, WholeNumbersAreWhatTheReaderReadsCompletely) {
+    const struct {
+        const char* text;
+        bool whole;
+    } kInts[] = {{"-7", true},           {"+5", true},          {"  12  ", true},
+                 {"2147483647", true},   {"-2147483648", true}, {"2147483648", false},
+                 {"-2147483649", false}, {"", false},           {"-", false},
+                 {"0x10", false},        {"1 2", false},        {"1,", false}},
+      kLists[] = {{"1,2,3", true}, {"1 2 3", true}, {"1, 2, 3,", true}, {"", true},
+                  {"1,,2", false}, {",1", false},   {"1;2", false},     {"1.5,2", false}};
+    for (const auto& c : kInts) {
+        EXPECT_EQ(NumberText::isWholeInt(c.text), c.whole) << '"' << c.text << '"';
+    }
+    for (const auto& c : kLists) {
+        EXPECT_EQ(NumberText::isWholeIntList(c.text), c.whole) << '"' << c.text << '"';
+    }
+}
+
+TEST(SimulatedEffectTest, AnswersWithinTheCapacityAndRecordsEveryCall) {
+    constexpr int kDom = 0x6d6f64;
+    SimulatedEffect effect;
+    const int sent[] = {1, 2, 3, 4};
+    EXPECT_EQ(effect.setParam(0x2, kDom, sent, 4), 0);
+    int small[2] = {};
+    int count = 2;
+    EXPECT_EQ(effect.getParam(0x2, kDom, small, &count), 0);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(std::vector<int>(small, small + 2), (std::vector<int>{1, 2}));
+    EXPECT_EQ(effect.getParamSize(0x2, kDom), 4);
+    // What was never sent fails and leaves the caller's count and buffer alone.
+    int buffer[4] = {9, 9, 9, 9};
+    count = 4;
+    EXPECT_EQ(effect.getParam(0x8, kDom, buffer, &count), -22);
+    EXPECT_EQ(count, 4);
+    EXPECT_EQ(buffer[0], 9);
+    effect.commit(0x40000000);
+
+    const std::vector<EffectCall> calls = effect.takeCalls();
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(calls[0].kind, EffectCall::kSetParam);
+    EXPECT_EQ(calls[0].values, (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_EQ(calls[1].kind, EffectCall::kGetParam);
+    EXPECT_EQ(calls[2].result, -22);
+    EXPECT_EQ(calls[3].kind, EffectCall::kCommit);
+    EXPECT_TRUE(effect.takeCalls().empty());
+}
+
+TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
+    TextTable table({"name", "values"});
+    std::string values;
+    for (int i = 0; i < 60; i++) {
+        values += (i == 0 ? "" : " ") + std::to_string(1000 + i);
+    }
+    table.addRow({"gebs", values});
+    std::istringstream out(table.render("", 40));
+    std::string line;
+    std::getline(out, line);
+    EXPECT_EQ(line, "name  values");
+    std::string rejoined;
+    int lines = 0;
+    for (; std::getline(out, line); lines++) {
+        EXPECT_LE(line.size(), 40u) << line;
+        EXPECT_NE(line.back(), ' ');
+        EXPECT_EQ(line.find_first_not_of(' '), lines == 0 ? 0u : 6u) << line;
+        rejoined += lines == 0 ? line : " " + line.substr(6);
+    }
+    EXPECT_GT(lines, 2);
+    EXPECT_EQ(rejoined, "gebs  " + values);
+    // A word longer than the room stays whole on a line of its own.
+    TextTable narrow({"", ""});
+    narrow.addRow({"k", "a " + std::string(50, 'x') + " b"});
+    EXPECT_EQ(narrow.render("", 30), "k  a\n   " + std::string(50, 'x') + "\n   b\n");
+}
+
+}  // namespace
+}  // namespace korva::tool
