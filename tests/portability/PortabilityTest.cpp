@@ -1,0 +1,168 @@
+// What can differ between the x86_64 host and the AArch64 device: char signedness, word reads
+// from byte buffers, the size of long, and float-to-int conversions.
+
+#include <android-base/properties.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "engine/EffectParamParser.h"
+#include "model/DeviceTuning.h"
+#include "model/ProfileEndpoint.h"
+#include "model/Tuning.h"
+#include "reader/String2Int.h"
+#include "store/SpatializerParamArray.h"
+#include "store/SpatializerParamParser.h"
+#include "tests/store/ScopedHostRoot.h"
+#include "translator/VexParameter.h"
+
+namespace korva {
+namespace {
+
+// char is signed on x86_64 and unsigned on AArch64: bytes from 0x80 up must be taken as unsigned
+// on both, never sign-extended into the upper bytes.
+TEST(CharSignednessTest, ParameterCodesTakeHighBytesAsUnsigned) {
+    // Only A-Z are lowered: 0xC9 (Latin-1 capital E acute) stays as it is.
+    const struct {
+        const char* name;
+        uint32_t code;
+    } kCases[] = {
+        {"\xE9", 0x000000E9u},   {"\xFF\xFF", 0x0000FFFFu}, {"A\x80", 0x00008061u},
+        {"\xC9ON", 0x006E6FC9u}, {"DE\xFFN", 0x6EFF6564u},  {"\x80\x80\x80\x80", 0x80808080u},
+    };
+    for (const auto& c : kCases) {
+        EXPECT_EQ(c.code, static_cast<uint32_t>(vexParameterCode(c.name)))
+            << "name bytes " << std::hex << static_cast<unsigned>(c.name[0] & 0xFF);
+    }
+}
+
+TEST(CharSignednessTest, NumbersStopAtHighBytes) {
+    // UTF-8 digits of other scripts and Latin-1 superscripts are not decimal digits.
+    const struct {
+        std::string text;
+        std::vector<int> values;
+    } kCases[] = {{"1,\xE9"
+                   "2",
+                   {1}},
+                  {"\xD9\xA1\xD9\xA2", {}},
+                  {"3 \xB2", {3}},
+                  {"-4,5\xFF", {-4, 5}}};
+    for (const auto& c : kCases) {
+        std::vector<int> values;
+        string2IntVector(c.text, values);
+        EXPECT_EQ(c.values, values) << c.text;
+    }
+    EXPECT_EQ(0, string2Int("\xB9"));
+    EXPECT_EQ(7, string2Int("7\xB9"));
+}
+
+// Blobs are 32-bit words, but a caller's buffer may start at any byte: words must be read with
+// memcpy, never through a cast pointer (undefined behaviour that the sanitizer build reports, and
+// not every AArch64 access tolerates it). Each reader must walk a blob alike at all four offsets.
+template <typename Parser>
+void expectSameWalkAtEveryOffset() {
+    // Each entry: device, code, values.
+    const std::vector<std::vector<int32_t>> entries = {
+        {0x2, vexParameterCode(GEBS), -1, INT_MAX, 42},
+        {0x8, vexParameterCode(DOM)},
+        {0x40000000, vexParameterCode(VOL), INT_MIN}};
+    std::vector<int32_t> words = {3, 3};
+    for (const std::vector<int32_t>& entry : entries) {
+        words.insert(words.end(), entry.begin(), entry.begin() + 2);
+        words.push_back(static_cast<int32_t>(entry.size() - 2));
+        words.insert(words.end(), entry.begin() + 2, entry.end());
+    }
+    for (size_t offset = 0; offset < 4; offset++) {
+        SCOPED_TRACE(testing::Message() << "offset " << offset);
+        std::vector<uint8_t> bytes(words.size() * 4 + 8, 0xA5);
+        memcpy(bytes.data() + offset, words.data(), words.size() * 4);
+        Parser parser(bytes.data() + offset, static_cast<int>(words.size() * 4));
+        ASSERT_TRUE(parser.validate());
+        ASSERT_TRUE(parser.begin());
+        EXPECT_EQ(3, parser.mProfileId);
+        EXPECT_EQ(3, parser.mNumParams);
+        for (const std::vector<int32_t>& entry : entries) {
+            ASSERT_TRUE(parser.next());
+            std::vector<int32_t> read = {parser.mDeviceId, parser.mParamId};
+            read.resize(2 + std::max(parser.mNumValues, 0));
+            if (read.size() > 2) memcpy(&read[2], parser.mValues, (read.size() - 2) * 4);
+            EXPECT_EQ(entry, read);
+        }
+        EXPECT_FALSE(parser.next());
+        // Ends one byte into the second entry's value count (header 2 words, first entry 6).
+        Parser cut(bytes.data() + offset, 10 * 4 + 1);
+        EXPECT_FALSE(cut.validate());
+        if constexpr (std::is_same_v<Parser, SpatializerParamParser>) {
+            EXPECT_EQ(2, cut.mParamIndex);
+        }
+    }
+}
+
+TEST(WordAlignmentTest, BothReadersReadTheSameAtEveryByteOffset) {
+    expectSameWalkAtEveryOffset<SpatializerParamParser>();
+    expectSameWalkAtEveryOffset<EffectParamParser>();
+}
+
+// The device and both build hosts are LP64: long is as wide as the int64_t ids of the records.
+// The blob words and parameter codes stay 32 bits.
+static_assert(sizeof(long) == 8 && sizeof(int) == 4);
+static_assert(sizeof(KrvSpatializerProfileId) == 4 &&
+              std::is_signed_v<std::underlying_type_t<KrvSpatializerProfileId>>);
+static_assert(std::is_same_v<decltype(vexParameterCode(VOL)), int32_t>);
+
+TEST(DataModelTest, RecordIdsBeyond32BitsSurvive) {
+    for (int64_t id : {INT64_C(0x100000001), INT64_MAX, INT64_C(-0x100000000)}) {
+        EXPECT_EQ(id, Tuning(static_cast<long>(id), "t", ENDPOINT_SPEAKER, false, false).getId());
+        EXPECT_EQ(id, ProfileEndpoint(static_cast<long>(id), 1, ENDPOINT_HEADPHONE, 0).getId());
+        EXPECT_EQ(id, DeviceTuning(static_cast<long long>(id), "d", "headphone", "t").getId());
+    }
+}
+
+// A float-to-int conversion of a value outside the int range is undefined and the hardware
+// differs (x86_64 gives INT_MIN, AArch64 saturates): raw gains are unbounded, so the store must
+// saturate by itself. In range, every conversion and the mean truncate toward zero.
+TEST(UserGainTruncationTest, GainsConvertAlikeOnEveryArchitecture) {
+    const struct {
+        const char* name;
+        // ro.vendor.audio.effect.eq.featuremask: "1" with a product outside talve keeps gains raw.
+        const char* featureMask;
+        const char* gains;
+        std::vector<int> stored;
+    } kCases[] = {
+        {"raw: toward zero, and saturated beyond the int range",
+         "1",
+         "0.1,-0.1,1e30,-1e30,0.03125,-0.03125,3.99,-3.99,0,5",
+         {1, 0,  -1, INT_MAX, INT_MAX, 0,   INT_MIN, INT_MIN, 0,  0,
+          0, 31, 63, 0,       -63,     -31, 0,       40,      80, 80}},
+        {"adjusted: a negative mean of -0.6 truncates to 0",
+         "0",
+         "-0.5,0,0,0,0,0,0,0,0,0",
+         {-8, -4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {"adjusted: negative fractions quantise from floor, the mean -16.4 gives -16",
+         "0",
+         "-0.1,-5.3,-5.8,-7,6.2,2.3,2.2,2.8,-2.6,-2.9",
+         {16, -28, -72, -76, -80, -80, -80, 16,  112, 84,
+          56, 52,  48,  56,  64,  20,  -24, -28, -32, -32}},
+    };
+    test::ScopedHostRoot root;
+    android::base::SetProperty("ro.product.name", "portable");
+    SpatializerParamArray& store = android::Singleton<SpatializerParamArray>::getInstance();
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.name);
+        std::vector<int> seed(20, 7);
+        store.setProfileGeqGains(PROFILE_MOVIE, seed);
+        android::base::SetProperty("ro.vendor.audio.effect.eq.featuremask", c.featureMask);
+        android::base::SetProperty("persist.vendor.audio.sfx.hd.eq", c.gains);
+        store.restoreUserGEQ();
+        EXPECT_EQ(c.stored, store.getProfileGeqGains(PROFILE_MOVIE));
+    }
+}
+
+}  // namespace
+}  // namespace korva
