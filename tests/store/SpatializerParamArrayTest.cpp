@@ -1,61 +1,48 @@
-// Construction of the store, its built-in table queries, its tuning-file blobs per profile and
-// the choice of the tuning file. Each test runs in a process of its own, so each builds the
-// store afresh from the properties it sets first.
-
+// Construction of the store, its built-in tables, its blob lookups and the choice of the tuning
+// file. Each test runs in a process of its own, so each builds the store afresh from the
+// properties it sets first.
 #include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <cstdlib>
-#include <cstring>
+#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "LogCapture.h"
-#include "LogLines.h"
-#include "ScopedHostRoot.h"
-#include "SpatializerParamArrayTestPeer.h"
-#include "store/SpatializerParamArray.h"
-#include "store/SpatializerParamArrayConstants.h"
+#include "StoreTest.h"
+#include "store/SpatializerParamParser.h"
 
 namespace korva {
 namespace {
 
 using android::base::SetProperty;
-using test::LogCapture;
+using Lines = std::vector<std::string>;
+using S = SpatializerParamArray;
 
 constexpr const char* kOdmDefault = "/odm/etc/korva/kvx-default-spatializer.xml";
 constexpr const char* kOdmMeridane = "/odm/etc/korva/kvx-meridane-spatializer.xml";
 constexpr const char* kVendorDefault = "/vendor/etc/korva/kvx-default-spatializer.xml";
 constexpr const char* kOdmFs19xx = "/odm/etc/korva/kvx-fs19xx-spatializer.xml";
 
-std::vector<std::string> storeLines(const LogCapture& log, int priority) {
-    return test::linesAt(log, kStoreLogTag, priority);
-}
-
-TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsAndLoads) {
+TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsLoadsAndRestores) {
     SetProperty("ro.product.name", "quenthorn");
     SetProperty("persist.vendor.audio.pa.smartpa_type", "fs19xx");
+    SetProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
     test::ScopedHostRoot root;
-    LogCapture log;
-    EXPECT_FALSE(SpatializerParamArray::hasInstance());
+    test::LogCapture log;
     SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    EXPECT_TRUE(SpatializerParamArray::hasInstance());
-    EXPECT_EQ(&store, &SpatializerParamArray::getInstance());
 
     const std::string path = root.path() + kOdmFs19xx;
-    EXPECT_EQ((std::vector<std::string>{
+    EXPECT_EQ((Lines{
                   "SpatializerParamArray(product_name = quenthorn)",
                   "smartpa_type: fs19xx",
                   "getXmlPath(): using tuning file " + path,
                   "loadSpatializerXMLFile(" + path + ")",
+                  "restoreUserGEQ(): there're persistent user gains: 1,2,3,4,5,6,7,8,9,10",
+                  "restoreUserGEQ(): store the relative gains in all profiles",
               }),
-              storeLines(log, ANDROID_LOG_DEBUG));
-
+              test::linesAt(log, kStoreLogTag, ANDROID_LOG_DEBUG));
     SpatializerParamArrayTestPeer peer(store);
-    EXPECT_EQ("quenthorn", peer.productName());
-    EXPECT_EQ("fs19xx", peer.smartPaType());
     EXPECT_EQ(PROFILE_MOVIE, peer.currentProfileId());
     EXPECT_EQ(0, peer.xmlProfileCount());
     EXPECT_EQ(0, peer.xmlTuningCount());
@@ -64,102 +51,82 @@ TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsAndLoads) {
     EXPECT_EQ((std::map<int, std::string>{
                   {3, "default_headphone"}, {4, "default_bluetooth"}, {5, "default_usb"}}),
               peer.selectedTuningDevices());
+    // Nothing was loaded, and restoring the user's gains creates no profile of its own.
+    EXPECT_TRUE(peer.profileGeqGains().empty());
 }
 
-TEST(SpatializerParamArrayTest, DebugLinesNeedLevelTwo) {
-    SetProperty("persist.vendor.korva.loglevel", "1");
-    test::ScopedHostRoot root;
-    LogCapture log;
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    int buffer[117];
-    EXPECT_EQ(0, store.getProfileParams(PROFILE_MUSIC, buffer));
-    store.getXMLProfileParams(PROFILE_MUSIC);
-    EXPECT_TRUE(storeLines(log, ANDROID_LOG_DEBUG).empty());
+class StoreTablesTest : public test::StoreTest {};
 
-    SetProperty("persist.vendor.korva.loglevel", "2");
-    EXPECT_EQ(0, store.getProfileParams(PROFILE_MUSIC, buffer));
-    store.getXMLProfileParams(4);
-    EXPECT_EQ((std::vector<std::string>{"getProfileParams(profile = 2)",
-                                        "getXMLProfileParams(profile = 4)"}),
-              storeLines(log, ANDROID_LOG_DEBUG));
-}
-
-TEST(SpatializerParamArrayTest, ProfileParamsCopyTheBuiltInTables) {
-    test::ScopedHostRoot root;
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    using S = SpatializerParamArray;
-    struct Case {
-        KrvSpatializerProfileId id;
+TEST_F(StoreTablesTest, BuiltinTablesAreWholeBlobsCopiedExactly) {
+    const struct {
+        int id;
         const int* table;
-        unsigned int size;
+        unsigned int words;
+        int entries;
+    } cases[] = {
+        {PROFILE_COMMON, S::mCommonParams, 456, 57},
+        {PROFILE_DYNAMIC, S::mDynamicProfileParams, 117, 27},
+        {PROFILE_MOVIE, S::mMovieProfileParams, 117, 27},
+        {PROFILE_MUSIC, S::mMusicProfileParams, 117, 27},
+        {PROFILE_CINEMA, S::mCinemaProfileParams, 117, 27},
+        {PROFILE_CUSTOM, S::mCustomProfileParams, 117, 27},
+        // Unknown ids copy nothing.
+        {5, nullptr, 0, 0},
+        {-2, nullptr, 0, 0},
     };
-    const Case cases[] = {
-        {PROFILE_COMMON, S::mCommonParams, 1824},
-        {PROFILE_DYNAMIC, S::mDynamicProfileParams, 468},
-        {PROFILE_MOVIE, S::mMovieProfileParams, 468},
-        {PROFILE_MUSIC, S::mMusicProfileParams, 468},
-        {PROFILE_CINEMA, S::mCinemaProfileParams, 468},
-        {PROFILE_CUSTOM, S::mCustomProfileParams, 468},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.id);
-        ASSERT_EQ(c.size, store.getProfileParamsSize(c.id));
+        auto id = static_cast<KrvSpatializerProfileId>(c.id);
+        ASSERT_EQ(c.words * 4, mStore.getProfileParamsSize(id));
+        EXPECT_EQ(-22, mStore.getProfileParams(id, nullptr));
         // One guard word past the table shows that no more than the table is copied.
-        std::vector<int> dst(c.size / 4 + 1, 0x5a5a5a5a);
-        EXPECT_EQ(0, store.getProfileParams(c.id, dst.data()));
-        EXPECT_EQ(0, memcmp(dst.data(), c.table, c.size));
-        EXPECT_EQ(c.id, dst[0]);
-        EXPECT_EQ(0x5a5a5a5a, dst.back());
+        std::vector<int> blob(c.words + 1, 0x5a5a5a5a);
+        EXPECT_EQ(0, mStore.getProfileParams(id, blob.data()));
+        EXPECT_TRUE(std::equal(c.table, c.table + c.words, blob.begin()));
+        EXPECT_EQ(0x5a5a5a5a, blob.back());
+        if (c.table == nullptr) {
+            continue;
+        }
+        SpatializerParamParser parser(blob.data(), static_cast<int>(c.words * 4));
+        EXPECT_TRUE(parser.validate());
+        ASSERT_TRUE(parser.begin());
+        EXPECT_EQ(c.id, parser.mProfileId);
+        EXPECT_EQ(c.entries, parser.mNumParams);
+        const int* end = nullptr;
+        while (parser.next()) {
+            end = parser.mValues + parser.mNumValues;
+        }
+        EXPECT_EQ(blob.data() + c.words, end) << "the last entry ends the table";
     }
 }
 
-TEST(SpatializerParamArrayTest, UnknownProfileCopiesNothingAndNullDestinationIsRefused) {
-    test::ScopedHostRoot root;
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    for (int id : {5, -2, 100, -100000}) {
-        SCOPED_TRACE(id);
-        auto profile = static_cast<KrvSpatializerProfileId>(id);
-        EXPECT_EQ(0u, store.getProfileParamsSize(profile));
-        int dst[4] = {7, 7, 7, 7};
-        EXPECT_EQ(0, store.getProfileParams(profile, dst));
-        EXPECT_EQ(7, dst[0]);
+// Blobs are handed out by reference and kept by callers, so later insertions must not move them.
+TEST_F(StoreTablesTest, BlobLookupsInsertUnknownKeysAndKeepReferences) {
+    mPeer.xmlProfileParams()[PROFILE_MUSIC] = {7};
+    mPeer.addTuningDevice("hp", "headphone", {8});
+    std::vector<int>& music = mStore.getXMLProfileParams(PROFILE_MUSIC);
+    std::vector<int>& hp = mStore.getXMLTuningParams("hp");
+    EXPECT_FALSE(mStore.isXMLProfileValid(7));
+    EXPECT_FALSE(mStore.isXMLTuningValid("7"));
+    for (int id = 7; id < 100; id++) {
+        EXPECT_TRUE(mStore.getXMLProfileParams(id).empty());
+        EXPECT_TRUE(mStore.getXMLTuningParams(std::to_string(id)).empty());
     }
-    EXPECT_EQ(-22, store.getProfileParams(PROFILE_MOVIE, nullptr));
-    EXPECT_EQ(-22, store.getProfileParams(static_cast<KrvSpatializerProfileId>(9), nullptr));
+    EXPECT_TRUE(mStore.isXMLProfileValid(7));
+    EXPECT_TRUE(mStore.isXMLTuningValid("7"));
+    EXPECT_EQ(&music, &mStore.getXMLProfileParams(PROFILE_MUSIC));
+    EXPECT_EQ(&hp, &mStore.getXMLTuningParams("hp"));
+    EXPECT_EQ((std::vector<int>{7}), music);
+    EXPECT_EQ((std::vector<int>{8}), hp);
 }
 
-TEST(SpatializerParamArrayTest, XmlProfileLookupInsertsAndKeepsReferences) {
-    test::ScopedHostRoot root;
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    SpatializerParamArrayTestPeer peer(store);
-    peer.xmlProfileParams()[PROFILE_MUSIC] = {0x40000000, 0};
-
-    EXPECT_TRUE(store.isXMLProfileValid(PROFILE_MUSIC));
-    std::vector<int>& music = store.getXMLProfileParams(PROFILE_MUSIC);
-    EXPECT_EQ((std::vector<int>{0x40000000, 0}), music);
-
-    EXPECT_FALSE(store.isXMLProfileValid(7));
-    EXPECT_TRUE(store.getXMLProfileParams(7).empty());
-    EXPECT_TRUE(store.isXMLProfileValid(7));
-
-    // Later insertions do not move earlier blobs.
-    for (int id = 100; id < 200; id++) {
-        store.getXMLProfileParams(id);
-    }
-    EXPECT_EQ(&music, &store.getXMLProfileParams(PROFILE_MUSIC));
-}
-
-TEST(SpatializerParamArrayTest, TuningFileFollowsProductAmplifierAndWhatExists) {
-    test::ScopedHostRoot root;
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    SpatializerParamArrayTestPeer peer(store);
-    struct Case {
+TEST_F(StoreTablesTest, TuningFileFollowsProductAmplifierAndWhatExists) {
+    const struct {
         const char* product;
         const char* smartPa;
         std::vector<const char*> files;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"", "", {}, kVendorDefault},
         {"", "", {kOdmDefault}, kOdmDefault},
         {"marlow", "", {kOdmDefault, kOdmMeridane}, kOdmDefault},
@@ -174,43 +141,22 @@ TEST(SpatializerParamArrayTest, TuningFileFollowsProductAmplifierAndWhatExists) 
         {"", "fs19xx_b", {kOdmDefault}, kOdmDefault},
         {"", "FS19XX", {}, kVendorDefault},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.product) + "/" + c.smartPa);
         for (const char* file : {kOdmDefault, kOdmMeridane, kVendorDefault, kOdmFs19xx}) {
-            root.removeFile(file);
+            mRoot.removeFile(file);
         }
         for (const char* file : c.files) {
-            root.addFile(file);
+            mRoot.addFile(file);
         }
-        peer.setProductName(c.product);
-        peer.setSmartPaType(c.smartPa);
-        LogCapture log;
-        std::string expected = root.path() + c.expected;
-        EXPECT_EQ(expected, store.getXmlPath());
-        EXPECT_EQ(std::vector<std::string>{"getXmlPath(): using tuning file " + expected},
-                  storeLines(log, ANDROID_LOG_DEBUG));
+        mPeer.setProductName(c.product);
+        mPeer.setSmartPaType(c.smartPa);
+        mLog.clear();
+        const std::string expected = mRoot.path() + c.expected;
+        EXPECT_EQ(expected, mStore.getXmlPath());
+        EXPECT_EQ(Lines{"getXmlPath(): using tuning file " + expected},
+                  storeLines(ANDROID_LOG_DEBUG));
     }
-}
-
-TEST(SpatializerParamArrayTest, PathsAreUnprefixedWithoutAHostRoot) {
-    struct stat info;
-    if (stat(kOdmDefault, &info) == 0) {
-        GTEST_SKIP() << "this machine has a real " << kOdmDefault;
-    }
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
-    SpatializerParamArrayTestPeer peer(store);
-    for (const char* root : {static_cast<const char*>(nullptr), ""}) {
-        if (root == nullptr) {
-            unsetenv("KORVA_HOST_ROOT");
-        } else {
-            setenv("KORVA_HOST_ROOT", root, 1);
-        }
-        peer.setSmartPaType("");
-        EXPECT_EQ(kVendorDefault, store.getXmlPath());
-        peer.setSmartPaType("fs19xx");
-        EXPECT_EQ(kOdmFs19xx, store.getXmlPath());
-    }
-    unsetenv("KORVA_HOST_ROOT");
 }
 
 }  // namespace

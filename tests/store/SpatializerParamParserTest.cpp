@@ -1,8 +1,10 @@
+// The blob reader: its bounds-checked cursor, every malformed blob with its exact error lines, the
+// walk over a good blob, and its traces per log level.
 #include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -15,149 +17,101 @@ namespace korva {
 namespace {
 
 using test::LogCapture;
+using Lines = std::vector<std::string>;
 
-constexpr const char* kTag = "KrvSpatializerParamParser";
 constexpr int32_t kAll = 0x40000000;
 constexpr int32_t kSpk = 0x2;
 constexpr int32_t kHp = 0x8;
-
 const int32_t kDsb = vexParameterCode(DSB);
 const int32_t kVmb = vexParameterCode(VMB);
 const int32_t kDom = vexParameterCode(DOM);
 const int32_t kMdle = vexParameterCode(MDLE);
 const int32_t kIebs = vexParameterCode(IEBS);
 
-void setLogLevel(int level) {
-    android::base::SetProperty("persist.vendor.korva.loglevel", std::to_string(level));
+void setLogLevel(const std::string& level) {
+    android::base::SetProperty("persist.vendor.korva.loglevel", level);
 }
 
-std::vector<std::string> linesAt(const LogCapture& log, int priority) {
-    return test::linesAt(log, kTag, priority);
+Lines parserLines(const LogCapture& log, int priority) {
+    return test::linesAt(log, "KrvSpatializerParamParser", priority);
 }
 
-struct FailureCase {
-    const char* name;
-    std::vector<int32_t> words;
-    // Bytes handed to the parser; -1 for all the words.
-    int size;
-    bool valid;
-    std::vector<std::string> errors;
-};
+// Three entries: one value, none, several.
+const std::vector<int32_t> kBlob = {-1, 3,   kAll,  kMdle, 1,  9,  kSpk, kDom,
+                                    0,  kHp, kIebs, 3,     10, 20, -30};
+
+int bytesOf(const std::vector<int32_t>& words) {
+    return static_cast<int>(words.size() * 4);
+}
 
 TEST(SpatializerParamParserTest, MalformedBlobsFailWithTheirExactErrorLines) {
-    const std::string noProfileId = "begin() failed to extract profile id";
+    const std::string noId = "begin() failed to extract profile id";
+    const std::string noCount = "begin() failed to extract number of parameters";
     const std::string badHeader = "validate() EFFECT_PARAM_PROFILE header is incorrect.";
-    const FailureCase cases[] = {
-        {"empty buffer", {1}, 0, false, {noProfileId, badHeader}},
-        {"three bytes", {1}, 3, false, {noProfileId, badHeader}},
-        {"header word only",
-         {1},
-         -1,
-         false,
-         {"begin() failed to extract number of parameters", badHeader}},
-        {"count cut short",
-         {1, 1},
-         6,
-         false,
-         {"begin() failed to extract number of parameters", badHeader}},
-        {"two announced, none there",
-         {1, 2},
-         -1,
-         false,
-         {"next() failed to extract device id for parameter #1",
-          "validate() Expected 2 parameters, found 1 parameters."}},
-        // An entry counts before it is read, so a missing or short last entry still
-        // validates; only next() reports it.
-        {"last entry missing",
-         {1, 1},
-         -1,
-         true,
-         {"next() failed to extract device id for parameter #1"}},
-        {"last entry without parameter id",
-         {1, 2, kSpk, kDsb, 1, 88, kSpk},
-         -1,
-         true,
-         {"next() failed to extract parameter id for parameter #2"}},
-        {"last entry without value count",
-         {1, 2, kSpk, kDsb, 1, 88, kSpk, kVmb},
-         -1,
-         true,
-         {"next() failed to extract number of values for parameter #2"}},
-        {"last entry short of values",
-         {1, 1, kSpk, kDom, 3, 1, 1},
-         -1,
-         true,
-         {"next() failed to extract 3 values for parameter #1"}},
-        {"middle entry short of values",
-         {1, 3, kSpk, kDsb, 1, 88, kSpk, kDom, 3, 1},
-         -1,
-         false,
-         {"next() failed to extract 3 values for parameter #2",
-          "validate() Expected 3 parameters, found 2 parameters."}},
-        {"negative parameter count",
-         {1, -1},
-         -1,
-         false,
-         {"validate() Expected -1 parameters, found 0 parameters."}},
-        {"value count beyond any buffer",
-         {1, 2, kSpk, kDom, 0x40000001},
-         -1,
-         false,
-         {"next() failed to extract 1073741825 values for parameter #1",
-          "validate() Expected 2 parameters, found 1 parameters."}},
-        {"negative value count stepping before the start",
-         {1, 1, kSpk, kDom, -100},
-         -1,
-         true,
-         {"next() failed to extract -100 values for parameter #1"}},
-        {"bytes after the last entry", {1, 1, kSpk, kDsb, 1, 88, 5, 6}, 30, true, {}},
-        {"entry without values", {1, 1, kSpk, kDom, 0}, -1, true, {}},
-        // The bounds check lets a negative count step back inside the buffer: the second
-        // entry re-reads the first.
-        {"negative value count stepping back", {7, 2, kSpk, kDsb, -3}, -1, true, {}},
+    auto failed = [](const std::string& what, int entry) {
+        return "next() failed to extract " + what + " for parameter #" + std::to_string(entry);
     };
-    setLogLevel(2);
-    for (const FailureCase& c : cases) {
+    auto expected = [](int announced, int found) {
+        return "validate() Expected " + std::to_string(announced) + " parameters, found " +
+               std::to_string(found) + " parameters.";
+    };
+    const struct {
+        const char* name;
+        bool valid;
+        // No words: a null buffer.
+        std::vector<int32_t> words;
+        Lines errors;
+        // Bytes handed to the parser; -1 for all the words.
+        int size = -1;
+    } cases[] = {
+        {"null, any size", false, {}, {noId, badHeader}, 1024},
+        {"three bytes", false, {1}, {noId, badHeader}, 3},
+        {"header word only", false, {1}, {noCount, badHeader}},
+        {"none of two there", false, {1, 2}, {failed("device id", 1), expected(2, 1)}},
+        // An entry counts before it is read, so a missing or short last entry still validates;
+        // only next() reports it.
+        {"last missing", true, {1, 1}, {failed("device id", 1)}},
+        {"no code", true, {1, 2, kSpk, kDsb, 1, 8, kSpk}, {failed("parameter id", 2)}},
+        {"no count", true, {1, 2, kSpk, kDsb, 1, 8, kSpk, kVmb}, {failed("number of values", 2)}},
+        {"last short", true, {1, 1, kSpk, kDom, 3, 1, 1}, {failed("3 values", 1)}},
+        {"mid short",
+         false,
+         {1, 3, kSpk, kDsb, 1, 8, kSpk, kDom, 3, 1},
+         {failed("3 values", 2), expected(3, 2)}},
+        {"count before the start", true, {1, 1, kSpk, kDom, -100}, {failed("-100 values", 1)}},
+        {"bytes after the last entry", true, {1, 1, kSpk, kDsb, 1, 8, 5, 6}, {}, 30},
+        {"entry without values", true, {1, 1, kSpk, kDom, 0}, {}},
+    };
+    // Errors are written whatever the level.
+    setLogLevel("0");
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         std::vector<int32_t> words = c.words;
-        int size = c.size >= 0 ? c.size : static_cast<int>(words.size() * 4);
         LogCapture log;
-        SpatializerParamParser parser(words.data(), size);
+        SpatializerParamParser parser(words.empty() ? nullptr : words.data(),
+                                      c.size >= 0 ? c.size : bytesOf(words));
         EXPECT_EQ(c.valid, parser.validate());
-        EXPECT_EQ(c.errors, linesAt(log, ANDROID_LOG_ERROR));
+        EXPECT_EQ(c.errors, parserLines(log, ANDROID_LOG_ERROR));
     }
 }
 
-TEST(SpatializerParamParserTest, NullBufferFailsAtTheProfileId) {
-    LogCapture log;
-    SpatializerParamParser parser(nullptr, 1024);
-    EXPECT_FALSE(parser.validate());
-    EXPECT_EQ((std::vector<std::string>{"begin() failed to extract profile id",
-                                        "validate() EFFECT_PARAM_PROFILE header is incorrect."}),
-              linesAt(log, ANDROID_LOG_ERROR));
-    EXPECT_FALSE(parser.begin());
-    EXPECT_FALSE(parser.next());
-}
-
-TEST(SpatializerParamParserTest, WalkReadsEveryEntryInPlace) {
-    std::vector<int32_t> blob = {5, 3,   kAll,  kMdle, 1,  9,  kSpk, kDom,
-                                 0, kHp, kIebs, 3,     10, 20, -30};
-    LogCapture log;
-    SpatializerParamParser parser(blob.data(), static_cast<int>(blob.size() * 4));
+// Nothing is copied, and a caller's buffer need not be word-aligned.
+TEST(SpatializerParamParserTest, WalkReadsEveryEntryInPlaceAtAnyAlignment) {
+    const std::vector<int32_t>& words = kBlob;
+    std::vector<uint8_t> bytes(bytesOf(words) + 1);
+    uint8_t* blob = bytes.data() + 1;
+    memcpy(blob, words.data(), bytesOf(words));
+    SpatializerParamParser parser(blob, bytesOf(words));
     ASSERT_TRUE(parser.validate());
-
     ASSERT_TRUE(parser.begin());
-    EXPECT_EQ(5, parser.mProfileId);
+    EXPECT_EQ(-1, parser.mProfileId);
     EXPECT_EQ(3, parser.mNumParams);
-    EXPECT_EQ(0, parser.mParamIndex);
-
-    struct Entry {
+    const struct {
         int32_t device;
         int32_t code;
         int32_t count;
         size_t valuesAt;  // word index into the blob
-    };
-    const Entry expected[] = {
+    } expected[] = {
         {kAll, kMdle, 1, 5},
         {kSpk, kDom, 0, 9},  // no values: points at the next entry's first word
         {kHp, kIebs, 3, 12},
@@ -169,43 +123,14 @@ TEST(SpatializerParamParserTest, WalkReadsEveryEntryInPlace) {
         EXPECT_EQ(expected[i].device, parser.mDeviceId);
         EXPECT_EQ(expected[i].code, parser.mParamId);
         EXPECT_EQ(expected[i].count, parser.mNumValues);
-        EXPECT_EQ(blob.data() + expected[i].valuesAt, parser.mValues);
-    }
-    EXPECT_FALSE(parser.next());
-    EXPECT_EQ(3, parser.mParamIndex);
-    EXPECT_TRUE(linesAt(log, ANDROID_LOG_ERROR).empty());
-}
-
-TEST(SpatializerParamParserTest, FieldsKeepWhatWasReadBeforeAFailure) {
-    std::vector<int32_t> blob = {1, 2, kSpk, kDsb, 1, 88, kHp, kVmb};
-    SpatializerParamParser parser(blob.data(), static_cast<int>(blob.size() * 4));
-    ASSERT_TRUE(parser.begin());
-    ASSERT_TRUE(parser.next());
-    EXPECT_FALSE(parser.next());
-    EXPECT_EQ(2, parser.mParamIndex);
-    EXPECT_EQ(kHp, parser.mDeviceId);
-    EXPECT_EQ(kVmb, parser.mParamId);
-    EXPECT_EQ(1, parser.mNumValues);
-    EXPECT_EQ(blob.data() + 5, parser.mValues);
-}
-
-TEST(SpatializerParamParserTest, NegativeValueCountRereadsInsideTheBuffer) {
-    std::vector<int32_t> blob = {7, 2, kSpk, kDsb, -3};
-    SpatializerParamParser parser(blob.data(), static_cast<int>(blob.size() * 4));
-    ASSERT_TRUE(parser.begin());
-    for (int entry = 1; entry <= 2; entry++) {
-        ASSERT_TRUE(parser.next());
-        EXPECT_EQ(kSpk, parser.mDeviceId);
-        EXPECT_EQ(kDsb, parser.mParamId);
-        EXPECT_EQ(-3, parser.mNumValues);
+        EXPECT_EQ(reinterpret_cast<int32_t*>(blob + 4 * expected[i].valuesAt), parser.mValues);
     }
     EXPECT_FALSE(parser.next());
 }
 
-TEST(SpatializerParamParserTest, VerboseTracesOnlyFromLevelFour) {
-    std::vector<int32_t> blob = {-1, 3,   kAll,  kMdle, 1,  9,  kSpk, kDom,
-                                 0,  kHp, kIebs, 3,     10, 20, -30};
-    const std::vector<std::string> verbose = {
+TEST(SpatializerParamParserTest, DebugFromLevelTwoVerboseFromLevelFour) {
+    std::vector<int32_t> blob = kBlob;
+    const Lines verbose = {
         "validate()",
         "begin()",
         "validate() Found profile id ffffffff with 3 parameters",
@@ -217,42 +142,22 @@ TEST(SpatializerParamParserTest, VerboseTracesOnlyFromLevelFour) {
         "validate() Found for device 8 parameter iebs = #3[10 ... -30]",
         "next()",
     };
-    struct Level {
-        int level;
+    // "": unset, the default level 2.
+    const struct {
+        const char* level;
         bool debug;
         bool verbose;
-    };
-    const Level levels[] = {{0, false, false}, {1, false, false}, {2, true, false},
-                            {3, true, false},  {4, true, true},   {7, true, true}};
-    for (const Level& l : levels) {
+    } levels[] = {{"", true, false}, {"1", false, false}, {"3", true, false}, {"4", true, true}};
+    for (const auto& l : levels) {
         SCOPED_TRACE(l.level);
         setLogLevel(l.level);
         LogCapture log;
-        SpatializerParamParser parser(blob.data(), static_cast<int>(blob.size() * 4));
+        SpatializerParamParser parser(blob.data(), bytesOf(blob));
         EXPECT_TRUE(parser.validate());
-        EXPECT_EQ(l.debug ? std::vector<std::string>{"SpatializerParamParser()"}
-                          : std::vector<std::string>{},
-                  linesAt(log, ANDROID_LOG_DEBUG));
-        EXPECT_EQ(l.verbose ? verbose : std::vector<std::string>{},
-                  linesAt(log, ANDROID_LOG_VERBOSE));
+        EXPECT_EQ(l.debug ? Lines{"SpatializerParamParser()"} : Lines{},
+                  parserLines(log, ANDROID_LOG_DEBUG));
+        EXPECT_EQ(l.verbose ? verbose : Lines{}, parserLines(log, ANDROID_LOG_VERBOSE));
     }
-}
-
-TEST(SpatializerParamParserTest, ErrorsAreWrittenAtEveryLevel) {
-    setLogLevel(0);
-    LogCapture log;
-    SpatializerParamParser parser(nullptr, 0);
-    EXPECT_FALSE(parser.validate());
-    EXPECT_EQ(2u, linesAt(log, ANDROID_LOG_ERROR).size());
-}
-
-TEST(SpatializerParamParserTest, DefaultLevelWritesNoVerboseLines) {
-    std::vector<int32_t> blob = {0, 1, kSpk, kDsb, 1, 64};
-    LogCapture log;
-    SpatializerParamParser parser(blob.data(), static_cast<int>(blob.size() * 4));
-    EXPECT_TRUE(parser.validate());
-    EXPECT_EQ(std::vector<std::string>{"SpatializerParamParser()"}, linesAt(log, ANDROID_LOG_DEBUG));
-    EXPECT_TRUE(linesAt(log, ANDROID_LOG_VERBOSE).empty());
 }
 
 }  // namespace
