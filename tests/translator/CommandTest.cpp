@@ -1,0 +1,125 @@
+// Parameter codes, the command buffer every blob is made of, and the hand-over to the engine.
+
+#include <android/log.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "LogCapture.h"
+#include "TranslatorTestSupport.h"
+#include "engine/VexParamStore.h"
+#include "translator/SetParamCommand.h"
+#include "translator/VexEffect.h"
+
+namespace korva {
+namespace {
+
+using Words = std::vector<int>;
+
+VexParamStore& clearedStore() {
+    VexParamStore& store = android::Singleton<VexParamStore>::getInstance();
+    store.clear();
+    return store;
+}
+
+TEST(VexParameterTest, CodesPackTheLowerCaseNameLittleEndian) {
+    EXPECT_EQ(0x656C7664, vexParameterCode(DVLE));
+    EXPECT_EQ(0x6E6F6569, vexParameterCode(IEON));
+    EXPECT_EQ(0x006C6F76, vexParameterCode(VOL));
+    for (int i = 0; i < kNumVexParameters; i++) {
+        int32_t code = vexParameterCode(static_cast<VexParameter>(i));
+        char text[5] = {};
+        memcpy(text, &code, 4);
+        std::string lower(kVexParameterNames[i]);
+        for (char& c : lower) c = static_cast<char>(c | 0x20);
+        EXPECT_EQ(lower, text);
+    }
+    // Names of no code length give 0; only capitals are folded.
+    EXPECT_EQ(0, vexParameterCode(""));
+    EXPECT_EQ(0, vexParameterCode("ABCDE"));
+    EXPECT_EQ(0x00315f61, vexParameterCode("A_1"));
+}
+
+TEST(SetParamCommandTest, EveryOverloadAppendsOneEntryInTheBlobLayout) {
+    SetParamCommand cmd(3);
+    EXPECT_EQ((Words{3, 0}), cmd.mBuffer);
+    Words a = {1, 2}, empty, c = {7};
+    cmd.add(DVLE, 5);
+    cmd.add(IEON, &a);
+    cmd.add(IEON, &empty);
+    cmd.setDeviceId(0x8);
+    cmd.add(GEBS, {&a, &empty, &c});
+    cmd.add(GEBS, {&empty, &empty});
+    cmd.add(IEBS, 9, {&a, &empty});
+    cmd.add(IEBS, -4, {&empty});
+    // Earlier entries keep their device id, a repeated parameter is a second entry, and the count
+    // word is left for execute() to write.
+    EXPECT_EQ((Words{3, 0}), Words(cmd.mBuffer.begin(), cmd.mBuffer.begin() + 2));
+    EXPECT_EQ((std::vector<test::Entry>{{-1, DVLE, {5}},
+                                        {-1, IEON, {1, 2}},
+                                        {-1, IEON, {}},
+                                        {0x8, GEBS, {1, 2, 7}},
+                                        {0x8, GEBS, {}},
+                                        {0x8, IEBS, {9, 1, 2}},
+                                        {0x8, IEBS, {-4}}}),
+              test::entriesOf(cmd));
+}
+
+TEST(SetParamCommandTest, ExecuteHandsTheEntriesToTheEngineAndCommitsOnce) {
+    VexParamStore& store = clearedStore();
+    VexEffect effect(0, android::String16());
+    test::LogCapture log;
+    SetParamCommand cmd(2);
+    EXPECT_EQ(0, cmd.execute(effect));
+    EXPECT_EQ((Words{2, 0}), cmd.mBuffer);
+    EXPECT_EQ(0, store.commitCount());
+
+    Words gains = {3, -2}, none;
+    cmd.setDeviceId(0x2);
+    cmd.add(DVLE, 1);
+    cmd.add(GEON, &none);
+    cmd.setDeviceId(0x8);
+    cmd.add(DVLE, 2, {&gains});
+    // send() reports -22 whether or not the engine took the blob.
+    EXPECT_EQ(-22, cmd.execute(effect));
+    EXPECT_EQ(3, cmd.mBuffer[1]);
+    EXPECT_EQ((Words{1}), store.getParam(0x2, vexParameterCode(DVLE)));
+    EXPECT_EQ((Words{2, 3, -2}), store.getParam(0x8, vexParameterCode(DVLE)));
+    EXPECT_TRUE(store.hasParam(0x2, vexParameterCode(GEON)));
+    EXPECT_EQ(3u, store.paramCount());
+    EXPECT_EQ(1, store.commitCount());
+    // A blob without entries still commits.
+    Words empty = {0, 0};
+    EXPECT_EQ(0, effect.sendSharedStore(empty.data(), 8));
+    EXPECT_EQ(2, store.commitCount());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(VexEffectTest, InvalidBlobsAreRejectedWhole) {
+    const int dvle = vexParameterCode(DVLE);
+    const Words cases[] = {
+        {0, 2, 0x2, dvle, 1, 1},     // count beyond the entries
+        {0, 1, 0x2, dvle, 3, 1, 2},  // values cut short
+        {0, 1, 0x2, dvle, -1},       // negative value count
+        {0, -1},                     // negative entry count
+        {0},                         // half a header
+    };
+    for (Words blob : cases) {
+        SCOPED_TRACE(testing::PrintToString(blob));
+        VexParamStore& store = clearedStore();
+        VexEffect effect(0, android::String16());
+        test::LogCapture log;
+        EXPECT_EQ(-22, effect.send(0, blob));
+        EXPECT_EQ(0u, store.paramCount());
+        EXPECT_EQ(0, store.commitCount());
+        ASSERT_EQ(1u, log.lines().size());
+        EXPECT_EQ(ANDROID_LOG_ERROR, log.lines()[0].priority);
+        EXPECT_EQ(1u, log.count("sendSharedStore() Invalid data for setting parameter values.",
+                                "VexEffect"));
+    }
+}
+
+}  // namespace
+}  // namespace korva
