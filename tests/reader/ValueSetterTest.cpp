@@ -21,38 +21,26 @@ class ValueSetterTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_EQ(0, mFile.initResult()); }
 
-    // Applies the setter registered for the case's element and returns what it wrote.
-    Values apply(const std::string& caseId) {
-        test::TestRecord record;
-        if (!mFile.moveToCase(caseId)) {
-            ADD_FAILURE() << "no case " << caseId;
-            return record.values;
-        }
+    // Applies the setter of the case's element to the record, as the parser does (presets by
+    // their type), and checks that the cursor is back on the element.
+    void apply(const std::string& caseId, test::TestRecord& record) {
+        ASSERT_TRUE(mFile.moveToCase(caseId)) << caseId;
         TagIterator& iterator = mFile.iterator();
         const std::string element = iterator.getNodeName();
-        // Presets are read by the setter of their type, as the parser does.
         std::vector<std::string> type;
         iterator.parseNodeWithName({"type"}, type);
         const std::string name = element == "preset" ? type[0] : element;
         ValueSetter* setter = TuningFileParser::sSetterCollection->getValueSetter(name);
-        if (setter == nullptr) {
-            ADD_FAILURE() << "no setter for " << name;
-            return record.values;
-        }
+        ASSERT_NE(nullptr, setter) << name;
         setter->set(record, iterator);
         EXPECT_EQ(element, iterator.getNodeName()) << caseId << ": cursor not restored";
-        return record.values;
     }
 
     test::CaseFile mFile{"setters.xml"};
 };
 
-TEST_F(ValueSetterTest, SingleParameterSetters) {
-    struct Case {
-        std::string id;
-        Values expected;
-    };
-    const Case cases[] = {
+TEST_F(ValueSetterTest, EachSetterClassOnRealElements) {
+    const std::pair<std::string, Values> cases[] = {
         {"simple-true", {{VOLUME_LEVELER_ENABLE, {1}}}},
         {"simple-false", {{VOLUME_LEVELER_ENABLE, {0}}}},
         {"simple-number", {{VOLUME_LEVELER_ENABLE, {7}}}},
@@ -61,7 +49,6 @@ TEST_F(ValueSetterTest, SingleParameterSetters) {
         {"simple-missing", {{VOLUME_LEVELER_ENABLE, {0}}}},
         {"simple-garbage", {{PEAK_VALUE, {12}}}},
         {"row-mixed-separators", {{BASS_MBDRC_TUNING, {10, 20, 30}}}},
-        {"row-semicolons", {{BASS_MBDRC_TUNING, {10}}}},
         {"row-first-attribute-only", {{REGULATOR_STRESS_AMOUNT, {4, 5, 6}}}},
         {"row-empty", {{COMPLEX_EQUALIZER_TUNING_LEFT, {}}}},
         {"drc-row", {{CUSTOM_DRC_METADATA, {1, 0, -12}}}},
@@ -72,18 +59,6 @@ TEST_F(ValueSetterTest, SingleParameterSetters) {
         {"matrix-childless", {{OUTPUT_MIX_MATRIX, {}}}},
         {"subgains", {{VIRTUAL_BASS_SUBGAINS, {-96, -48, 0, 0}}}},
         {"subgains-none", {{VIRTUAL_BASS_SUBGAINS, {}}}},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.expected, apply(c.id)) << c.id;
-    }
-}
-
-TEST_F(ValueSetterTest, MultiParameterSetters) {
-    struct Case {
-        std::string id;
-        Values expected;
-    };
-    const Case cases[] = {
         {"vb-range", {{VIRTUAL_BASS_MIX_FREQ_LOW, {40}}, {VIRTUAL_BASS_MIX_FREQ_HIGH, {120}}}},
         {"vb-range-half", {{VIRTUAL_BASS_SRC_FREQ_LOW, {0}}, {VIRTUAL_BASS_SRC_FREQ_HIGH, {300}}}},
         // The unnamed band list is cut at the first missing value, for every column.
@@ -96,55 +71,45 @@ TEST_F(ValueSetterTest, MultiParameterSetters) {
           {AUDIO_OPTIMIZER_GAIN_R, {-10, 5}},
           {AUDIO_OPTIMIZER_GAIN_LS, {3, 0}},
           {AUDIO_OPTIMIZER_GAIN_RS, {4, 0}}}},
-        {"audio-optimizer-childless",
-         {{AUDIO_OPTIMIZER_FREQUENCY, {}},
-          {AUDIO_OPTIMIZER_GAIN_L, {}},
-          {AUDIO_OPTIMIZER_GAIN_R, {}},
-          {AUDIO_OPTIMIZER_GAIN_LS, {}},
-          {AUDIO_OPTIMIZER_GAIN_RS, {}}}},
         {"regulator",
          {{REGULATOR_FREQUENCY, {20, 80, 4000}},
           {REGULATOR_THRESHOLD_LOW, {-192, -128, 1}},
           {REGULATOR_THRESHOLD_HIGH, {-80, 0, 0}},
           {REGULATOR_ISOLATED_BAND, {1, 0, 0}}}},
-        {"regulator-childless",
-         {{REGULATOR_FREQUENCY, {}},
-          {REGULATOR_THRESHOLD_LOW, {}},
-          {REGULATOR_THRESHOLD_HIGH, {}},
-          {REGULATOR_ISOLATED_BAND, {}}}},
     };
-    for (const Case& c : cases) {
+    for (const auto& [id, expected] : cases) {
         test::LogCapture log;
-        EXPECT_EQ(c.expected, apply(c.id)) << c.id;
-        EXPECT_TRUE(log.messages("ValueSetter").empty()) << c.id;
+        test::TestRecord record;
+        apply(id, record);
+        EXPECT_EQ(expected, record.values) << id;
+        EXPECT_TRUE(log.messages("ValueSetter").empty()) << id;
     }
 }
 
 TEST_F(ValueSetterTest, IeqBandsEndAtAForeignElementWithOneMessage) {
     test::LogCapture log;
-    const Values expected = {{IEQ_FREQUENCY, {65, 136, 223}}, {IEQ_TARGET, {117, 119, -24}}};
-    EXPECT_EQ(expected, apply("ieq-bands"));
+    test::TestRecord record;
+    apply("ieq-bands", record);
+    EXPECT_EQ((Values{{IEQ_FREQUENCY, {65, 136, 223}}, {IEQ_TARGET, {117, 119, -24}}}),
+              record.values);
     EXPECT_EQ(std::vector<std::string>{"No attribute band_ieq was found!"},
               log.messages("ValueSetter"));
     EXPECT_EQ(ANDROID_LOG_INFO, log.lines().at(0).priority);
 }
 
-TEST_F(ValueSetterTest, SettingAgainReplacesTheValues) {
+TEST_F(ValueSetterTest, SettingAgainReplacesOnlyItsOwnValues) {
     test::TestRecord record;
     record.values[BASS_MBDRC_TUNING] = {1, 2, 3, 4};
     record.values[PEAK_VALUE] = {5};
-    ASSERT_TRUE(mFile.moveToCase("row-semicolons"));
-    TuningFileParser::sSetterCollection->getValueSetter("bass-mbdrc-tuning")
-        ->set(record, mFile.iterator());
-    const Values expected = {{BASS_MBDRC_TUNING, {10}}, {PEAK_VALUE, {5}}};
-    EXPECT_EQ(expected, record.values);
+    record.setDirty(false);
+    apply("row-semicolons", record);
+    EXPECT_EQ((Values{{BASS_MBDRC_TUNING, {10}}, {PEAK_VALUE, {5}}}), record.values);
     EXPECT_TRUE(record.isDirty());
 }
 
-TEST_F(ValueSetterTest, ParseValueOffAnElementIsZero) {
+TEST_F(ValueSetterTest, ParseHelpersOffAnElementGiveNothing) {
     ASSERT_TRUE(mFile.moveToCase("simple-number"));
     TagIterator& iterator = mFile.iterator();
-    EXPECT_EQ(7, NodeParseUtils::parseValue(iterator));
     iterator.next();  // the blank text after the element
     ASSERT_FALSE(iterator.isElementNode());
     EXPECT_EQ(0, NodeParseUtils::parseValue(iterator));
