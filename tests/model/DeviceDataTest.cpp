@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "model/CreationOrder.h"
@@ -13,40 +11,6 @@
 
 namespace korva {
 namespace {
-
-// A set setter copies the pointers: the records are shared, the caller's set is left alone, the
-// container's own set handed back stays whole and a second call replaces the content.
-template <typename T, typename... Args>
-void checkSetCopy(std::set<T*>& (DeviceData::*get)(), void (DeviceData::*put)(std::set<T*>&),
-                  Args... args) {
-    std::vector<std::unique_ptr<T>> records;
-    std::set<T*> source;
-    for (int i = 0; i < 3; ++i) {
-        records.push_back(std::make_unique<T>(args...));
-        source.insert(records.back().get());
-    }
-    DeviceData data;
-    (data.*put)(source);
-    EXPECT_EQ(source, (data.*get)());
-    source.clear();
-    EXPECT_EQ(3u, (data.*get)().size());
-    (data.*put)((data.*get)());
-    EXPECT_EQ(3u, (data.*get)().size());
-    std::set<T*> one = {records.front().get()};
-    (data.*put)(one);
-    EXPECT_EQ(one, (data.*get)());
-    // Destroying the container leaves the records to their owner (checked under valgrind).
-}
-
-TEST(DeviceDataTest, SetSettersCopyThePointers) {
-    checkSetCopy(&DeviceData::getIeqPresets, &DeviceData::setIeqPresets, 1, "ieq");
-    checkSetCopy(&DeviceData::getGeqPresets, &DeviceData::setGeqPresets, 1);
-    checkSetCopy(&DeviceData::getProfiles, &DeviceData::setProfiles, 1, "p", false);
-    checkSetCopy(&DeviceData::getProfileEndpoints, &DeviceData::setProfileEndPoints, 1,
-                 ENDPOINT_SPEAKER, 0);
-    checkSetCopy(&DeviceData::getTunings, &DeviceData::setTunings, "t", ENDPOINT_SPEAKER, false);
-    checkSetCopy(&DeviceData::getDeviceTunings, &DeviceData::setDeviceTunings, "usb", "usb", "t");
-}
 
 TEST(DeviceDataTest, ValidateDataFollowsTheIeqSwitch) {
     struct Case {
@@ -56,15 +20,13 @@ TEST(DeviceDataTest, ValidateDataFollowsTheIeqSwitch) {
         int selectedAfter;
         bool dirtyAfter;
     };
-    const Case cases[] = {
-        {"switched off", std::vector<int>{0}, 4, 0, true},
-        {"switched off and already 0", std::vector<int>{0}, 0, 0, true},
-        {"switched on", std::vector<int>{1}, 4, 4, false},
-        {"negative counts as on", std::vector<int>{-1}, 4, 4, false},
-        {"only the first value counts", std::vector<int>{0, 1}, 4, 0, true},
-        {"empty switch counts as on", std::vector<int>{}, 4, 4, false},
-        {"missing switch counts as on", std::nullopt, 4, 4, false},
-    };
+    const Case cases[] = {{"switched off", std::vector<int>{0}, 4, 0, true},
+                          {"switched off and already 0", std::vector<int>{0}, 0, 0, true},
+                          {"switched on", std::vector<int>{1}, 4, 4, false},
+                          {"negative counts as on", std::vector<int>{-1}, 4, 4, false},
+                          {"only the first value counts", std::vector<int>{0, 1}, 4, 0, true},
+                          {"empty switch counts as on", std::vector<int>{}, 4, 4, false},
+                          {"missing switch counts as on", std::nullopt, 4, 4, false}};
     std::vector<std::unique_ptr<ProfileEndpoint>> records;
     std::set<ProfileEndpoint*> endpoints;
     for (const Case& c : cases) {
@@ -115,22 +77,6 @@ TEST(CreationOrderTest, OrdersRecordsByCreationNotByAddress) {
     Tuning tuning("t", ENDPOINT_SPEAKER, false);
     DeviceTuning binding("usb", "usb", "t");
     EXPECT_LT(tuning.getCreationSerial(), binding.getCreationSerial());
-}
-
-TEST(CreationOrderTest, SerialsStayUniqueWhenThreadsCreateRecords) {
-    constexpr int kPerThread = 2000;
-    std::vector<uint64_t> serials[2];
-    auto create = [](std::vector<uint64_t>* out) {
-        for (int i = 0; i < kPerThread; ++i) out->push_back(GeqPreset(i).getCreationSerial());
-    };
-    std::thread a(create, &serials[0]);
-    std::thread b(create, &serials[1]);
-    a.join();
-    b.join();
-    std::set<uint64_t> all(serials[0].begin(), serials[0].end());
-    all.insert(serials[1].begin(), serials[1].end());
-    EXPECT_EQ(2u * kPerThread, all.size());
-    EXPECT_TRUE(std::is_sorted(serials[0].begin(), serials[0].end()));
 }
 
 }  // namespace

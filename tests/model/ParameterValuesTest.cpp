@@ -51,8 +51,7 @@ TEST(ParameterValuesTest, ValuesToStringFormats) {
          "virtual_bass_mix_freq_high=2,\nvolume_modeler_enable=1,\n"},
         // ieq_id is never shown, whatever the record type.
         {{{IEQ_TARGET, {1}}, {IEQ_ID, {9}}, {IEQ_FREQUENCY, {2}}},
-         "ieq_frequency=2,\nieq_target=1,\n"},
-    };
+         "ieq_frequency=2,\nieq_target=1,\n"}};
     for (const Case& c : cases) {
         Tuning tuning("t", ENDPOINT_OTHER, true);
         for (const auto& [parameter, values] : c.sets) {

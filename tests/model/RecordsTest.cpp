@@ -32,8 +32,7 @@ TEST(RecordsTest, ConstructorsSetIdAndDirty) {
         {new Profile(1, "movie", true), -1, true},
         {new Profile(9LL, 1, "movie", true), 9, false},
         {new ProfileEndpoint(1, ENDPOINT_HEADPHONE, 3), -1, true},
-        {new ProfileEndpoint(1LL << 40, 1, ENDPOINT_HEADPHONE, 3), 1LL << 40, false},
-    };
+        {new ProfileEndpoint(1LL << 40, 1, ENDPOINT_HEADPHONE, 3), 1LL << 40, false}};
     for (size_t i = 0; i < std::size(cases); ++i) {
         SCOPED_TRACE(i);
         // Deleted through the base, as the reader does.
@@ -81,8 +80,7 @@ TEST(RecordsTest, TuningEndpointNamesAndReadonly) {
         {"speaker", ENDPOINT_SPEAKER},     {"other", ENDPOINT_OTHER},
         {"headphone", ENDPOINT_HEADPHONE}, {"Speaker", ENDPOINT_HEADPHONE},
         {"", ENDPOINT_HEADPHONE},          {"internal_speaker", ENDPOINT_HEADPHONE},
-        {"speaker ", ENDPOINT_HEADPHONE},
-    };
+        {"speaker ", ENDPOINT_HEADPHONE}};
     for (const auto& [name, expected] : cases) {
         Tuning tuning("t", ENDPOINT_HEADPHONE, false);
         tuning.setEndpoint(name);
@@ -124,58 +122,48 @@ TEST(RecordsTest, ToStringFormats) {
               DeviceTuning(9LL, "bluetooth", "bt_a2dp", "bt_tuning").toString());
 }
 
-TEST(RecordsTest, EqualityComparesKeysAndValuesNotIdNameOrFlags) {
+// Equality looks at the record's keys and values, never at its id, dirty flag, name or flags.
+TEST(RecordsTest, EqualityComparesKeysAndValues) {
     using Values = std::map<Parameter, std::vector<int>>;
     const Values base = {{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3}}};
-    const std::pair<Values, bool> geqCases[] = {
-        {base, true},
-        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 4}}}, false},
-        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3, 0}}}, false},
-        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2}}}, false},
-        {{{GEQ_GAIN, {1, 2, 3}}}, false},
-        {{{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3}}, {VIRTUAL_BASS_TYPE, {}}}, false},
-    };
-    for (const auto& [values, equal] : geqCases) {
+    const Values longer = {{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 3, 0}}};
+    const Values changed = {{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {1, 2, 4}}};
+    const Values fewer = {{GEQ_GAIN, {1, 2, 3}}};
+    for (const Values* values : {&base, &longer, &changed, &fewer}) {
         GeqPreset mine(1);
         mine.values = base;
-        GeqPreset other(99LL, 1);  // another id, and clean
-        other.values = values;
-        EXPECT_EQ(equal, mine.equals(other)) << &values - &geqCases[0].first;
-        EXPECT_EQ(equal, other.equals(mine)) << &values - &geqCases[0].first;
+        GeqPreset other(99LL, 1);
+        other.values = *values;
+        EXPECT_EQ(values == &base, mine.equals(other));
+        EXPECT_EQ(values == &base, other.equals(mine));
     }
     EXPECT_FALSE(GeqPreset(3).equals(GeqPreset(4)));
 
     Profile movie(1, "movie", false);
-    movie.values = base;
     Profile film(8LL, 1, "film", true);
     film.setSelectedGeqPreset(3);
-    film.values = base;
     EXPECT_TRUE(movie.equals(film));
-    film.values[GEQ_GAIN] = {0};
+    film.values = base;
     EXPECT_FALSE(movie.equals(film));
-    Profile music(2, "movie", false);
-    music.values = base;
-    EXPECT_FALSE(movie.equals(music));
+    EXPECT_FALSE(movie.equals(Profile(2, "movie", false)));
 
     struct Case {
         int profileId;
         Endpoint endpoint;
         int selectedIeqPreset;
-        Values values;
         bool equal;
     };
-    const Case endpointCases[] = {
-        {2, ENDPOINT_HEADPHONE, 4, base, true}, {3, ENDPOINT_HEADPHONE, 4, base, false},
-        {2, ENDPOINT_SPEAKER, 4, base, false},  {2, ENDPOINT_HEADPHONE, 0, base, false},
-        {2, ENDPOINT_HEADPHONE, 4, {}, false},
-    };
-    for (const Case& c : endpointCases) {
-        ProfileEndpoint mine(2, ENDPOINT_HEADPHONE, 4);
-        mine.values = base;
+    const Case cases[] = {{2, ENDPOINT_HEADPHONE, 4, true},
+                          {3, ENDPOINT_HEADPHONE, 4, false},
+                          {2, ENDPOINT_SPEAKER, 4, false},
+                          {2, ENDPOINT_HEADPHONE, 0, false}};
+    for (const Case& c : cases) {
         ProfileEndpoint other(30L, c.profileId, c.endpoint, c.selectedIeqPreset);
-        other.values = c.values;
-        EXPECT_EQ(c.equal, mine.equals(other)) << &c - endpointCases;
+        EXPECT_EQ(c.equal, ProfileEndpoint(2, ENDPOINT_HEADPHONE, 4).equals(other));
     }
+    ProfileEndpoint withValues(2, ENDPOINT_HEADPHONE, 4);
+    withValues.values = base;
+    EXPECT_FALSE(withValues.equals(ProfileEndpoint(2, ENDPOINT_HEADPHONE, 4)));
 }
 
 }  // namespace
