@@ -1,11 +1,10 @@
-// Shared pieces of the cache tests: blobs written by hand, the calls that sending a built-in
-// table must produce, and the codes the cache treats specially.
+// Shared pieces of the cache tests: blobs written by hand, the calls expected of the cache, and
+// the calls that sending a built-in table must produce.
 #pragma once
 
 #include <android-base/properties.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -40,12 +39,6 @@ public:
         mWords[1]++;
         return *this;
     }
-    // Announces more (or fewer) entries than were added.
-    Blob& announce(int count) {
-        mWords[1] = count;
-        return *this;
-    }
-    const std::vector<int>& words() const { return mWords; }
     operator std::vector<int>() const { return mWords; }
 
 private:
@@ -57,13 +50,10 @@ private:
 inline std::vector<EffectCall> builtinSends(const int* table, size_t words) {
     std::vector<EffectCall> calls;
     size_t at = 2;
-    for (int entry = 0; entry < table[1]; entry++) {
-        int deviceId = table[at];
-        int param = table[at + 1];
-        int count = table[at + 2];
-        calls.push_back(EffectCall::setParam(
-            deviceId, param, std::vector<int>(table + at + 3, table + at + 3 + count)));
-        at += 3 + count;
+    for (int entry = 0; entry < table[1]; entry++, at += 3 + table[at + 2]) {
+        const int* values = table + at + 3;
+        calls.push_back(EffectCall::setParam(table[at], table[at + 1],
+                                             std::vector<int>(values, values + table[at + 2])));
     }
     EXPECT_EQ(words, at) << "the table ends after its last entry";
     return calls;
@@ -72,6 +62,10 @@ inline std::vector<EffectCall> builtinSends(const int* table, size_t words) {
 template <size_t N>
 std::vector<EffectCall> builtinSends(const int (&table)[N]) {
     return builtinSends(table, N);
+}
+
+inline EffectCall sent(int deviceId, VexParameter param, const std::vector<int>& values) {
+    return EffectCall::setParam(deviceId, code(param), values);
 }
 
 inline void append(std::vector<EffectCall>& to, const std::vector<EffectCall>& calls) {
