@@ -1,6 +1,7 @@
 #include "model/ParameterValues.h"
 
 #include <sstream>
+#include <utility>
 
 #include "model/CreationOrder.h"
 
@@ -23,6 +24,14 @@ void ParameterValues::set(Parameter parameter, const std::vector<int>& newValues
     std::vector<int>& stored = values[parameter];
     if (&stored != &newValues) {
         stored = newValues;
+    }
+    dirty = true;
+}
+
+void ParameterValues::set(Parameter parameter, std::vector<int>&& newValues) {
+    std::vector<int>& stored = values[parameter];
+    if (&stored != &newValues) {
+        stored = std::move(newValues);
     }
     dirty = true;
 }

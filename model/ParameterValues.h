@@ -28,6 +28,9 @@ public:
     // Replaces or inserts the parameter's values and marks the record changed, even when the
     // values are the same. Which parameters a record accepts is the caller's business.
     void set(Parameter parameter, const std::vector<int>& values);
+    // The same for values the caller no longer needs: most setters build a fresh vector per
+    // element, and moving it in saves an allocation and a copy for every value of the file.
+    void set(Parameter parameter, std::vector<int>&& values);
 
     // One "name=v1,v2,...," line per parameter in Parameter order. ieq_id is never shown: an
     // IeqPreset keeps its own number there.
