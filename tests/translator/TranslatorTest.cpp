@@ -67,7 +67,8 @@ const std::vector<Parameter> kComposite[] = {
     {AUDIO_OPTIMIZER_FREQUENCY, AUDIO_OPTIMIZER_GAIN_L, AUDIO_OPTIMIZER_GAIN_LS,
         AUDIO_OPTIMIZER_GAIN_R, AUDIO_OPTIMIZER_GAIN_RS},
     {REGULATOR_STRESS_AMOUNT, REGULATOR_FREQUENCY, REGULATOR_ISOLATED_BAND,
-        REGULATOR_THRESHOLD_HIGH, REGULATOR_THRESHOLD_LOW, REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT,
+        REGULATOR_THRESHOLD_HIGH, REGULATOR_THRESHOLD_LOW,
+        REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT,
         REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND,
         REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT,
         REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND},
@@ -130,9 +131,10 @@ Values everyParameterSet() {
     for (int p = 0; p < kNumParameters; p++) values[static_cast<Parameter>(p)] = {p + 1};
     values[OUTPUT_CHANNELS] = {2};
     for (Parameter on : {VIRTUAL_BASS_ENABLE, COMPLEX_EQUALIZER_ENABLE, BASS_MBDRC_ENABLE,
-                         REGULATOR_SIBILANCE_SUPPRESS_ENABLE, DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE}) {
+                         REGULATOR_SIBILANCE_SUPPRESS_ENABLE}) {
         values[on] = {1};
     }
+    values[DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE] = {1};
     return values;
 }
 
@@ -194,37 +196,25 @@ TEST(ParameterTranslatorTest, ValidParametersWithoutValuesGetEmptyEntriesAndList
     EXPECT_EQ((Values{{IEQ_AMOUNT, {}}, {IEQ_ENABLE, {}}}), record.values);
 }
 
-TEST(ParameterTranslatorTest, PendingTranslatorsRunOnceThenAreForgotten) {
+TEST(ParameterTranslatorTest, QueuedTranslatorsRunOnceWithTheSourcesEndpointAndMono) {
     ParameterTranslator translator;
     SetParamCommand cmd(5);
     translator.translatePending(cmd);
     EXPECT_EQ((std::vector<int>{5, 0}), cmd.mBuffer);
 
-    TestRecord record({{GEQ_FREQUENCY, {100, 1000}}, {GEQ_GAIN, {3, -2}}});
-    translator.setSource(&record, ENDPOINT_SPEAKER, false);
-    for (Parameter p : {GEQ_GAIN, GEQ_FREQUENCY, GEQ_GAIN, VIRTUAL_BASS_MODE}) {
+    TestRecord record({{GEQ_FREQUENCY, {100}},
+                       {GEQ_GAIN, {3}},
+                       {VIRTUALIZER_ENABLE, {1}},
+                       {ORIENTATION, {0}},
+                       {OUTPUT_MIX_MATRIX, {5}}});
+    translator.setSource(&record, ENDPOINT_SPEAKER, true);
+    for (Parameter p : {GEQ_GAIN, ORIENTATION, GEQ_FREQUENCY, GEQ_GAIN, VIRTUAL_BASS_MODE}) {
         translator.onParameterChanged(p);
     }
     translator.translatePending(cmd);
     translator.translatePending(cmd);
-    EXPECT_EQ((std::vector<Entry>{{-1, GEBS, {2, 100, 1000, 3, -2}}}), entriesOf(cmd));
-}
-
-TEST(ParameterTranslatorTest, EndpointAndMonoReachTheTranslators) {
-    std::set<Parameter> valid = {VIRTUALIZER_ENABLE, ORIENTATION, OUTPUT_MIX_MATRIX};
-    TestRecord record({{VIRTUALIZER_ENABLE, {1}}, {ORIENTATION, {0}}, {OUTPUT_MIX_MATRIX, {5}}},
-                      valid);
-    ParameterTranslator translator;
-    translator.setSource(&record, ENDPOINT_SPEAKER, true);
-    SetParamCommand speaker(0);
-    translator.translateAll(speaker);
-    EXPECT_EQ((std::vector<Entry>{{-1, DOM, {0, 0, 1, 5}}}), entriesOf(speaker));
-
-    translator.setSource(&record, ENDPOINT_HEADPHONE, false);
-    SetParamCommand headphone(0);
-    translator.translateAll(headphone);
-    // The mono correction above stayed in the record.
-    EXPECT_EQ((std::vector<Entry>{{-1, DOM, {0, 1, 1}}}), entriesOf(headphone));
+    EXPECT_EQ((std::vector<Entry>{{-1, GEBS, {1, 100, 3}}, {-1, DOM, {0, 0, 1, 5}}}),
+              entriesOf(cmd));
 }
 
 }  // namespace
