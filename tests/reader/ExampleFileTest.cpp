@@ -76,25 +76,25 @@ TEST(ExampleFileTest, EveryParameterIsFilledInARecordThatAcceptsIt) {
     }
     DeviceData& data = *parser.getDeviceData();
     EXPECT_EQ("3.4.0", data.getFormatVersion());
-    std::vector<ParameterValues*> records;
-    records.insert(records.end(), data.getIeqPresets().begin(), data.getIeqPresets().end());
-    records.insert(records.end(), data.getGeqPresets().begin(), data.getGeqPresets().end());
-    records.insert(records.end(), data.getProfiles().begin(), data.getProfiles().end());
-    records.insert(records.end(), data.getProfileEndpoints().begin(),
-                   data.getProfileEndpoints().end());
-    records.insert(records.end(), data.getTunings().begin(), data.getTunings().end());
     std::set<Parameter> filled;
-    for (ParameterValues* record : records) {
-        for (const auto& [parameter, values] : record->values) {
-            filled.insert(parameter);
-            // The endpoints' virtual-bass type comes from the global settings, not a record set.
-            EXPECT_TRUE(record->getValidParams().count(parameter) != 0 ||
-                        parameter == VIRTUAL_BASS_TYPE)
-                << kParameterNames[parameter] << " in a record that does not accept it";
-            // Translators read first values: no list may be empty.
-            EXPECT_FALSE(values.empty()) << kParameterNames[parameter];
+    auto check = [&filled](const auto& records) {
+        for (const ParameterValues* record : records) {
+            for (const auto& [parameter, values] : record->values) {
+                filled.insert(parameter);
+                // The endpoints' virtual-bass type comes from the global settings.
+                EXPECT_TRUE(record->getValidParams().count(parameter) != 0 ||
+                            parameter == VIRTUAL_BASS_TYPE)
+                    << kParameterNames[parameter] << " in a record that does not accept it";
+                // Translators read first values: no list may be empty.
+                EXPECT_FALSE(values.empty()) << kParameterNames[parameter];
+            }
         }
-    }
+    };
+    check(data.getIeqPresets());
+    check(data.getGeqPresets());
+    check(data.getProfiles());
+    check(data.getProfileEndpoints());
+    check(data.getTunings());
     EXPECT_EQ(static_cast<size_t>(kNumParameters), filled.size());
 }
 

@@ -69,18 +69,33 @@ protected:
     TagIterator mIterator;
 };
 
-TEST_F(TagIteratorWalkTest, NextVisitsEveryNodeFromTheLeadingBlankText) {
-    EXPECT_FALSE(mIterator.isElementNode());
-    Strings names;
-    for (; mIterator.isCurValid(); mIterator.next()) names.push_back(mIterator.getNodeName());
+TEST_F(TagIteratorWalkTest, NextVisitsEveryNodeAndOnlyElementsHaveAttributes) {
+    LogCapture log;
+    Strings names, out;
+    std::vector<int> ints;
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        names.push_back(mIterator.getNodeName());
+        if (!mIterator.isElementNode()) {  // text and comments read silently as nothing
+            mIterator.parseNodeAll(out);
+            mIterator.parseNodeWithName({"a"}, out);
+            mIterator.parseNodeIntVector(ints);
+            EXPECT_TRUE(mIterator.getAttrsName().empty());
+        }
+    }
     const Strings expected = {"text",  "first", "text", "comment", "text", "second", "text",
                               "tight", "text",  "bare", "text",    "last", "text"};
     EXPECT_EQ(expected, names);
-    // Off the end the cursor stays null.
+    EXPECT_TRUE(out.empty() && ints.empty() && log.lines().empty());
+    // Off the end the cursor stays null, and each reader logs it.
     mIterator.next();
     EXPECT_FALSE(mIterator.isCurValid());
     EXPECT_FALSE(mIterator.isNextValid());
     EXPECT_EQ("", mIterator.getNodeName());
+    mIterator.parseNodeAll(out);
+    mIterator.parseNodeWithName({"a"}, out);
+    mIterator.parseNodeIntVector(ints);
+    EXPECT_TRUE(out.empty() && ints.empty());
+    EXPECT_EQ(3u, log.count("Invalid node when parsing String vector.", "TagIterator"));
 }
 
 TEST_F(TagIteratorWalkTest, ChildStepsAndTheNodeStack) {
@@ -142,23 +157,6 @@ TEST_F(TagIteratorWalkTest, AttributeReaders) {
     std::vector<int> values = {5};
     mIterator.parseNodeIntVector(values);
     EXPECT_EQ((std::vector<int>{5, -7, 12, 0}), values);
-}
-
-TEST_F(TagIteratorWalkTest, ReadersIgnoreTextSilentlyAndLogANullCursor) {
-    LogCapture log;
-    Strings out;
-    std::vector<int> ints;
-    for (bool atEnd : {false, true}) {
-        while (atEnd && mIterator.isCurValid()) mIterator.next();
-        mIterator.parseNodeAll(out);
-        mIterator.parseNodeWithName({"a"}, out);
-        mIterator.parseNodeIntVector(ints);
-        EXPECT_TRUE(mIterator.getAttrsName().empty());
-        EXPECT_TRUE(out.empty());
-        EXPECT_TRUE(ints.empty());
-        EXPECT_EQ(atEnd ? 3u : 0u,
-                  log.count("Invalid node when parsing String vector.", "TagIterator"));
-    }
 }
 
 // xmlCleanupParser resets libxml2's last error, which makes the clean-up observable.

@@ -8,7 +8,6 @@
 #include "LogCapture.h"
 #include "ReaderTestUtils.h"
 #include "model/Parameter.h"
-#include "reader/NodeParseUtils.h"
 #include "reader/SetterCollection.h"
 #include "reader/TuningFileParser.h"
 
@@ -95,26 +94,6 @@ TEST_F(ValueSetterTest, IeqBandsEndAtAForeignElementWithOneMessage) {
     EXPECT_EQ(std::vector<std::string>{"No attribute band_ieq was found!"},
               log.messages("ValueSetter"));
     EXPECT_EQ(ANDROID_LOG_INFO, log.lines().at(0).priority);
-}
-
-TEST_F(ValueSetterTest, SettingAgainReplacesOnlyItsOwnValues) {
-    test::TestRecord record;
-    record.values[BASS_MBDRC_TUNING] = {1, 2, 3, 4};
-    record.values[PEAK_VALUE] = {5};
-    record.setDirty(false);
-    apply("row-semicolons", record);
-    EXPECT_EQ((Values{{BASS_MBDRC_TUNING, {10}}, {PEAK_VALUE, {5}}}), record.values);
-    EXPECT_TRUE(record.isDirty());
-}
-
-TEST_F(ValueSetterTest, ParseHelpersOffAnElementGiveNothing) {
-    ASSERT_TRUE(mFile.moveToCase("simple-number"));
-    TagIterator& iterator = mFile.iterator();
-    iterator.next();  // the blank text after the element
-    ASSERT_FALSE(iterator.isElementNode());
-    EXPECT_EQ(0, NodeParseUtils::parseValue(iterator));
-    EXPECT_TRUE(NodeParseUtils::parseDataRow(iterator).empty());
-    EXPECT_TRUE(NodeParseUtils::parseMixMatrix(iterator).empty());
 }
 
 }  // namespace
