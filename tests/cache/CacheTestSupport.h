@@ -64,6 +64,12 @@ std::vector<EffectCall> builtinSends(const int (&table)[N]) {
     return builtinSends(table, N);
 }
 
+inline std::vector<int> counting(int first, int step, size_t count) {
+    std::vector<int> values;
+    for (size_t i = 0; i < count; i++) values.push_back(first + step * static_cast<int>(i));
+    return values;
+}
+
 inline EffectCall sent(int deviceId, VexParameter param, const std::vector<int>& values) {
     return EffectCall::setParam(deviceId, code(param), values);
 }

@@ -56,7 +56,7 @@ TEST_F(CacheTuningDeviceTest, LoadTuningSendsEachPortsSelection) {
         RecordingEffect effect;
         effect.setCommitResult(6);
         EXPECT_EQ(c.result, mCache.loadTuning(&effect));
-        EXPECT_EQ(c.calls, effect.calls()) << effect.describe();
+        EXPECT_EQ(c.calls, effect.calls());
     }
 }
 
@@ -75,46 +75,35 @@ TEST_F(CacheTuningDeviceTest, LoadTuningDeviceSendsOnlyAWholeKnownBlob) {
          {"unknown", "Default_headphone", "short", "cut", "negative", "empty"}) {
         EXPECT_EQ(-22, mCache.loadTuningDevice(device, &effect)) << device;
     }
-    EXPECT_EQ(joined(kHeadphoneCalls, {EffectCall::commit(kAll)}), effect.calls())
-        << effect.describe();
+    EXPECT_EQ(joined(kHeadphoneCalls, {EffectCall::commit(kAll)}), effect.calls());
     // Asking for an unknown device does not make it known.
     EXPECT_EQ(0u, mPeer.xmlTuningParams().count("unknown"));
 }
 
+// The store refuses a device of another port (its error lines are the store tests'); the cache
+// then sends nothing, nor for the device already selected.
 TEST_F(CacheTuningDeviceTest, SelectionSendsOnlyANewDeviceOfThePort) {
-    const std::string refused = "setSelectedTuningDevice tuningDevice ";
     const struct {
         int port;
         const char* device;
         int result;
         Calls calls;
-        // The store's error line; the cache's debug line names the port as shown.
-        std::string error;
+        // As the cache's debug line names the port.
         const char* shownPort;
     } cases[] = {
-        {3,
-         "default_bluetooth",
-         -22,
-         {},
-         refused + "default_bluetooth is not available for port headphone.",
-         "headphone"},
-        {0,
-         "default_headphone",
-         -22,
-         {},
-         refused + "default_headphone is not available for port internal_speaker.",
-         "internal_speaker"},
-        {9, "studio", -22, {}, refused + "studio is not available for port ?.", "unknown"},
-        {4, "default_bluetooth", 0, {}, "", "bluetooth"},
-        {3, "studio", 6, kStudioCalls, "", "headphone"},
+        {3, "default_bluetooth", -22, {}, "headphone"},
+        {0, "default_headphone", -22, {}, "internal_speaker"},
+        {9, "studio", -22, {}, "unknown"},
+        {4, "default_bluetooth", 0, {}, "bluetooth"},
+        {3, "studio", 6, kStudioCalls, "headphone"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.device);
         LogCapture log;
         RecordingEffect effect;
         effect.setCommitResult(6);
-        EXPECT_EQ(c.result, mCache.setSelectedTuningDevice(c.port, c.device, &effect)) << c.device;
-        EXPECT_EQ(c.calls, effect.calls()) << c.device << "\n" << effect.describe();
-        EXPECT_EQ(!c.error.empty(), log.contains(c.error, "KrvSpatializerParamArray")) << c.device;
+        EXPECT_EQ(c.result, mCache.setSelectedTuningDevice(c.port, c.device, &effect));
+        EXPECT_EQ(c.calls, effect.calls());
         EXPECT_TRUE(log.contains(std::string("setSelectedTuningDevice(port=") + c.shownPort +
                                      ", device=" + c.device + ")",
                                  "KrvSpatializerParamCache"));
@@ -151,6 +140,7 @@ TEST_F(CacheTuningDeviceTest, SelectingASpeakerTuningUpdatesTheMixMatrix) {
         {"two channels", 2, matrix, 0, {0, 9, 9}, {}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         LogCapture log;
         // An empty matrix files none, so drop the last case's.
         mPeer.tuningMixMatrices().clear();
@@ -160,7 +150,7 @@ TEST_F(CacheTuningDeviceTest, SelectingASpeakerTuningUpdatesTheMixMatrix) {
         mPeer.tuningParamValue() = c.outputChannels;
         RecordingEffect effect;
         effect.setAnswer(kSpeaker, code(DOM), c.effectDom, c.getResult);
-        EXPECT_EQ(0, mCache.setSelectedTuningDevice(0, "speaker_b", &effect)) << c.name;
+        EXPECT_EQ(0, mCache.setSelectedTuningDevice(0, "speaker_b", &effect));
         Calls expected;
         if (c.outputChannels > 2) {
             expected.push_back(EffectCall::getParam(kSpeaker, code(DOM), kDomCapacity));
@@ -169,12 +159,11 @@ TEST_F(CacheTuningDeviceTest, SelectingASpeakerTuningUpdatesTheMixMatrix) {
             expected.push_back(sent(kSpeaker, DOM, c.sentDom));
         }
         append(expected, {sent(kSpeaker, VOL, {2}), EffectCall::commit(kAll)});
-        EXPECT_EQ(expected, effect.calls()) << c.name << "\n" << effect.describe();
+        EXPECT_EQ(expected, effect.calls());
         EXPECT_EQ(!c.sentDom.empty(),
                   log.contains("setSelectedTuningDevice(): Update the mix matrix with tuning "
                                "speaker_b",
-                               "KrvSpatializerParamCache"))
-            << c.name;
+                               "KrvSpatializerParamCache"));
     }
 }
 

@@ -22,12 +22,6 @@ std::vector<int> geqEntry(std::vector<int> gains) {
     return values;
 }
 
-std::vector<int> counting(int first, int step, size_t count) {
-    std::vector<int> values;
-    for (size_t i = 0; i < count; i++) values.push_back(first + step * static_cast<int>(i));
-    return values;
-}
-
 const std::vector<int> kTuningGeq = geqEntry(counting(100, 1, 20));
 const std::vector<int> kUserGains = counting(-1, -1, 20);
 const std::vector<int> kSpeakerDom = {1, 0, 1, 15, 24, 7};
@@ -70,6 +64,16 @@ void prepareStore(const StoreSetup& setup) {
     peer.tuningParamValue() = setup.outputChannels;
 }
 
+// What multichannel content sends after the tuning's blob: the built-in common blob, then the
+// profile's, each committed.
+std::vector<EffectCall> builtinBlobsAfter(const int (&profileTable)[117]) {
+    std::vector<EffectCall> calls = builtinSends(SpatializerParamArray::mCommonParams);
+    calls.push_back(EffectCall::commit(kAll));
+    append(calls, builtinSends(profileTable));
+    calls.push_back(EffectCall::commit(kAll));
+    return calls;
+}
+
 // Content processing on, tunings, three channels: every entry goes out as it is, but for the
 // speaker's mix matrix, which is the tuning's cut to the entry's own count.
 std::vector<EffectCall> onWithTuningMatrix() {
@@ -108,7 +112,7 @@ TEST(UpdateContentProcEnabledTest, OnSendsTheSpeakerTuningsMatrixOnlyWhereItAppl
         if (c.setup.tuningCount == 0) {
             expected.erase(expected.begin(), expected.begin() + 2);
         }
-        EXPECT_EQ(expected, effect.calls()) << c.name << "\n" << effect.describe();
+        EXPECT_EQ(expected, effect.calls()) << c.name;
     }
 }
 
@@ -133,7 +137,7 @@ TEST(UpdateContentProcEnabledTest, OffDisablesMixMatricesAndSwitches) {
         sent(kHeadphone, IEON, {0}),
         EffectCall::commit(kAll),
     };
-    EXPECT_EQ(expected, effect.calls()) << effect.describe();
+    EXPECT_EQ(expected, effect.calls());
 }
 
 // An effect whose first setParam lets another effect instance switch the profile, as another
@@ -173,11 +177,8 @@ TEST(UpdateContentProcEnabledTest, MccSendsDeviceProcessingThenTheBuiltinBlobsOf
         std::vector<EffectCall> expected = {sent(kSpeaker, DSOE, {1}), sent(kSpeaker, VBON, {1}),
                                             sent(kAll, GEBS, geqEntry(kUserGains)),
                                             sent(kSpeaker, AOON, {1}), EffectCall::commit(kAll)};
-        append(expected, builtinSends(SpatializerParamArray::mCommonParams));
-        expected.push_back(EffectCall::commit(kAll));
-        append(expected, builtinSends(SpatializerParamArray::mMovieProfileParams));
-        expected.push_back(EffectCall::commit(kAll));
-        EXPECT_EQ(expected, effect.calls()) << run.name << "\n" << effect.describe();
+        append(expected, builtinBlobsAfter(SpatializerParamArray::mMovieProfileParams));
+        EXPECT_EQ(expected, effect.calls()) << run.name;
     }
 }
 
@@ -194,12 +195,9 @@ TEST(UpdateContentProcEnabledTest, WithoutAWholeTuningBlobOnlyTheBuiltinBlobsAre
         EXPECT_EQ(0, cache.updateContentProcEnabled(&effect, true, mcc));
         std::vector<EffectCall> expected;
         if (mcc) {
-            expected = builtinSends(SpatializerParamArray::mCommonParams);
-            expected.push_back(EffectCall::commit(kAll));
-            append(expected, builtinSends(SpatializerParamArray::mMusicProfileParams));
-            expected.push_back(EffectCall::commit(kAll));
+            expected = builtinBlobsAfter(SpatializerParamArray::mMusicProfileParams);
         }
-        EXPECT_EQ(expected, effect.calls()) << mcc << "\n" << effect.describe();
+        EXPECT_EQ(expected, effect.calls()) << mcc;
     }
     // An entry missing, values cut short, a header alone, nothing.
     for (std::vector<int> blob : std::vector<std::vector<int>>{
@@ -208,7 +206,7 @@ TEST(UpdateContentProcEnabledTest, WithoutAWholeTuningBlobOnlyTheBuiltinBlobsAre
         peer.xmlProfileParams()[PROFILE_MUSIC] = blob;
         RecordingEffect effect;
         EXPECT_EQ(-22, cache.updateContentProcEnabled(&effect, true, true));
-        EXPECT_TRUE(effect.calls().empty()) << effect.describe();
+        EXPECT_TRUE(effect.calls().empty());
         EXPECT_TRUE(log.contains(
             "updateContentProcEnabled() Invalid data for setting parameter values.", kTag));
     }
@@ -229,7 +227,7 @@ TEST(UpdateContentProcEnabledTest, EarlierRulesWinOverTheEnginesClasses) {
     // AOON is no longer device processing: multichannel content skips it and the rest. Then the
     // built-in common blob follows.
     append(expected, {EffectCall::commit(kAll), sent(kAll, MAVE, {0})});
-    EXPECT_EQ(expected, calls) << effect.describe();
+    EXPECT_EQ(expected, calls);
 
     VexParamStore::resetParamClasses();
     VexParamStore::setContentProcDisableParams({code(MDLE), code(DSOE)});
@@ -258,8 +256,7 @@ TEST(UpdateContentProcEnabledTest, TheGraphicEqTakesWhatUserGainsThereAre) {
         EXPECT_EQ(
             (std::vector<EffectCall>{sent(kAll, GEBS, geqEntry(gains)), EffectCall::commit(kAll)}),
             effect.calls())
-            << count << "\n"
-            << effect.describe();
+            << count;
     }
 }
 
