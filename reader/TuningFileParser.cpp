@@ -2,12 +2,11 @@
 
 #include <android/log.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
+#include "reader/FormatVersion.h"
 #include "reader/NodeParseUtils.h"
 #include "reader/String2Int.h"
 
@@ -376,21 +375,19 @@ void TuningFileParser::applySetters(ParameterValues& record) {
 }
 
 bool TuningFileParser::isVersion32() const {
-    return mFormatVersion.compare(0, 4, "3.2.") == 0;
+    return isFormatVersion32(mFormatVersion);
 }
 
 bool TuningFileParser::isVersion322() const {
-    return mFormatVersion.compare(0, 5, "3.2.2") == 0;
+    return isFormatVersion322(mFormatVersion);
 }
 
 bool TuningFileParser::isVersion330() const {
-    return mFormatVersion.compare(0, 5, "3.3.0") == 0;
+    return isFormatVersion330(mFormatVersion);
 }
 
 bool TuningFileParser::isBeforeVersion34() const {
-    const size_t length = std::min<size_t>(mFormatVersion.size(), 4);
-    const int order = memcmp(mFormatVersion.data(), "3.4.", length);
-    return order < 0 || (order == 0 && mFormatVersion.size() < 4);
+    return isFormatVersionBefore34(mFormatVersion);
 }
 
 }  // namespace korva

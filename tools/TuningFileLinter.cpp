@@ -11,6 +11,7 @@
 #include "model/Tuning.h"
 #include "reader/AudioOptimizerValueSetter.h"
 #include "reader/DrcRowDataValueSetter.h"
+#include "reader/FormatVersion.h"
 #include "reader/GeqValueSetter.h"
 #include "reader/IeqValueSetter.h"
 #include "reader/MixMatrixValueSetter.h"
@@ -1057,11 +1058,11 @@ std::string TuningFileLinter::versionNote() const {
 }
 
 bool TuningFileLinter::isVersion32() const {
-    return mFormatVersion.compare(0, 4, "3.2.") == 0;
+    return isFormatVersion32(mFormatVersion);
 }
 
 bool TuningFileLinter::isVersion330() const {
-    return mFormatVersion.compare(0, 5, "3.3.0") == 0;
+    return isFormatVersion330(mFormatVersion);
 }
 
 }  // namespace korva::tool
