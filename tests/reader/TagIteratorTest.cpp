@@ -26,15 +26,11 @@ public:
 };
 
 TEST(TagIteratorInitTest, RefusesWhatCannotBeParsedWithOneError) {
-    const std::string kReadFailed = "fail to call xmlReadFile,  ";
+    // The parser's tests refuse the other unusable files; each gives -22 the same way.
     const std::pair<std::string, std::string> cases[] = {
         {"", "Invalide xml file path, "},
-        {testDataFile("does-not-exist.xml"), kReadFailed},
-        {testDataFile("empty.xml"), kReadFailed},
-        {testDataFile("not-xml.xml"), kReadFailed},
-        {testDataFile("truncated.xml"), kReadFailed},
-        {testDataFile("no-root.xml"), kReadFailed},
-        {test::testDataDir(), kReadFailed}};
+        {testDataFile("does-not-exist.xml"), "fail to call xmlReadFile,  "},
+        {testDataFile("not-xml.xml"), "fail to call xmlReadFile,  "}};
     for (auto [path, prefix] : cases) {
         LogCapture log;
         TagIterator iterator;
@@ -136,23 +132,17 @@ TEST_F(TagIteratorWalkTest, AttributeReaders) {
     mIterator.parseNodeAll(all);
     EXPECT_EQ((Strings{"kept", "1", "2", "3"}), all);
     moveTo("second");  // b="2" c="3"
-    struct Case {
-        Strings names;
-        Strings before;
-        Strings expected;
-    };
-    const Case cases[] = {
-        {{"c", "b"}, {}, {"3", "2"}},
-        // Listed names that are missing keep what the slot held; extra slots are dropped.
-        {{"a", "b"}, {"keep", "x", "extra"}, {"keep", "2"}},
-        {{"b", "b", "z"}, {}, {"2", "2", ""}},
-        {{"B"}, {}, {""}},
-        {{}, {}, {"2", "3"}}};
-    for (const Case& c : cases) {
-        Strings out = c.before;
-        mIterator.parseNodeWithName(c.names, out);
-        EXPECT_EQ(c.expected, out);
-    }
+    // One slot per name asked, in that order: a missing name keeps what the slot held, extra
+    // slots are dropped, names compare case-sensitively, and no names means every value.
+    Strings out = {"keep", "x", "extra"};
+    mIterator.parseNodeWithName({"a", "b"}, out);
+    EXPECT_EQ((Strings{"keep", "2"}), out);
+    out.clear();
+    mIterator.parseNodeWithName({"c", "b", "B", "c"}, out);
+    EXPECT_EQ((Strings{"3", "2", "", "3"}), out);
+    out.clear();
+    mIterator.parseNodeWithName({}, out);
+    EXPECT_EQ((Strings{"2", "3"}), out);
     mIterator.childrenNext();
     std::vector<int> values = {5};
     mIterator.parseNodeIntVector(values);
