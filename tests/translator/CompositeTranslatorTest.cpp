@@ -93,13 +93,11 @@ TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
         {de, "at the cap", {{de, {12}}}, {{DEA, {12}}}},
         {de, "no lower bound", {{de, {-3}}}, {{DEA, {-3}}}},
         {de, "first value only", {{de, {20, 30}}}, {{DEA, {12, 30}}}},
-        {de, "missing", {}, {{DEA, {}}}, {{de, {}}}},
         {GEQ_GAIN, "gains not counted", {{GEQ_FREQUENCY, {100, 200}}, {GEQ_GAIN, {3}}},
          {{GEBS, {2, 100, 200, 3}}}},
         {mbdrc, "mbdrc off", {{BASS_MBDRC_ENABLE, {0}}, {mbdrc, {5}}}, {}},
         {mbdrc, "any non-zero is on", {{BASS_MBDRC_ENABLE, {2}}, {mbdrc, {5, 6}}},
          {{BMDT, {5, 6}}}},
-        {mbdrc, "enable missing is off", {{mbdrc, {5}}}, {}, {{BASS_MBDRC_ENABLE, {}}}},
         {VIRTUAL_BASS_TYPE, "virtual bass off: mode 0",
          {{VIRTUAL_BASS_ENABLE, {0}}, {VIRTUAL_BASS_MODE, {3}}, {VIRTUAL_BASS_TYPE, {2}}},
          {{VBM, {0}}, {VBON, {2}}}},
@@ -146,8 +144,6 @@ TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
         {ce, "six channels", with(ceq, {{channels, {6}}}), {{CEQT, {2, 2, 1, 2, 3, 4}}}},
         {ce, "channels missing", ceq, {{CEQT, {2, 2, 1, 2, 3, 4}}}},
         {ce, "2 is off", with(ceq, {{COMPLEX_EQUALIZER_ENABLE, {2}}}), {}},
-        {ce, "enable missing", {{channels, {4}}}, {},
-         {{COMPLEX_EQUALIZER_ENABLE, {}}, {COMPLEX_EQUALIZER_TUNING_LEFT, kAbsent}}},
 
         // The stress list is made two long below three channels; sibilance falls back to stereo.
         {stress, "stereo pads the record's stress list",
