@@ -2,10 +2,8 @@
 // the calls that sending a built-in table must produce.
 #pragma once
 
-#include <android-base/properties.h>
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include "RecordingEffect.h"
@@ -76,10 +74,6 @@ inline EffectCall sent(int deviceId, VexParameter param, const std::vector<int>&
 
 inline void append(std::vector<EffectCall>& to, const std::vector<EffectCall>& calls) {
     to.insert(to.end(), calls.begin(), calls.end());
-}
-
-inline void setLogLevel(int level) {
-    android::base::SetProperty("persist.vendor.korva.loglevel", std::to_string(level));
 }
 
 }  // namespace korva::test

@@ -260,29 +260,5 @@ TEST(UpdateContentProcEnabledTest, TheGraphicEqTakesWhatUserGainsThereAre) {
     }
 }
 
-// The level is read once per operation: each entry is traced from level 3 on.
-TEST(UpdateContentProcEnabledTest, TracesEveryEntryFromLevelThree) {
-    prepareStore({});
-    const std::vector<int> blob = profileBlob();
-    for (int level : {1, 2, 3}) {
-        setLogLevel(level);
-        LogCapture log;
-        RecordingEffect effect;
-        SpatializerParamCache().updateContentProcEnabled(&effect, true, false);
-        std::vector<std::string> expected;
-        if (level >= 2) {
-            expected.push_back(
-                "updateContentProcEnabled(profile=1, isContentProcEnabled=1, "
-                "isKorvaContentWithMcc=0)");
-        }
-        for (size_t at = 2; level >= 3 && at < blob.size(); at += 3 + blob[at + 2]) {
-            expected.push_back("updateContentProcEnabled() deviceId=" + std::to_string(blob[at]) +
-                               ", param=" + codeText(blob[at + 1]) +
-                               ", paramLength=" + std::to_string(blob[at + 2]));
-        }
-        EXPECT_EQ(expected, log.messages(kTag)) << level;
-    }
-}
-
 }  // namespace
 }  // namespace korva::test

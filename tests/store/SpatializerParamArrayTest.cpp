@@ -44,9 +44,7 @@ TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsLoadsAndRes
               test::linesAt(log, kStoreLogTag, ANDROID_LOG_DEBUG));
     SpatializerParamArrayTestPeer peer(store);
     EXPECT_EQ(PROFILE_MOVIE, peer.currentProfileId());
-    EXPECT_EQ(0, peer.xmlProfileCount());
     EXPECT_EQ(0, peer.xmlTuningCount());
-    EXPECT_EQ(2, peer.tuningParamValue());
     EXPECT_EQ(60, peer.defaultMixMatrixLength());
     EXPECT_EQ((std::map<int, std::string>{
                   {3, "default_headphone"}, {4, "default_bluetooth"}, {5, "default_usb"}}),
