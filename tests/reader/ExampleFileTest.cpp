@@ -21,21 +21,12 @@ namespace {
 const std::string kExample = test::examplesDir() + "/kvx-default-spatializer.xml";
 
 // Elements that give the document its structure rather than a parameter value.
-const std::set<std::string> kStructuralElements = {"tool_version",
-                                                   "format_version",
-                                                   "authorized_technologies",
-                                                   "global_setting",
-                                                   "preset",
-                                                   "data",
-                                                   "ieq",
-                                                   "geq",
-                                                   "band_ieq",
-                                                   "band_geq",
-                                                   "profile",
-                                                   "endpoint_type",
-                                                   "include",
-                                                   "tuning",
-                                                   "device_id"};
+// clang-format off
+const std::set<std::string> kStructuralElements = {
+    "tool_version", "format_version", "authorized_technologies", "global_setting", "preset",
+    "data", "ieq", "geq", "band_ieq", "band_geq", "profile", "endpoint_type", "include", "tuning",
+    "device_id"};
+// clang-format on
 
 // Parameter elements whose descendants are table rows, read whatever their names.
 const std::set<std::string> kTableElements = {"output-mode", "regulator-tuning",

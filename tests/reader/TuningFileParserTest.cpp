@@ -267,19 +267,16 @@ TEST(TuningFileParserTest, FormatVersionRules) {
         std::string major, minor, maintenance;
         bool is32, is322, is330, before34;
     };
-    const Case cases[] = {{"3", "2", "0", true, false, false, true},
-                          {"3", "2", "2", true, true, false, true},
-                          {"3", "2", "10", true, false, false, true},
-                          {"3", "2", "22", true, true, false, true},
-                          {"3", "3", "0", false, false, true, true},
-                          {"3", "3", "9", false, false, false, true},
-                          {"3", "4", "0", false, false, false, false},
-                          {"3", "4", "", false, false, false, false},
-                          {"4", "0", "0", false, false, false, false},
-                          {"2", "9", "9", false, false, false, true},
-                          // Versions compare as text, so 3.10 sorts before 3.4.
-                          {"3", "10", "0", false, false, false, true},
-                          {"", "", "", false, false, false, true}};
+    // clang-format off
+    const Case cases[] = {
+        {"3", "2", "0", true, false, false, true},   {"3", "2", "2", true, true, false, true},
+        {"3", "2", "10", true, false, false, true},  {"3", "2", "22", true, true, false, true},
+        {"3", "3", "0", false, false, true, true},   {"3", "3", "9", false, false, false, true},
+        {"3", "4", "0", false, false, false, false}, {"3", "4", "", false, false, false, false},
+        {"4", "0", "0", false, false, false, false}, {"2", "9", "9", false, false, false, true},
+        // Versions compare as text, so 3.10 sorts before 3.4.
+        {"3", "10", "0", false, false, false, true}, {"", "", "", false, false, false, true}};
+    // clang-format on
     auto when = [](bool rule, const std::string& then, const std::string& otherwise) {
         return rule ? then : otherwise;
     };
