@@ -152,22 +152,21 @@ int SpatializerParamCache::setKorvaContentProfile(KrvSpatializerProfileId id, IE
     const StoreState state = readStoreState(array);
     // A speaker with more than two output channels has its mix matrix from its tuning device.
     const bool tunedSpeakerMatrix = state.tuningParamValue >= 3 && state.xmlTuningCount >= 1;
-    parser.begin();
-    while (parser.next()) {
+    parser.forEachEntry([&] {
         if (!tunedSpeakerMatrix || parser.mDeviceId != kSpeakerDevice ||
             parser.mParamId != kDomCode) {
             effect->setParam(parser.mDeviceId, parser.mParamId, parser.mValues, parser.mNumValues);
-            continue;
+            return;
         }
         // Keep the effect's matrix; only make sure that it is switched on.
-        KORVA_LOGD(kTag, "%s(): Hardcoded dom parameter values skipped", __func__);
+        KORVA_LOGD(kTag, "%s(): Hardcoded dom parameter values skipped", "setKorvaContentProfile");
         std::vector<int> dom = mixMatrixBuffer(state.defaultMixMatrixLength);
         int count = static_cast<int>(dom.size());
         if (effect->getParam(kSpeakerDevice, kDomCode, dom.data(), &count) == 0 && dom[0] == 0) {
             dom[0] = 1;
             effect->setParam(kSpeakerDevice, kDomCode, dom.data(), clampCount(count, dom));
         }
-    }
+    });
     return effect->commit(kAllDevices);
 }
 

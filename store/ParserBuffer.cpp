@@ -1,31 +1,8 @@
 #include "store/ParserBuffer.h"
 
-#include <cstring>
-
 namespace korva {
 
 ParserBuffer::ParserBuffer(void* data, int size)
     : mData(static_cast<uint8_t*>(data)), mSize(data != nullptr ? size : 0), mOffset(0) {}
-
-bool ParserBuffer::skip(int bytes) {
-    // Computed wide so that no sum can wrap. A position before the start is refused as well:
-    // a blob with a negative value count may step back, but never out of the buffer.
-    int64_t end = int64_t{mOffset} + bytes;
-    if (end > mSize || end < 0) {
-        return false;
-    }
-    mOffset = static_cast<int32_t>(end);
-    return true;
-}
-
-bool ParserBuffer::readWord(int32_t* out) {
-    int32_t at = mOffset;
-    if (!skip(sizeof(*out))) {
-        return false;
-    }
-    // memcpy: a blob handed in by a caller need not be word-aligned.
-    memcpy(out, mData + at, sizeof(*out));
-    return true;
-}
 
 }  // namespace korva

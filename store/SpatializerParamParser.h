@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "store/LogLevel.h"
 #include "store/ParserBuffer.h"
 
 namespace korva {
@@ -19,6 +20,18 @@ public:
     bool next();
     // Walks the whole blob; leaves the cursor at its end, so call begin() before reading.
     bool validate();
+    // begin(), then next() until it returns false, calling visit() after every entry read: the
+    // same steps and log lines, with one read of the log level for the whole walk.
+    template <typename Visit>
+    void forEachEntry(Visit visit) {
+        const bool verbose = isLogLevelAtLeast(kLogLevelVerbose);
+        if (!beginStep(verbose)) {
+            return;
+        }
+        while (nextStep(verbose)) {
+            visit();
+        }
+    }
 
     int32_t mProfileId;
     int32_t mNumParams;
