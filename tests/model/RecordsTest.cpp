@@ -147,23 +147,13 @@ TEST(RecordsTest, EqualityComparesKeysAndValues) {
     EXPECT_FALSE(movie.equals(film));
     EXPECT_FALSE(movie.equals(Profile(2, "movie", false)));
 
-    struct Case {
-        int profileId;
-        Endpoint endpoint;
-        int selectedIeqPreset;
-        bool equal;
-    };
-    const Case cases[] = {{2, ENDPOINT_HEADPHONE, 4, true},
-                          {3, ENDPOINT_HEADPHONE, 4, false},
-                          {2, ENDPOINT_SPEAKER, 4, false},
-                          {2, ENDPOINT_HEADPHONE, 0, false}};
-    for (const Case& c : cases) {
-        ProfileEndpoint other(30L, c.profileId, c.endpoint, c.selectedIeqPreset);
-        EXPECT_EQ(c.equal, ProfileEndpoint(2, ENDPOINT_HEADPHONE, 4).equals(other));
-    }
-    ProfileEndpoint withValues(2, ENDPOINT_HEADPHONE, 4);
-    withValues.values = base;
-    EXPECT_FALSE(withValues.equals(ProfileEndpoint(2, ENDPOINT_HEADPHONE, 4)));
+    ProfileEndpoint endpoint(2, ENDPOINT_HEADPHONE, 4);
+    EXPECT_TRUE(endpoint.equals(ProfileEndpoint(30L, 2, ENDPOINT_HEADPHONE, 4)));
+    EXPECT_FALSE(endpoint.equals(ProfileEndpoint(3, ENDPOINT_HEADPHONE, 4)));
+    EXPECT_FALSE(endpoint.equals(ProfileEndpoint(2, ENDPOINT_SPEAKER, 4)));
+    EXPECT_FALSE(endpoint.equals(ProfileEndpoint(2, ENDPOINT_HEADPHONE, 0)));
+    endpoint.values = base;
+    EXPECT_FALSE(endpoint.equals(ProfileEndpoint(2, ENDPOINT_HEADPHONE, 4)));
 }
 
 }  // namespace
