@@ -90,13 +90,11 @@ TEST_F(CacheTuningDeviceTest, SelectionSendsOnlyANewDeviceOfThePort) {
         Calls calls;
         // As the cache's debug line names the port.
         const char* shownPort;
-    } cases[] = {
-        {3, "default_bluetooth", -22, {}, "headphone"},
-        {0, "default_headphone", -22, {}, "internal_speaker"},
-        {9, "studio", -22, {}, "unknown"},
-        {4, "default_bluetooth", 0, {}, "bluetooth"},
-        {3, "studio", 6, kStudioCalls, "headphone"},
-    };
+    } cases[] = {{3, "default_bluetooth", -22, {}, "headphone"},
+                 {0, "default_headphone", -22, {}, "internal_speaker"},
+                 {9, "studio", -22, {}, "unknown"},
+                 {4, "default_bluetooth", 0, {}, "bluetooth"},
+                 {3, "studio", 6, kStudioCalls, "headphone"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.device);
         LogCapture log;

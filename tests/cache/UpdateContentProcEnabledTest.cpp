@@ -120,23 +120,27 @@ TEST(UpdateContentProcEnabledTest, OnSendsTheSpeakerTuningsMatrixOnlyWhereItAppl
 // 0, device processing kept, everything else left to the effect.
 TEST(UpdateContentProcEnabledTest, OffDisablesMixMatricesAndSwitches) {
     prepareStore({});
+    // A tuning matrix longer than the default widened the store's length (72 words here): the
+    // effect's matrix is read back whole, in a buffer of that length plus the enable word.
+    SpatializerParamArrayTestPeer().defaultMixMatrixLength() = 72;
+    const int capacity = 73;
+    std::vector<int> speakerDom = counting(1, 1, capacity);
     RecordingEffect effect;
-    effect.setAnswer(kSpeaker, code(DOM), {1, 15, 24, 3});
+    effect.setAnswer(kSpeaker, code(DOM), speakerDom);
     EXPECT_EQ(0, SpatializerParamCache().updateContentProcEnabled(&effect, false, false));
+    speakerDom[0] = 0;
     // The headphone's matrix is unknown to the effect: its count stays the capacity.
-    const std::vector<EffectCall> expected = {
-        sent(kSpeaker, DSOE, {1}),
-        sent(kSpeaker, VBON, {1}),
-        sent(kAll, GEBS, geqEntry(kUserGains)),
-        EffectCall::getParam(kSpeaker, code(DOM), kDomCapacity),
-        sent(kSpeaker, DOM, {0, 15, 24, 3}),
-        EffectCall::getParam(kHeadphone, code(DOM), kDomCapacity),
-        sent(kHeadphone, DOM, std::vector<int>(kDomCapacity, 0)),
-        sent(kSpeaker, AOON, {1}),
-        sent(kHeadphone, DEON, {0}),
-        sent(kHeadphone, IEON, {0}),
-        EffectCall::commit(kAll),
-    };
+    const std::vector<EffectCall> expected = {sent(kSpeaker, DSOE, {1}),
+                                              sent(kSpeaker, VBON, {1}),
+                                              sent(kAll, GEBS, geqEntry(kUserGains)),
+                                              EffectCall::getParam(kSpeaker, code(DOM), capacity),
+                                              sent(kSpeaker, DOM, speakerDom),
+                                              EffectCall::getParam(kHeadphone, code(DOM), capacity),
+                                              sent(kHeadphone, DOM, std::vector<int>(capacity, 0)),
+                                              sent(kSpeaker, AOON, {1}),
+                                              sent(kHeadphone, DEON, {0}),
+                                              sent(kHeadphone, IEON, {0}),
+                                              EffectCall::commit(kAll)};
     EXPECT_EQ(expected, effect.calls());
 }
 

@@ -34,14 +34,12 @@ TEST_F(TuningDevicesTest, AvailableDevicesAreSortedAndSpaceSeparatedPerPort) {
     const struct {
         int port;
         std::string devices;
-    } cases[] = {
-        {DEVICE_INTERNAL_SPEAKER, "speaker_main"},
-        {DEVICE_HDMI, "a bc"},
-        {DEVICE_MIRACAST, ""},
-        {DEVICE_HEADPHONE, "default_headphone hp_warm"},
-        {DEVICE_BLUETOOTH, "default_bluetooth"},
-        {DEVICE_OTHER, ""},
-    };
+    } cases[] = {{DEVICE_INTERNAL_SPEAKER, "speaker_main"},
+                 {DEVICE_HDMI, "a bc"},
+                 {DEVICE_MIRACAST, ""},
+                 {DEVICE_HEADPHONE, "default_headphone hp_warm"},
+                 {DEVICE_BLUETOOTH, "default_bluetooth"},
+                 {DEVICE_OTHER, ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(kAndroidDeviceNames[c.port]);
         EXPECT_EQ(c.devices, mStore.getAvailableTuningDevices(c.port));
