@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "LogCapture.h"
-#include "TranslatorTestSupport.h"
 #include "engine/VexParamStore.h"
 #include "translator/SetParamCommand.h"
 #include "translator/VexEffect.h"
@@ -46,13 +45,14 @@ TEST(SetParamCommandTest, EveryOverloadAppendsOneEntryInTheBlobLayout) {
     cmd.add(IEBS, -4, {&empty});
     // Earlier entries keep their device id, a repeated parameter is a second entry, and the count
     // word is left for execute() to write.
-    EXPECT_EQ((Words{3, 0}), Words(cmd.mBuffer.begin(), cmd.mBuffer.begin() + 2));
+    const int ieon = vexParameterCode(IEON), gebs = vexParameterCode(GEBS);
+    const int iebs = vexParameterCode(IEBS);
     // clang-format off
-    EXPECT_EQ((std::vector<test::Entry>{{-1, DVLE, {5}}, {-1, IEON, {1, 2}}, {-1, IEON, {}},
-                                        {0x8, GEBS, {1, 2, 7}}, {0x8, GEBS, {}},
-                                        {0x8, IEBS, {9, 1, 2}}, {0x8, IEBS, {-4}}}),
-              test::entriesOf(cmd));
+    EXPECT_EQ((Words{3, 0, -1, 0x656C7664, 1, 5, -1, ieon, 2, 1, 2, -1, ieon, 0,
+                     8, gebs, 3, 1, 2, 7, 8, gebs, 0, 8, iebs, 3, 9, 1, 2, 8, iebs, 1, -4}),
+              cmd.mBuffer);
     // clang-format on
+    EXPECT_EQ(7, cmd.mCount);
 }
 
 TEST(SetParamCommandTest, ExecuteHandsTheEntriesToTheEngineAndCommitsOnce) {

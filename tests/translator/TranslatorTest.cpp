@@ -1,25 +1,69 @@
-// Which translator each tuning parameter reaches, and the order in which a record's translators
-// write their entries.
+// Translation from tuning parameters to effect entries: which translator each parameter reaches,
+// the order in which a record's translators write their entries, and the cases that tell the
+// branches and boundaries of each composite translator apart.
 
 #include <gtest/gtest.h>
 
 #include <map>
 #include <new>
 #include <set>
+#include <tuple>
 #include <vector>
 
-#include "TranslatorTestSupport.h"
+#include "model/ParameterValues.h"
 #include "translator/ParameterTranslator.h"
+#include "translator/SetParamCommand.h"
 #include "translator/SimpleTranslator.h"
 #include "translator/TranslatorCollection.h"
 
 namespace korva {
 namespace {
 
-using test::entriesOf;
-using test::Entry;
-using test::TestRecord;
-using test::Values;
+using Values = std::map<Parameter, std::vector<int>>;
+
+std::set<Parameter> allParameters() {
+    std::set<Parameter> all;
+    for (int p = 0; p < kNumParameters; p++) all.insert(static_cast<Parameter>(p));
+    return all;
+}
+
+class TestRecord : public ParameterValues {
+public:
+    explicit TestRecord(Values initial, std::set<Parameter> valid = allParameters())
+        : ParameterValues(7, false), mValid(std::move(valid)) {
+        values = std::move(initial);
+    }
+    int64_t getId() const override { return id; }
+    const std::set<Parameter>& getValidParams() const override { return mValid; }
+
+private:
+    std::set<Parameter> mValid;
+};
+
+// Device id, parameter, values.
+using Entry = std::tuple<int, VexParameter, std::vector<int>>;
+
+// The entries after the two header words; an unknown code, an entry running past the buffer or
+// an entry count other than the command's fails the test.
+std::vector<Entry> entriesOf(const SetParamCommand& cmd) {
+    std::map<int, VexParameter> byCode;
+    for (int i = 0; i < kNumVexParameters; i++) {
+        byCode[vexParameterCode(static_cast<VexParameter>(i))] = static_cast<VexParameter>(i);
+    }
+    std::vector<Entry> entries;
+    const std::vector<int>& w = cmd.mBuffer;
+    for (size_t at = 2; at < w.size();) {
+        size_t end = at + 3 + (at + 2 < w.size() ? static_cast<size_t>(w[at + 2]) : 0);
+        if (end > w.size() || byCode.count(w[at + 1]) == 0) {
+            ADD_FAILURE() << "bad entry at word " << at;
+            break;
+        }
+        entries.push_back({w[at], byCode[w[at + 1]], {w.begin() + at + 3, w.begin() + end}});
+        at = end;
+    }
+    EXPECT_EQ(static_cast<size_t>(cmd.mCount), entries.size());
+    return entries;
+}
 
 // The one-to-one translations.
 // clang-format off
@@ -127,11 +171,11 @@ TEST(ParameterTranslatorTest, EntriesComeInTranslatorCreationOrderWhateverTheCha
     all.setDeviceId(0x2);
     translator.translateAll(all);
     std::vector<VexParameter> order;
-    for (const Entry& entry : entriesOf(all)) {
-        order.push_back(entry.param);
-        EXPECT_EQ(0x2, entry.device);
-        if (passed.count(entry.param) != 0) {
-            EXPECT_EQ(passed[entry.param], entry.values) << kVexParameterNames[entry.param];
+    for (const auto& [device, param, values] : entriesOf(all)) {
+        order.push_back(param);
+        EXPECT_EQ(0x2, device);
+        if (passed.count(param) != 0) {
+            EXPECT_EQ(passed[param], values) << kVexParameterNames[param];
         }
     }
     EXPECT_EQ(kOrder, order);
@@ -166,6 +210,160 @@ TEST(ParameterTranslatorTest, QueuedTranslatorsRunOnceWithTheSourcesEndpointAndM
     translator.translatePending(cmd);
     EXPECT_EQ((std::vector<Entry>{{-1, GEBS, {1, 100, 3}}, {-1, DOM, {0, 0, 1, 5}}}),
               entriesOf(cmd));
+}
+
+// In Case::after: the parameter must not be in the record at all.
+const std::vector<int> kAbsent = {-999999};
+
+struct Case {
+    Parameter source;  // picks the translator under test
+    const char* name;
+    Values input;
+    std::vector<std::pair<VexParameter, std::vector<int>>> expected;
+    Values after = {};  // record values after translation, for the parameters listed
+    Endpoint endpoint = ENDPOINT_SPEAKER;
+    bool mono = false;
+};
+
+void run(const Case& c, const std::set<Parameter>& valid = allParameters()) {
+    SCOPED_TRACE(c.name);
+    TestRecord record(c.input, valid);
+    SetParamCommand cmd(0x40000000);
+    cmd.setDeviceId(0x4000);
+    ParameterTranslator::sTranslatorCollection->getTranslator(c.source)->vexTranslate(
+        cmd, record, c.endpoint, c.mono);
+    std::vector<Entry> expected;
+    for (const auto& [param, values] : c.expected) expected.push_back({0x4000, param, values});
+    EXPECT_EQ(expected, entriesOf(cmd));
+    for (const auto& [parameter, values] : c.after) {
+        auto held = record.values.find(parameter);
+        if (values == kAbsent) {
+            EXPECT_EQ(record.values.end(), held) << kParameterNames[parameter];
+        } else {
+            ASSERT_NE(record.values.end(), held) << kParameterNames[parameter];
+            EXPECT_EQ(values, held->second) << kParameterNames[parameter];
+        }
+    }
+    EXPECT_FALSE(record.dirty);
+}
+
+// base with extra's lists put in.
+Values with(Values base, const Values& extra) {
+    for (const auto& [parameter, list] : extra) base[parameter] = list;
+    return base;
+}
+
+TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
+    const Values dso = {{DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {1}},
+                        {DYNAMIC_SPEAKER_OPTIMIZATION_AMOUNT, {7}},
+                        {DYNAMIC_SPEAKER_OPTIMIZATION_SPEAKER_INTERVAL, {5, 6}}};
+    const Values mode = {
+        {VIRTUALIZER_ENABLE, {1}}, {ORIENTATION, {0}}, {OUTPUT_MIX_MATRIX, {1, 2, 3, 4}}};
+    const Values optimizer = {{AUDIO_OPTIMIZER_FREQUENCY, {100, 200, 300}},
+                              {AUDIO_OPTIMIZER_GAIN_L, {1, 2, 3}},
+                              {AUDIO_OPTIMIZER_GAIN_R, {4, 5, 6}},
+                              {AUDIO_OPTIMIZER_GAIN_LS, {7}},
+                              {AUDIO_OPTIMIZER_GAIN_RS, {8}}};
+    const Values ceq = {{COMPLEX_EQUALIZER_ENABLE, {1}},
+                        {COMPLEX_EQUALIZER_TUNING_LEFT, {1, 2}},
+                        {COMPLEX_EQUALIZER_TUNING_RIGHT, {3, 4}},
+                        {COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, {5, 6}},
+                        {COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND, {7, 8}}};
+    const Values bands = {{REGULATOR_FREQUENCY, {100, 200}},
+                          {REGULATOR_THRESHOLD_LOW, {1, 2}},
+                          {REGULATOR_THRESHOLD_HIGH, {3, 4}},
+                          {REGULATOR_ISOLATED_BAND, {5}}};
+    const std::vector<int> arbs = {2, 100, 200, 1, 2, 3, 4, 5};
+    const Parameter de = DIALOG_ENHANCER_AMOUNT, mbdrc = BASS_MBDRC_TUNING;
+    const Parameter dsoi = DYNAMIC_SPEAKER_OPTIMIZATION_SPEAKER_INTERVAL;
+    const Parameter ao = AUDIO_OPTIMIZER_FREQUENCY, ce = COMPLEX_EQUALIZER_TUNING_LEFT;
+    const Parameter stress = REGULATOR_STRESS_AMOUNT, channels = OUTPUT_CHANNELS;
+    // clang-format off
+    const Values sibilance = with(bands, {{REGULATOR_STRESS_AMOUNT, {9}},
+        {REGULATOR_SIBILANCE_SUPPRESS_ENABLE, {1}},
+        {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, {1, 2}},
+        {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT, {3, 4}},
+        {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT_SURROUND, {5}},
+        {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_RIGHT_SURROUND, {6}}});
+    const Case cases[] = {
+        {de, "clamped in a copy", {{de, {13}}}, {{DEA, {12}}}, {{de, {13}}}},
+        {de, "at the cap", {{de, {12}}}, {{DEA, {12}}}},
+        {de, "no lower bound", {{de, {-3}}}, {{DEA, {-3}}}},
+        {de, "first value only", {{de, {20, 30}}}, {{DEA, {12, 30}}}},
+        {GEQ_GAIN, "gains not counted", {{GEQ_FREQUENCY, {100, 200}}, {GEQ_GAIN, {3}}},
+         {{GEBS, {2, 100, 200, 3}}}},
+        {mbdrc, "mbdrc off", {{BASS_MBDRC_ENABLE, {0}}, {mbdrc, {5}}}, {}},
+        {mbdrc, "any non-zero is on", {{BASS_MBDRC_ENABLE, {2}}, {mbdrc, {5, 6}}},
+         {{BMDT, {5, 6}}}},
+
+        // Speaker interval layout: 1 (first interval only) below four channels, else 2.
+        {dsoi, "three channels cut the record's interval", with(dso, {{channels, {3}}}),
+         {{DSOA, {7}}, {DSOI, {1, 5}}, {DSOE, {1}}}, {{dsoi, {5}}}},
+        {dsoi, "four channels", with(dso, {{channels, {4}}}),
+         {{DSOA, {7}}, {DSOI, {2, 5, 6}}, {DSOE, {1}}}, {{dsoi, {5, 6}}}},
+        {dsoi, "channels missing", dso, {{DSOA, {7}}, {DSOI, {2, 5, 6}}, {DSOE, {1}}}},
+        {dsoi, "interval missing", {{DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {3}}, {channels, {2}}},
+         {{DSOA, {}}, {DSOI, {2}}, {DSOE, {3}}}},
+        {dsoi, "off sends only the switch",
+         with(dso, {{DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {0}}, {channels, {2}}}), {{DSOE, {0}}},
+         {{dsoi, {5, 6}}}},
+
+        // Output mode: the speaker gets the matrix, and mono rewrites the record.
+        {ORIENTATION, "mono speaker", mode, {{DOM, {0, 0, 1, 1, 2, 3, 4}}},
+         {{VIRTUALIZER_ENABLE, {0}}, {ORIENTATION, {1}}, {OUTPUT_MIX_MATRIX, {1, 2, 3, 4}}},
+         ENDPOINT_SPEAKER, true},
+        {ORIENTATION, "mono ignored off the speaker",
+         {{VIRTUALIZER_ENABLE, {0}}, {ORIENTATION, {2}}},
+         {{DOM, {0, 2, 2}}}, {{ORIENTATION, {2}}, {OUTPUT_MIX_MATRIX, kAbsent}}, ENDPOINT_OTHER,
+         true},
+
+        // The optimizer writes only for 2 or 4 channels.
+        {ao, "stereo", with(optimizer, {{channels, {2}}}),
+         {{AOBS, {3, 2, 100, 200, 300, 1, 2, 3, 4, 5, 6}}}},
+        {ao, "four: left, right, surrounds", with(optimizer, {{channels, {4}}}),
+         {{AOBS, {3, 4, 100, 200, 300, 1, 2, 3, 4, 5, 6, 7, 8}}}},
+        {ao, "six channels", with(optimizer, {{channels, {6}}}), {}},
+        {ao, "channels missing", optimizer, {}, {{channels, {}}}},
+        {ao, "stereo reads no surround gains", {{channels, {2}}}, {{AOBS, {0, 2}}},
+         {{AUDIO_OPTIMIZER_GAIN_LS, kAbsent}, {AUDIO_OPTIMIZER_GAIN_L, {}}}},
+
+        // The complex equalizer falls back to stereo, and only 1 switches it on.
+        {ce, "four channels", with(ceq, {{channels, {4}}}),
+         {{CEQT, {4, 2, 1, 2, 3, 4, 5, 6, 7, 8}}}},
+        {ce, "six channels", with(ceq, {{channels, {6}}}), {{CEQT, {2, 2, 1, 2, 3, 4}}}},
+        {ce, "channels missing", ceq, {{CEQT, {2, 2, 1, 2, 3, 4}}}},
+        {ce, "2 is off", with(ceq, {{COMPLEX_EQUALIZER_ENABLE, {2}}}), {}},
+
+        // The stress list is made two long below three channels; sibilance falls back to stereo.
+        {stress, "stereo pads the record's stress list",
+         with(bands, {{channels, {2}}, {stress, {7}}}), {{ARSA, {2, 7, 0}}, {ARBS, arbs}},
+         {{stress, {7, 0}}}},
+        {stress, "mono cuts it", with(bands, {{channels, {1}}, {stress, {1, 2, 3}}}),
+         {{ARSA, {1, 1, 2}}, {ARBS, arbs}}, {{stress, {1, 2}}}},
+        {stress, "three keep it; the whole channel list goes",
+         with(bands, {{channels, {3, 9}}, {stress, {7}}}), {{ARSA, {3, 9, 7}}, {ARBS, arbs}}},
+        {stress, "channels missing keep it", with(bands, {{stress, {1, 2, 3}}}),
+         {{ARSA, {1, 2, 3}}, {ARBS, arbs}}, {{channels, {}}}},
+        {stress, "sibilance, four channels", with(sibilance, {{channels, {4}}}),
+         {{ARSA, {4, 9}}, {ARBS, arbs}, {RSSA, {4, 2, 1, 2, 3, 4, 5, 6}}}},
+        {stress, "sibilance, six channels", with(sibilance, {{channels, {6}}}),
+         {{ARSA, {6, 9}}, {ARBS, arbs}, {RSSA, {2, 2, 1, 2, 3, 4}}}},
+        {stress, "sibilance switch must be exactly 1",
+         with(sibilance, {{channels, {6}}, {REGULATOR_SIBILANCE_SUPPRESS_ENABLE, {2}}}),
+         {{ARSA, {6, 9}}, {ARBS, arbs}}},
+    };
+    // clang-format on
+    for (const Case& c : cases) run(c);
+
+    // A record kind without the virtualizer gets no output mode, and nothing is read from it.
+    std::set<Parameter> noVirtualizer = allParameters();
+    noVirtualizer.erase(VIRTUALIZER_ENABLE);
+    run({ORIENTATION,
+         "no virtualizer",
+         {},
+         {},
+         {{VIRTUALIZER_ENABLE, kAbsent}, {ORIENTATION, kAbsent}}},
+        noVirtualizer);
 }
 
 }  // namespace
