@@ -1,19 +1,137 @@
-// Blobs, ports, matrices and gains that loading files from the test tuning files, compared with
-// what was worked out by hand from those files.
+// Tuning files loaded end to end: blobs, ports, matrices and gains compared with what was worked
+// out by hand from the test files, the same blobs from the example in another process, and
+// where the cache meets what loading filed. Every case runs in a process of its own, each with
+// the store made from its file.
 
+#include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <numeric>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
 
-#include "E2eSupport.h"
 #include "LogCapture.h"
+#include "RecordingEffect.h"
+#include "SpatializerParamArrayTestPeer.h"
 #include "TestPaths.h"
+#include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
+#include "store/SpatializerParamArray.h"
+#include "store/SpatializerParamParser.h"
+#include "translator/VexParameter.h"
 
 namespace korva::test {
 namespace {
+
+constexpr int kAllDevices = 0x40000000;
+constexpr int kSpeakerDevice = 0x2;
+constexpr int kWiredHeadphoneDevice = 0x8;
+constexpr int kA2dpDevice = 0x80;
+constexpr int kUsbDevice = 0x4000;
+
+// The parameters a profile and a profile endpoint turn into, in blob order, written out by hand
+// from the translation rules: every parameter a record kind accepts is translated, held or not.
+inline const std::vector<std::string> kProfileCodes = {
+    "mdle", "miee", "msce", "mave", "dvme", "drcm", "rvsa", "rvse", "hvm", "hvrc", "hlra", "sdfa"};
+inline const std::vector<std::string> kEndpointCodes = {
+    "geon", "ieon", "iea",  "mdee", "mvbe", "beon", "plb",  "dea",  "deon", "ded",
+    "ngon", "dsb",  "vbm",  "vbon", "vmb",  "dvla", "dvle", "dvli", "dvlo", "dom",
+    "svsb", "vssd", "dplp", "hpon", "hptw", "hpat", "hpaa", "hpar"};
+
+// One parameter entry of a blob, its code as text ("dom", "ieon").
+struct BlobEntry {
+    int device;
+    std::string code;
+    std::vector<int> values;
+    bool operator==(const BlobEntry& o) const {
+        return device == o.device && code == o.code && values == o.values;
+    }
+};
+
+inline std::ostream& operator<<(std::ostream& out, const BlobEntry& e) {
+    return out << "{0x" << std::hex << e.device << std::dec << ", " << e.code << ", "
+               << testing::PrintToString(e.values) << "}";
+}
+
+// The entries of a blob. Fails the calling test unless the blob validates, its header is
+// `header` and the last entry ends at its last word.
+inline std::vector<BlobEntry> readBlob(std::vector<int> words, int header = kAllDevices) {
+    SpatializerParamParser parser(words.data(), static_cast<int>(words.size() * sizeof(int)));
+    EXPECT_TRUE(parser.validate());
+    std::vector<BlobEntry> entries;
+    if (!parser.begin()) {
+        ADD_FAILURE() << "blob without header";
+        return entries;
+    }
+    EXPECT_EQ(header, parser.mProfileId);
+    const int* end = words.data() + 2;
+    while (parser.next()) {
+        entries.push_back({parser.mDeviceId, codeText(parser.mParamId),
+                           std::vector<int>(parser.mValues, parser.mValues + parser.mNumValues)});
+        end = parser.mValues + parser.mNumValues;
+    }
+    EXPECT_EQ(end, words.data() + words.size()) << "words after the last entry";
+    return entries;
+}
+
+// Appends entries of one device for the codes given, in order: no values unless `values` names
+// the code.
+inline void add(std::vector<BlobEntry>& to, int device, const std::vector<std::string>& codes,
+                const std::map<std::string, std::vector<int>>& values = {}) {
+    for (const std::string& code : codes) {
+        auto found = values.find(code);
+        to.push_back({device, code, found != values.end() ? found->second : std::vector<int>()});
+    }
+}
+
+// The values of the one entry with this code.
+inline std::vector<int> valuesOf(const std::vector<BlobEntry>& entries, const std::string& code) {
+    std::vector<int> values;
+    int found = 0;
+    for (const BlobEntry& entry : entries) {
+        if (entry.code == code && found++ == 0) values = entry.values;
+    }
+    EXPECT_EQ(1, found) << code;
+    return values;
+}
+
+// Lays `file` out as the ODM default tuning file below a fresh host root and creates the store,
+// which loads it. Must come before anything else in the process asks for the store.
+struct LoadedStore {
+    explicit LoadedStore(const std::string& file)
+        : root(makeRoot(file)), store(SpatializerParamArray::getInstance()), peer(store) {}
+    ~LoadedStore() {
+        unsetenv("KORVA_HOST_ROOT");
+        std::error_code ignored;
+        std::filesystem::remove_all(root, ignored);
+    }
+
+    static std::string makeRoot(const std::string& file) {
+        EXPECT_FALSE(SpatializerParamArray::hasInstance()) << "the store was made before the file";
+        std::string root = std::filesystem::temp_directory_path() / "korva-e2e-XXXXXX";
+        EXPECT_NE(nullptr, mkdtemp(root.data()));
+        std::filesystem::path target = root + kOdmPath;
+        std::error_code error;
+        std::filesystem::create_directories(target.parent_path(), error);
+        std::filesystem::copy_file(file, target, error);
+        EXPECT_FALSE(error) << "cannot lay out " << file << ": " << error.message();
+        setenv("KORVA_HOST_ROOT", root.c_str(), 1);
+        return root;
+    }
+
+    static constexpr const char* kOdmPath = "/odm/etc/korva/kvx-default-spatializer.xml";
+    const std::string root;
+    SpatializerParamArray& store;
+    SpatializerParamArrayTestPeer peer;
+};
 
 constexpr const char* kTag = "KrvSpatializerParamArray";
 
@@ -25,51 +143,42 @@ std::vector<std::string> errors(const LogCapture& log) {
     return lines;
 }
 
-std::vector<int> range(int first, int last) {
-    std::vector<int> values(last - first + 1);
-    std::iota(values.begin(), values.end(), first);
-    return values;
-}
-
-std::vector<int> joined(std::vector<int> a, const std::vector<int>& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
+// first, then the numbers from..to.
+std::vector<int> range(std::vector<int> first, int from, int to) {
+    for (int value = from; value <= to; value++) first.push_back(value);
+    return first;
 }
 
 class ProfilesFileTest : public ::testing::Test {
 protected:
     LogCapture mLog;  // from before the store exists, so that the loader's lines are seen
     LoadedStore mLoaded{testDataFile("loader-profiles.xml")};
-    SpatializerParamArrayTestPeer& mPeer = mLoaded.peer();
+    SpatializerParamArrayTestPeer& mPeer = mLoaded.peer;
     const std::vector<int> kWarmIebs = {2, 100, 2000, 30, -10};
 };
 
 TEST_F(ProfilesFileTest, DynamicProfileBlobHasEveryEntryInOrder) {
-    // The first profile 0 of the file wins; the GEQ preset has 20 bands of 100 Hz, gains -10..9.
-    std::vector<BlobEntry> expected =
-        entriesFor(kAllDevices, kProfileCodes, {{"dvme", {1}}, {"drcm", {5, 6}}, {"hvm", {2}}});
-    std::vector<int> frequencies;
-    for (int f = 100; f <= 2000; f += 100) frequencies.push_back(f);
-    append(expected, {{kAllDevices, "gebs", joined(joined({20}, frequencies), range(-10, 9))}});
+    // The first profile 0 of the file wins; its GEQ preset has 20 bands of 100 Hz, gains -10..9.
+    std::vector<BlobEntry> expected;
+    add(expected, kAllDevices, kProfileCodes, {{"dvme", {1}}, {"drcm", {5, 6}}, {"hvm", {2}}});
+    std::vector<int> gebs = {20};
+    for (int f = 100; f <= 2000; f += 100) gebs.push_back(f);
+    expected.push_back({kAllDevices, "gebs", range(gebs, -10, 9)});
     // Speaker endpoint, warm preset first; the amount 15 is clamped to 12, the vb mode and the
     // mix matrix come from the speaker tuning, the orientation is the speaker's.
-    append(expected, {{kSpeakerDevice, "ieid", {4}}, {kSpeakerDevice, "iebs", kWarmIebs}});
-    append(expected, entriesFor(kSpeakerDevice, kEndpointCodes,
-                                {{"ieon", {1}},
-                                 {"dea", {12}},
-                                 {"vbm", {5}},
-                                 {"vbon", {2}},
-                                 {"vmb", {4}},
-                                 {"dom", {1, 0, 1, 1, 2, 3, 4, 5, 6}}}));
+    add(expected, kSpeakerDevice, {"ieid", "iebs"}, {{"ieid", {4}}, {"iebs", kWarmIebs}});
+    // clang-format off
+    add(expected, kSpeakerDevice, kEndpointCodes, {{"ieon", {1}}, {"dea", {12}}, {"vbm", {5}},
+        {"vbon", {2}}, {"vmb", {4}}, {"dom", {1, 0, 1, 1, 2, 3, 4, 5, 6}}});
+    // clang-format on
     // Headphone endpoint, flat preset, for Bluetooth then USB (never the wired headphone);
     // virtual bass off forces mode 0; no matrix. The "other" endpoint adds nothing.
     for (int device : {kA2dpDevice, kUsbDevice}) {
-        append(expected, {{device, "ieid", {7}}, {device, "iebs", {1, 500, 0}}});
-        append(expected,
-               entriesFor(device, kEndpointCodes,
-                          {{"dea", {-3}}, {"vbm", {0}}, {"vbon", {2}}, {"dom", {0, 1, 2}}}));
+        add(expected, device, {"ieid", "iebs"}, {{"ieid", {7}}, {"iebs", {1, 500, 0}}});
+        add(expected, device, kEndpointCodes,
+            {{"dea", {-3}}, {"vbm", {0}}, {"vbon", {2}}, {"dom", {0, 1, 2}}});
     }
-    const std::vector<int>& blob = mLoaded.store().getXMLProfileParams(0);
+    const std::vector<int>& blob = mLoaded.store.getXMLProfileParams(0);
     ASSERT_GE(blob.size(), 2u);
     EXPECT_EQ(103, blob[1]);
     EXPECT_EQ(expected, readBlob(blob));
@@ -78,34 +187,26 @@ TEST_F(ProfilesFileTest, DynamicProfileBlobHasEveryEntryInOrder) {
 TEST_F(ProfilesFileTest, UnknownIeqPresetGetsThePresetTranslatedLast) {
     // Profile 1 selects preset 99: the last one translated before it was warm (4), selected by
     // the "other" endpoint of profile 0. No GEQ preset: no gebs.
-    std::vector<BlobEntry> expected = entriesFor(kAllDevices, kProfileCodes, {});
+    std::vector<BlobEntry> expected;
+    add(expected, kAllDevices, kProfileCodes);
     for (int device : {kA2dpDevice, kUsbDevice}) {
-        append(expected, {{device, "ieid", {4}}, {device, "iebs", kWarmIebs}});
-        append(expected,
-               entriesFor(device, kEndpointCodes, {{"vbm", {0}}, {"vbon", {2}}, {"dom", {1, 2}}}));
+        add(expected, device, {"ieid", "iebs"}, {{"ieid", {4}}, {"iebs", kWarmIebs}});
+        add(expected, device, kEndpointCodes, {{"vbm", {0}}, {"vbon", {2}}, {"dom", {1, 2}}});
     }
-    EXPECT_EQ(expected, readBlob(mLoaded.store().getXMLProfileParams(1)));
+    EXPECT_EQ(expected, readBlob(mLoaded.store.getXMLProfileParams(1)));
 }
 
 TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
     // Every profile counts, the first of an id is kept.
     EXPECT_EQ(3, mPeer.xmlProfileCount());
     EXPECT_EQ(2u, mPeer.xmlProfileParams().size());
-    EXPECT_EQ((std::map<int, std::vector<int>>{{0, range(-10, 9)}}), mPeer.profileGeqGains());
-    const std::map<std::string, std::string> ports = {{"", "internal_speaker"},
-                                                      {"spk_loud", "internal_speaker"},
-                                                      {"default_headphone", "headphone"},
-                                                      {"default_bluetooth", "bluetooth"},
-                                                      {"default_usb", "usb"}};
-    EXPECT_EQ(ports, mPeer.tuningDevicePorts());
-    const std::map<std::string, int> bits = {{"", kSpeakerDevice},
-                                             {"spk_loud", kSpeakerDevice},
-                                             {"default_headphone", kWiredHeadphoneDevice},
-                                             {"default_bluetooth", kA2dpDevice},
-                                             {"default_usb", kUsbDevice}};
-    for (const auto& [device, blob] : mPeer.xmlTuningParams()) {
-        for (const BlobEntry& entry : readBlob(blob)) EXPECT_EQ(bits.at(device), entry.device);
-    }
+    EXPECT_EQ((std::map<int, std::vector<int>>{{0, range({}, -10, 9)}}), mPeer.profileGeqGains());
+    EXPECT_EQ((std::map<std::string, std::string>{{"", "internal_speaker"},
+                                                  {"spk_loud", "internal_speaker"},
+                                                  {"default_headphone", "headphone"},
+                                                  {"default_bluetooth", "bluetooth"},
+                                                  {"default_usb", "usb"}}),
+              mPeer.tuningDevicePorts());
     EXPECT_EQ(5, mPeer.xmlTuningCount());
     // Endpoint, orientation, then the matrix rows; the headphone tuning has no matrix.
     EXPECT_EQ((std::map<std::string, std::vector<int>>{{"", {0, 3, 1, 2, 3, 4, 5, 6}},
@@ -120,7 +221,7 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
 
     std::vector<std::string> lines = mLog.messages(kTag);
     auto start = std::find(lines.begin(), lines.end(),
-                           "loadSpatializerXMLFile(" + mLoaded.loadedPath() + ")");
+                           "loadSpatializerXMLFile(" + mLoaded.root + LoadedStore::kOdmPath + ")");
     ASSERT_NE(lines.end(), start);
     const std::vector<std::string> expected = {
         "Profile 0, numParameters = 103",
@@ -142,71 +243,57 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
     }
 }
 
+// The user's gains persisted before the store is made replace those of the file's presets.
+TEST(UserGainsTest, RestoredAfterTheFileIsLoaded) {
+    ASSERT_TRUE(
+        android::base::SetProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10"));
+    LoadedStore loaded(testDataFile("loader-profiles.xml"));
+    // Only profile 0 had gains from the file.
+    EXPECT_EQ(
+        (std::map<int, std::vector<int>>{{0, {-58, -50, -42, -34, -26, -18, -10, -2, 6,  14,
+                                              22,  22,  22,  22,  22,  22,  22,  22, 22, 22}}}),
+        loaded.peer.profileGeqGains());
+}
+
 class TuningsFileTest : public ::testing::Test {
 protected:
     LogCapture mLog;
     LoadedStore mLoaded{testDataFile("loader-tunings.xml")};
-    SpatializerParamArrayTestPeer& mPeer = mLoaded.peer();
+    SpatializerParamArrayTestPeer& mPeer = mLoaded.peer;
 
-    std::vector<BlobEntry> tuningEntries(const std::string& device) {
-        EXPECT_TRUE(mLoaded.store().isXMLTuningValid(device)) << device;
-        return readBlob(mLoaded.store().getXMLTuningParams(device));
+    std::vector<BlobEntry> tuningEntries(const std::string& device, int bit) {
+        EXPECT_TRUE(mLoaded.store.isXMLTuningValid(device)) << device;
+        std::vector<BlobEntry> entries = readBlob(mLoaded.store.getXMLTuningParams(device));
+        for (const BlobEntry& entry : entries) EXPECT_EQ(bit, entry.device) << entry.code;
+        return entries;
     }
 };
 
-TEST_F(TuningsFileTest, OutputChannelsOfEachTuningReachItsTranslators) {
-    struct Case {
-        std::string device;
-        int bit;
-        std::map<std::string, std::vector<int>> values;
-        std::vector<std::string> absent;
-    };
-    const Case cases[] = {
-        {"",
-         kSpeakerDevice,
-         {{"arsa", {6, 7}}, {"ceqt", {2, 2, 1, 2, 3, 4}}, {"dsoi", {2, 5, 6}}},
-         {"aobs"}},
-        {"default_headphone",
-         kWiredHeadphoneDevice,
-         {{"aobs", {1, 4, 100, 1, 2, 3, 4}},
-          {"arsa", {4, 1, 2, 3}},
-          {"rssa", {4, 1, 1, 2, 3, 4}},
-          {"ceqt", {4, 2, 1, 2, 3, 4, 5, 6, 7, 8}},
-          {"dsoi", {2, 8, 9}}},
-         {}},
-        // No channel count: the stress list is padded and there is no interval to lay out.
-        // A port the store has no device bit for.
-        {"tv", 0, {{"beb", {9}}, {"arsa", {0, 4, 0}}, {"dsoi", {2}}}, {"aobs", "ceqt"}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.device);
-        std::vector<BlobEntry> entries = tuningEntries(c.device);
-        for (const BlobEntry& entry : entries) EXPECT_EQ(c.bit, entry.device) << entry.code;
-        for (const auto& [code, values] : c.values) EXPECT_EQ(values, valuesOf(entries, code));
-        for (const std::string& code : c.absent) {
-            EXPECT_TRUE(std::none_of(entries.begin(), entries.end(), [&code](const BlobEntry& e) {
-                return e.code == code;
-            })) << code;
-        }
-    }
+TEST_F(TuningsFileTest, FourOutputChannelsReachTheTranslators) {
+    std::vector<BlobEntry> entries = tuningEntries("default_headphone", kWiredHeadphoneDevice);
+    EXPECT_EQ((std::vector<int>{1, 4, 100, 1, 2, 3, 4}), valuesOf(entries, "aobs"));
+    EXPECT_EQ((std::vector<int>{4, 1, 2, 3}), valuesOf(entries, "arsa"));
+    EXPECT_EQ((std::vector<int>{4, 1, 1, 2, 3, 4}), valuesOf(entries, "rssa"));
+    EXPECT_EQ((std::vector<int>{4, 2, 1, 2, 3, 4, 5, 6, 7, 8}), valuesOf(entries, "ceqt"));
+    EXPECT_EQ((std::vector<int>{2, 8, 9}), valuesOf(entries, "dsoi"));
+    // A port the store has no device bit for.
+    tuningEntries("tv", 0);
+    EXPECT_EQ("tv", mLoaded.store.getAvailableTuningDevices(DEVICE_HDMI));
 }
 
 TEST_F(TuningsFileTest, TuningOnTwoPortsIsTranslatedAlikeForBoth) {
-    // The second translation sees the record as the first one left it (stress list cut, interval
+    // The second translation sees the record as the first one left it (stress list and interval
     // cut) and must give the same values.
-    std::vector<BlobEntry> usb = tuningEntries("default_usb");
-    for (BlobEntry& entry : usb) {
-        EXPECT_EQ(kUsbDevice, entry.device);
-        entry.device = kA2dpDevice;
-    }
-    std::vector<BlobEntry> bluetooth = tuningEntries("default_bluetooth");
+    std::vector<BlobEntry> usb = tuningEntries("default_usb", kUsbDevice);
+    for (BlobEntry& entry : usb) entry.device = kA2dpDevice;
+    std::vector<BlobEntry> bluetooth = tuningEntries("default_bluetooth", kA2dpDevice);
     EXPECT_EQ(bluetooth, usb);
     EXPECT_EQ((std::vector<int>{2, 1, 2}), valuesOf(bluetooth, "arsa"));
     EXPECT_EQ((std::vector<int>{1, 5}), valuesOf(bluetooth, "dsoi"));
     EXPECT_EQ((std::vector<int>{9, 8}), valuesOf(bluetooth, "bmdt"));
 }
 
-TEST_F(TuningsFileTest, PortsMatricesAndTheLongSpeakerMatrix) {
+TEST_F(TuningsFileTest, LongSpeakerMatrixWidensTheMixMatrixLength) {
     // "lost" is bound to a tuning without data, which ends the reading and is not kept.
     EXPECT_TRUE(mLog.contains("There is no <data> in Tuning section", "TuningFileParser"));
     EXPECT_EQ((std::map<std::string, std::string>{{"", "internal_speaker"},
@@ -215,27 +302,39 @@ TEST_F(TuningsFileTest, PortsMatricesAndTheLongSpeakerMatrix) {
                                                   {"default_usb", "usb"},
                                                   {"tv", "hdmi"}}),
               mPeer.tuningDevicePorts());
-    EXPECT_EQ(5, mPeer.xmlTuningCount());
-    EXPECT_EQ("tv", mLoaded.store().getAvailableTuningDevices(DEVICE_HDMI));
     // The 8 x 8 speaker matrix, 2 + 64 words, widens the default length of 60.
-    EXPECT_EQ((std::map<std::string, std::vector<int>>{{"", joined({0, 1}, range(1, 64))}}),
+    EXPECT_EQ((std::map<std::string, std::vector<int>>{{"", range({0, 1}, 1, 64)}}),
               mPeer.tuningMixMatrices());
     EXPECT_EQ(66, mPeer.defaultMixMatrixLength());
     EXPECT_EQ(6, mPeer.tuningParamValue());
-    EXPECT_TRUE(
-        mLog.contains("Tuning id(): endpoint 0, orientation 1, mix matrices length 64", kTag));
     // The speaker endpoint carries the whole matrix; no IEQ preset exists, so no IEQ entries.
-    std::vector<BlobEntry> expected = entriesFor(kAllDevices, kProfileCodes, {});
-    append(expected,
-           entriesFor(kSpeakerDevice, kEndpointCodes,
-                      {{"vbm", {0}}, {"vbon", {1}}, {"dom", joined({1, 0, 1}, range(1, 64))}}));
-    EXPECT_EQ(expected, readBlob(mLoaded.store().getXMLProfileParams(2)));
+    std::vector<BlobEntry> expected;
+    add(expected, kAllDevices, kProfileCodes);
+    add(expected, kSpeakerDevice, kEndpointCodes,
+        {{"vbm", {0}}, {"vbon", {1}}, {"dom", range({1, 0, 1}, 1, 64)}});
+    EXPECT_EQ(expected, readBlob(mLoaded.store.getXMLProfileParams(2)));
+
+    // With content processing off, the cache reads the effect's matrix back whole.
+    SpatializerParamCache cache;
+    RecordingEffect effect;
+    const int dom = vexParameterCode("dom");
+    effect.setAnswer(kSpeakerDevice, dom, range({1, 0, 1}, 1, 64));
+    cache.setProfile(PROFILE_MUSIC);
+    EXPECT_EQ(0, cache.updateContentProcEnabled(&effect, false, false));
+    std::vector<EffectCall> calls;
+    for (const EffectCall& call : effect.calls()) {
+        if (call.code == dom) calls.push_back(call);
+    }
+    EXPECT_EQ((std::vector<EffectCall>{
+                  EffectCall::getParam(kSpeakerDevice, dom, 67),
+                  EffectCall::setParam(kSpeakerDevice, dom, range({0, 0, 1}, 1, 64))}),
+              calls);
 }
 
 TEST(MissingDefaultDeviceTest, RefusesEveryTuningAndSpeakersTakeTheDefaults) {
     LogCapture log;
     LoadedStore loaded(testDataFile("loader-missing-default.xml"));
-    SpatializerParamArrayTestPeer& peer = loaded.peer();
+    SpatializerParamArrayTestPeer& peer = loaded.peer;
     EXPECT_EQ((std::vector<std::string>{"loadSpatializerXMLFile() default tuningDevice default_usb "
                                         "is not available for port usb."}),
               errors(log));
@@ -247,20 +346,20 @@ TEST(MissingDefaultDeviceTest, RefusesEveryTuningAndSpeakersTakeTheDefaults) {
     // The speaker tuning has neither matrix nor vb mode: the built-in speaker "dom" and mode 3.
     EXPECT_TRUE(log.contains("use the default mix matrix", kTag));
     EXPECT_TRUE(log.contains("use the default vb mode", kTag));
+    const int* common = SpatializerParamArray::mCommonParams;
     std::vector<int> builtinDom;
     for (const BlobEntry& entry :
-         readBlob({SpatializerParamArray::mCommonParams,
-                   SpatializerParamArray::mCommonParams + SpatializerParamArray::kCommonTableWords},
-                  -1)) {
+         readBlob({common, common + SpatializerParamArray::kCommonTableWords}, -1)) {
         if (entry.device == kSpeakerDevice && entry.code == "dom") builtinDom = entry.values;
     }
     ASSERT_EQ(61u, builtinDom.size());
     // An empty GEQ preset: no bands, and empty gains for its profile.
-    std::vector<BlobEntry> expected = entriesFor(kAllDevices, kProfileCodes, {});
-    append(expected, {{kAllDevices, "gebs", {0}}});
-    append(expected, entriesFor(kSpeakerDevice, kEndpointCodes,
-                                {{"vbm", {3}}, {"vbon", {1}}, {"dom", builtinDom}}));
-    EXPECT_EQ(expected, readBlob(loaded.store().getXMLProfileParams(2)));
+    std::vector<BlobEntry> expected;
+    add(expected, kAllDevices, kProfileCodes);
+    expected.push_back({kAllDevices, "gebs", {0}});
+    add(expected, kSpeakerDevice, kEndpointCodes,
+        {{"vbm", {3}}, {"vbon", {1}}, {"dom", builtinDom}});
+    EXPECT_EQ(expected, readBlob(loaded.store.getXMLProfileParams(2)));
     EXPECT_TRUE(peer.tuningMixMatrices().empty());
     EXPECT_EQ((std::map<int, std::vector<int>>{{2, {}}}), peer.profileGeqGains());
 }
@@ -271,9 +370,85 @@ TEST(NoSpeakerDeviceTest, EmptySpeakerSelectionRefusesEveryTuning) {
     EXPECT_EQ((std::vector<std::string>{"loadSpatializerXMLFile() default tuningDevice  is not "
                                         "available for port internal_speaker."}),
               errors(log));
-    EXPECT_EQ("", loaded.peer().selectedTuningDevices().at(DEVICE_INTERNAL_SPEAKER));
-    EXPECT_EQ(0, loaded.peer().xmlTuningCount());
-    EXPECT_EQ(2, loaded.peer().tuningParamValue());
+    EXPECT_EQ("", loaded.peer.selectedTuningDevices().at(DEVICE_INTERNAL_SPEAKER));
+    EXPECT_EQ(0, loaded.peer.xmlTuningCount());
+    EXPECT_EQ(2, loaded.peer.tuningParamValue());
+}
+
+std::string exampleFile() {
+    return examplesDir() + "/kvx-default-spatializer.xml";
+}
+
+template <typename Key>
+void dumpValues(std::ostream& out, const char* what, const Key& key,
+                const std::vector<int>& values) {
+    out << what << ' ' << key << ':';
+    for (int value : values) out << ' ' << value;
+    out << '\n';
+}
+
+// Everything loading filed, as text.
+std::string dump(SpatializerParamArrayTestPeer& peer) {
+    std::ostringstream out;
+    out << peer.xmlProfileCount() << " profiles, " << peer.xmlTuningCount() << " tunings, "
+        << peer.tuningParamValue() << " channels, matrix length " << peer.defaultMixMatrixLength()
+        << '\n';
+    for (const auto& [id, blob] : peer.xmlProfileParams()) dumpValues(out, "profile", id, blob);
+    for (const auto& [name, blob] : peer.xmlTuningParams()) dumpValues(out, "tuning", name, blob);
+    for (const auto& [name, port] : peer.tuningDevicePorts()) out << name << " on " << port << '\n';
+    for (const auto& [name, words] : peer.tuningMixMatrices()) dumpValues(out, "mix", name, words);
+    for (const auto& [id, gains] : peer.profileGeqGains()) dumpValues(out, "gains", id, gains);
+    return out.str();
+}
+
+// Loads the example in a forked process whose heap was laid out differently first (blocks freed
+// in an order unrelated to the one they were taken in), and returns its dump; empty when the
+// child failed. The fork comes before this process makes its own store.
+std::string dumpFromChildProcess() {
+    std::string path = std::filesystem::temp_directory_path() / "korva-e2e-dump-XXXXXX";
+    int fd = mkstemp(path.data());
+    if (fd < 0) return "";
+    close(fd);
+    pid_t pid = fork();
+    if (pid == 0) {
+        std::vector<void*> blocks;
+        for (int i = 0; i < 4000; i++) blocks.push_back(malloc(16 + (i * 97) % 480));
+        for (size_t i = 0; i < blocks.size(); i += 3) free(blocks[i]);
+        for (size_t i = blocks.size(); i-- > 0;) {
+            if (i % 3 != 0) free(blocks[i]);
+        }
+        bool written = false;
+        {
+            LoadedStore loaded(exampleFile());
+            std::ofstream out(path);
+            out << dump(loaded.peer);
+            out.close();
+            written = out.good();
+        }
+        _exit(written ? 0 : 1);
+    }
+    int status = 0;
+    bool done =
+        pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    unlink(path.c_str());
+    return done ? text.str() : "";
+}
+
+TEST(ExampleFileTest, EveryBlobIsReadableAndAnotherProcessLoadsTheSameBytes) {
+    const std::string theirs = dumpFromChildProcess();
+    ASSERT_FALSE(theirs.empty()) << "the child process failed";
+    LoadedStore loaded(exampleFile());
+    SpatializerParamArrayTestPeer& peer = loaded.peer;
+    EXPECT_EQ(theirs, dump(peer));
+
+    // Five profiles and eight tuning devices, every blob readable.
+    EXPECT_EQ(5u, peer.xmlProfileParams().size());
+    for (const auto& [id, blob] : peer.xmlProfileParams()) EXPECT_FALSE(readBlob(blob).empty());
+    EXPECT_EQ(8u, peer.xmlTuningParams().size());
+    for (const auto& [name, blob] : peer.xmlTuningParams()) EXPECT_FALSE(readBlob(blob).empty());
 }
 
 }  // namespace
