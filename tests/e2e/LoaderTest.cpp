@@ -25,6 +25,7 @@
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
 #include "store/SpatializerParamArray.h"
+#include "store/SpatializerParamArrayConstants.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/VexParameter.h"
 
@@ -269,21 +270,9 @@ protected:
     }
 };
 
-TEST_F(TuningsFileTest, FourOutputChannelsReachTheTranslators) {
-    std::vector<BlobEntry> entries = tuningEntries("default_headphone", kWiredHeadphoneDevice);
-    EXPECT_EQ((std::vector<int>{1, 4, 100, 1, 2, 3, 4}), valuesOf(entries, "aobs"));
-    EXPECT_EQ((std::vector<int>{4, 1, 2, 3}), valuesOf(entries, "arsa"));
-    EXPECT_EQ((std::vector<int>{4, 1, 1, 2, 3, 4}), valuesOf(entries, "rssa"));
-    EXPECT_EQ((std::vector<int>{4, 2, 1, 2, 3, 4, 5, 6, 7, 8}), valuesOf(entries, "ceqt"));
-    EXPECT_EQ((std::vector<int>{2, 8, 9}), valuesOf(entries, "dsoi"));
-    // A port the store has no device bit for.
-    tuningEntries("tv", 0);
-    EXPECT_EQ("tv", mLoaded.store.getAvailableTuningDevices(DEVICE_HDMI));
-}
-
 TEST_F(TuningsFileTest, TuningOnTwoPortsIsTranslatedAlikeForBoth) {
-    // The second translation sees the record as the first one left it (stress list and interval
-    // cut) and must give the same values.
+    // Two channels: the stress list and the interval are cut in the record. The second translation
+    // sees the record as the first one left it and must give the same values.
     std::vector<BlobEntry> usb = tuningEntries("default_usb", kUsbDevice);
     for (BlobEntry& entry : usb) entry.device = kA2dpDevice;
     std::vector<BlobEntry> bluetooth = tuningEntries("default_bluetooth", kA2dpDevice);
@@ -291,17 +280,16 @@ TEST_F(TuningsFileTest, TuningOnTwoPortsIsTranslatedAlikeForBoth) {
     EXPECT_EQ((std::vector<int>{2, 1, 2}), valuesOf(bluetooth, "arsa"));
     EXPECT_EQ((std::vector<int>{1, 5}), valuesOf(bluetooth, "dsoi"));
     EXPECT_EQ((std::vector<int>{9, 8}), valuesOf(bluetooth, "bmdt"));
+    // A port the store has no device bit for.
+    tuningEntries("tv", 0);
+    EXPECT_EQ("tv", mLoaded.store.getAvailableTuningDevices(DEVICE_HDMI));
 }
 
 TEST_F(TuningsFileTest, LongSpeakerMatrixWidensTheMixMatrixLength) {
     // "lost" is bound to a tuning without data, which ends the reading and is not kept.
     EXPECT_TRUE(mLog.contains("There is no <data> in Tuning section", "TuningFileParser"));
-    EXPECT_EQ((std::map<std::string, std::string>{{"", "internal_speaker"},
-                                                  {"default_headphone", "headphone"},
-                                                  {"default_bluetooth", "bluetooth"},
-                                                  {"default_usb", "usb"},
-                                                  {"tv", "hdmi"}}),
-              mPeer.tuningDevicePorts());
+    EXPECT_EQ(0u, mPeer.tuningDevicePorts().count("lost") + mPeer.xmlTuningParams().count("lost"));
+    EXPECT_EQ(5, mPeer.xmlTuningCount());
     // The 8 x 8 speaker matrix, 2 + 64 words, widens the default length of 60.
     EXPECT_EQ((std::map<std::string, std::vector<int>>{{"", range({0, 1}, 1, 64)}}),
               mPeer.tuningMixMatrices());
@@ -343,22 +331,17 @@ TEST(MissingDefaultDeviceTest, RefusesEveryTuningAndSpeakersTakeTheDefaults) {
     EXPECT_EQ(4u, peer.xmlTuningParams().size());
     EXPECT_EQ(1, peer.tuningParamValue());
 
-    // The speaker tuning has neither matrix nor vb mode: the built-in speaker "dom" and mode 3.
+    // The speaker tuning has neither matrix nor vb mode: the speaker "dom" takes the built-in
+    // matrix behind the enable word, endpoint and orientation, and vb mode is 3.
     EXPECT_TRUE(log.contains("use the default mix matrix", kTag));
     EXPECT_TRUE(log.contains("use the default vb mode", kTag));
-    const int* common = SpatializerParamArray::mCommonParams;
-    std::vector<int> builtinDom;
-    for (const BlobEntry& entry :
-         readBlob({common, common + SpatializerParamArray::kCommonTableWords}, -1)) {
-        if (entry.device == kSpeakerDevice && entry.code == "dom") builtinDom = entry.values;
-    }
-    ASSERT_EQ(61u, builtinDom.size());
+    std::vector<int> dom = {1, 0, 1};
+    dom.insert(dom.end(), kDefaultMixMatrix.begin(), kDefaultMixMatrix.end());
     // An empty GEQ preset: no bands, and empty gains for its profile.
     std::vector<BlobEntry> expected;
     add(expected, kAllDevices, kProfileCodes);
     expected.push_back({kAllDevices, "gebs", {0}});
-    add(expected, kSpeakerDevice, kEndpointCodes,
-        {{"vbm", {3}}, {"vbon", {1}}, {"dom", builtinDom}});
+    add(expected, kSpeakerDevice, kEndpointCodes, {{"vbm", {3}}, {"vbon", {1}}, {"dom", dom}});
     EXPECT_EQ(expected, readBlob(loaded.store.getXMLProfileParams(2)));
     EXPECT_TRUE(peer.tuningMixMatrices().empty());
     EXPECT_EQ((std::map<int, std::vector<int>>{{2, {}}}), peer.profileGeqGains());
