@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -362,25 +361,22 @@ std::string exampleFile() {
     return examplesDir() + "/kvx-default-spatializer.xml";
 }
 
-template <typename Key>
-void dumpValues(std::ostream& out, const char* what, const Key& key,
-                const std::vector<int>& values) {
-    out << what << ' ' << key << ':';
-    for (int value : values) out << ' ' << value;
-    out << '\n';
-}
-
 // Everything loading filed, as text.
 std::string dump(SpatializerParamArrayTestPeer& peer) {
     std::ostringstream out;
+    auto list = [&out](const char* what, const auto& key, const std::vector<int>& values) {
+        out << what << ' ' << key << ':';
+        for (int value : values) out << ' ' << value;
+        out << '\n';
+    };
     out << peer.xmlProfileCount() << " profiles, " << peer.xmlTuningCount() << " tunings, "
         << peer.tuningParamValue() << " channels, matrix length " << peer.defaultMixMatrixLength()
         << '\n';
-    for (const auto& [id, blob] : peer.xmlProfileParams()) dumpValues(out, "profile", id, blob);
-    for (const auto& [name, blob] : peer.xmlTuningParams()) dumpValues(out, "tuning", name, blob);
+    for (const auto& [id, blob] : peer.xmlProfileParams()) list("profile", id, blob);
+    for (const auto& [name, blob] : peer.xmlTuningParams()) list("tuning", name, blob);
     for (const auto& [name, port] : peer.tuningDevicePorts()) out << name << " on " << port << '\n';
-    for (const auto& [name, words] : peer.tuningMixMatrices()) dumpValues(out, "mix", name, words);
-    for (const auto& [id, gains] : peer.profileGeqGains()) dumpValues(out, "gains", id, gains);
+    for (const auto& [name, words] : peer.tuningMixMatrices()) list("mix", name, words);
+    for (const auto& [id, gains] : peer.profileGeqGains()) list("gains", id, gains);
     return out.str();
 }
 
@@ -388,10 +384,8 @@ std::string dump(SpatializerParamArrayTestPeer& peer) {
 // in an order unrelated to the one they were taken in), and returns its dump; empty when the
 // child failed. The fork comes before this process makes its own store.
 std::string dumpFromChildProcess() {
-    std::string path = std::filesystem::temp_directory_path() / "korva-e2e-dump-XXXXXX";
-    int fd = mkstemp(path.data());
-    if (fd < 0) return "";
-    close(fd);
+    int fds[2];
+    if (pipe(fds) != 0) return "";
     pid_t pid = fork();
     if (pid == 0) {
         std::vector<void*> blocks;
@@ -400,24 +394,22 @@ std::string dumpFromChildProcess() {
         for (size_t i = blocks.size(); i-- > 0;) {
             if (i % 3 != 0) free(blocks[i]);
         }
-        bool written = false;
+        std::string text;
         {
             LoadedStore loaded(exampleFile());
-            std::ofstream out(path);
-            out << dump(loaded.peer);
-            out.close();
-            written = out.good();
+            text = dump(loaded.peer);
         }
-        _exit(written ? 0 : 1);
+        _exit(write(fds[1], text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
     }
+    close(fds[1]);
+    std::string text;
+    char buffer[4096];
+    for (ssize_t n; (n = read(fds[0], buffer, sizeof(buffer))) > 0;) text.append(buffer, n);
+    close(fds[0]);
     int status = 0;
     bool done =
         pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    unlink(path.c_str());
-    return done ? text.str() : "";
+    return done ? text : "";
 }
 
 TEST(ExampleFileTest, EveryBlobIsReadableAndAnotherProcessLoadsTheSameBytes) {
