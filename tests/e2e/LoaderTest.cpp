@@ -33,7 +33,6 @@ namespace {
 
 constexpr int kAllDevices = 0x40000000;
 constexpr int kSpeakerDevice = 0x2;
-constexpr int kWiredHeadphoneDevice = 0x8;
 constexpr int kA2dpDevice = 0x80;
 constexpr int kUsbDevice = 0x4000;
 
@@ -90,17 +89,6 @@ inline void add(std::vector<BlobEntry>& to, int device, const std::vector<std::s
         auto found = values.find(code);
         to.push_back({device, code, found != values.end() ? found->second : std::vector<int>()});
     }
-}
-
-// The values of the one entry with this code.
-inline std::vector<int> valuesOf(const std::vector<BlobEntry>& entries, const std::string& code) {
-    std::vector<int> values;
-    int found = 0;
-    for (const BlobEntry& entry : entries) {
-        if (entry.code == code && found++ == 0) values = entry.values;
-    }
-    EXPECT_EQ(1, found) << code;
-    return values;
 }
 
 // Lays `file` out as the ODM default tuning file below a fresh host root and creates the store,
@@ -276,9 +264,11 @@ TEST_F(TuningsFileTest, TuningOnTwoPortsIsTranslatedAlikeForBoth) {
     for (BlobEntry& entry : usb) entry.device = kA2dpDevice;
     std::vector<BlobEntry> bluetooth = tuningEntries("default_bluetooth", kA2dpDevice);
     EXPECT_EQ(bluetooth, usb);
-    EXPECT_EQ((std::vector<int>{2, 1, 2}), valuesOf(bluetooth, "arsa"));
-    EXPECT_EQ((std::vector<int>{1, 5}), valuesOf(bluetooth, "dsoi"));
-    EXPECT_EQ((std::vector<int>{9, 8}), valuesOf(bluetooth, "bmdt"));
+    std::map<std::string, std::vector<int>> values;
+    for (const BlobEntry& entry : bluetooth) values[entry.code] = entry.values;
+    EXPECT_EQ((std::vector<int>{2, 1, 2}), values["arsa"]);
+    EXPECT_EQ((std::vector<int>{1, 5}), values["dsoi"]);
+    EXPECT_EQ((std::vector<int>{9, 8}), values["bmdt"]);
     // A port the store has no device bit for.
     tuningEntries("tv", 0);
     EXPECT_EQ("tv", mLoaded.store.getAvailableTuningDevices(DEVICE_HDMI));
