@@ -107,8 +107,7 @@ const std::pair<Parameter, VexParameter> kSimple[] = {
 
 TEST(TranslatorCollectionTest, ParametersWithoutTranslatorLeaveANullMapping) {
     TranslatorCollection collection;
-    const size_t mapped = collection.getTranslators().size();
-    EXPECT_EQ(static_cast<size_t>(kNumParameters) - 4, mapped);
+    EXPECT_EQ(static_cast<size_t>(kNumParameters) - 4, collection.getTranslators().size());
     for (Parameter p : {BASS_EXTRACTION_CUTOFF_FREQUENCY, BASS_EXTRACTION_ENABLE, OUTPUT_CHANNELS,
                         VIRTUAL_BASS_MODE}) {
         EXPECT_EQ(nullptr, collection.getTranslator(p)) << kParameterNames[p];
