@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
-#include <map>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -18,76 +18,58 @@ namespace {
 using test::LogCapture;
 using test::testDataFile;
 
-class ParsedFile {
-public:
-    explicit ParsedFile(const std::string& path) : mResult(mParser.setTuningFile(path)) {}
-
-    int result() const { return mResult; }
-    TuningFileParser& parser() { return mParser; }
-    DeviceData& data() { return *mParser.getDeviceData(); }
-
-    // What the parser made of the file, one line per record, the records of each kind sorted, the
-    // kinds in the order of the letters: h the header (versions, global settings, profile count
-    // and names), i IEQ presets, g GEQ presets, p profiles, e profile endpoints, t tunings, d
-    // device bindings.
-    std::string dump(const std::string& kinds = "higpetd") {
-        std::map<char, std::vector<std::string>> lines;
-        std::string names;
-        for (Profile* r : data().getProfiles()) {
-            names += " " + std::to_string(r->getProfileId()) + ":" +
-                     mParser.getProfileName(r->getProfileId());
-        }
-        lines['h'].push_back(
-            "format=" + data().getFormatVersion() + " tool=" + data().getToolVersion() +
-            " orbex=" + std::to_string(data().getOrbexGameSystemGain()) +
-            " profiles=" + std::to_string(mParser.getNumOfProfiles()) + " names:" + names);
-        for (IeqPreset* r : data().getIeqPresets()) {
-            lines['i'].push_back("ieq " + std::to_string(r->getPresetId()) + " " + r->getName() +
-                                 values(*r));
-        }
-        for (GeqPreset* r : data().getGeqPresets()) {
-            lines['g'].push_back("geq " + std::to_string(r->getProfileId()) + values(*r));
-        }
-        for (Profile* r : data().getProfiles()) {
-            lines['p'].push_back("profile " + std::to_string(r->getProfileId()) + " " +
-                                 r->getName() + (r->isMobility() ? " mobility" : "") + values(*r));
-        }
-        for (ProfileEndpoint* r : data().getProfileEndpoints()) {
-            lines['e'].push_back("endpoint " + std::to_string(r->getProfileId()) + " " +
-                                 kEndpointNames[r->getEndpoint()] + " ieq " +
-                                 std::to_string(r->getSelectedIeqPreset()) + values(*r));
-        }
-        for (Tuning* r : data().getTunings()) {
-            lines['t'].push_back("tuning " + r->getName() + " " + kEndpointNames[r->getEndpoint()] +
-                                 (r->isMono() ? " mono" : "") + values(*r));
-        }
-        for (DeviceTuning* r : data().getDeviceTunings()) {
-            lines['d'].push_back("device " + r->getDevice() + " " + r->getPort() + " " +
-                                 r->getTuning());
-        }
-        std::string out;
-        for (char kind : kinds) {
-            std::sort(lines[kind].begin(), lines[kind].end());
-            for (const std::string& line : lines[kind]) out += line + "\n";
-        }
-        return out;
+std::string values(const ParameterValues& record) {
+    std::string text = ":";
+    for (const auto& [parameter, list] : record.values) {
+        text += std::string(" ") + kParameterNames[parameter] + "=";
+        for (size_t i = 0; i < list.size(); ++i)
+            text += (i == 0 ? "" : ",") + std::to_string(list[i]);
     }
+    return text;
+}
 
-private:
-    static std::string values(const ParameterValues& record) {
-        std::string text = ":";
-        for (const auto& [parameter, list] : record.values) {
-            text += std::string(" ") + kParameterNames[parameter] + "=";
-            for (size_t i = 0; i < list.size(); ++i) {
-                text += (i == 0 ? "" : ",") + std::to_string(list[i]);
-            }
-        }
-        return text;
+// What the parser made of the file, one line per record: the header (versions, global settings,
+// profile count and names), then the IEQ presets, GEQ presets, profiles, profile endpoints,
+// tunings and device bindings, each kind sorted.
+std::string dump(TuningFileParser& parser) {
+    DeviceData& data = *parser.getDeviceData();
+    std::string out = "format=" + data.getFormatVersion() + " tool=" + data.getToolVersion() +
+                      " orbex=" + std::to_string(data.getOrbexGameSystemGain()) +
+                      " profiles=" + std::to_string(parser.getNumOfProfiles()) + " names:";
+    for (Profile* r : data.getProfiles()) {
+        out += " " + std::to_string(r->getProfileId()) + ":" +
+               parser.getProfileName(r->getProfileId());
     }
-
-    TuningFileParser mParser;
-    int mResult;
-};
+    out += "\n";
+    auto add = [&out](const auto& records, auto line) {
+        std::vector<std::string> lines;
+        for (const auto* r : records) lines.push_back(line(*r) + "\n");
+        std::sort(lines.begin(), lines.end());
+        for (const std::string& text : lines) out += text;
+    };
+    add(data.getIeqPresets(), [](const IeqPreset& r) {
+        return "ieq " + std::to_string(r.getPresetId()) + " " + r.getName() + values(r);
+    });
+    add(data.getGeqPresets(),
+        [](const GeqPreset& r) { return "geq " + std::to_string(r.getProfileId()) + values(r); });
+    add(data.getProfiles(), [](const Profile& r) {
+        return "profile " + std::to_string(r.getProfileId()) + " " + r.getName() +
+               (r.isMobility() ? " mobility" : "") + values(r);
+    });
+    add(data.getProfileEndpoints(), [](const ProfileEndpoint& r) {
+        return "endpoint " + std::to_string(r.getProfileId()) + " " +
+               kEndpointNames[r.getEndpoint()] + " ieq " +
+               std::to_string(r.getSelectedIeqPreset()) + values(r);
+    });
+    add(data.getTunings(), [](const Tuning& r) {
+        return "tuning " + r.getName() + " " + kEndpointNames[r.getEndpoint()] +
+               (r.isMono() ? " mono" : "") + values(r);
+    });
+    add(data.getDeviceTunings(), [](const DeviceTuning& r) {
+        return "device " + r.getDevice() + " " + r.getPort() + " " + r.getTuning();
+    });
+    return out;
+}
 
 // Each file's records, and the messages above debug level that reading it logs.
 TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
@@ -222,10 +204,10 @@ TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.file);
         LogCapture log;
-        ParsedFile file(testDataFile(c.file));
-        ASSERT_EQ(0, file.result());
-        EXPECT_TRUE(file.parser().isParsed());
-        EXPECT_EQ(c.records, file.dump());
+        TuningFileParser parser;
+        ASSERT_EQ(0, parser.setTuningFile(testDataFile(c.file)));
+        EXPECT_TRUE(parser.isParsed());
+        EXPECT_EQ(c.records, dump(parser));
         std::vector<std::string> messages;
         for (const test::LogLine& line : log.lines()) {
             if (line.priority > ANDROID_LOG_DEBUG) messages.push_back(line.message);
@@ -238,15 +220,13 @@ TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
 std::string writeVersionedFile(const std::string& major, const std::string& minor,
                                const std::string& maintenance) {
     std::ifstream in(testDataFile("versions-template.xml"));
-    std::stringstream text;
-    text << in.rdbuf();
-    std::string document = text.str();
-    for (const auto& [placeholder, value] : std::vector<std::pair<std::string, std::string>>{
-             {"@MAJOR@", major}, {"@MINOR@", minor}, {"@MAINTENANCE@", maintenance}}) {
-        document.replace(document.find(placeholder), placeholder.size(), value);
+    std::string document((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    for (const auto& [placeholder, value] :
+         {std::pair{"@MAJOR@", major}, {"@MINOR@", minor}, {"@MAINTENANCE@", maintenance}}) {
+        document.replace(document.find(placeholder), strlen(placeholder), value);
     }
     const std::string path =
-        ::testing::TempDir() + "korva-version-" + major + "-" + minor + "-" + maintenance + ".xml";
+        ::testing::TempDir() + "korva-version-" + major + "." + minor + "." + maintenance + ".xml";
     std::ofstream(path) << document;
     return path;
 }
@@ -273,8 +253,8 @@ TEST(TuningFileParserTest, FormatVersionRules) {
         const std::string version = c.major + "." + c.minor + "." + c.maintenance;
         SCOPED_TRACE(version);
         LogCapture log;
-        ParsedFile file(writeVersionedFile(c.major, c.minor, c.maintenance));
-        ASSERT_EQ(0, file.result());
+        TuningFileParser parser;
+        ASSERT_EQ(0, parser.setTuningFile(writeVersionedFile(c.major, c.minor, c.maintenance)));
         // Before 3.4 the IEQ presets are named by their id text, and "7" names none (logged).
         // 3.2 takes the profile's preset from an include after its data, 3.3.0 the endpoint's by
         // name, later versions the endpoint's by number. 3.2 ignores the group and the global
@@ -301,20 +281,33 @@ TEST(TuningFileParserTest, FormatVersionRules) {
                 " dynamic_speaker_optimization_enable=0 orientation=0 output_channels=0 "
                 "speaker_virtualizer_mode=" +
                 when(c.before34, "1", "2") + "\n",
-            file.dump());
+            dump(parser));
         EXPECT_EQ(named ? 1u : 0u, log.count("name is invalid, 310", "TuningFileParser"));
     }
 }
 
+// Each unusable file is refused with the iterator's one error line, and nothing is read.
 TEST(TuningFileParserTest, UnreadableFilesGiveNoData) {
-    for (const std::string& path :
-         {std::string(), testDataFile("missing.xml"), testDataFile("empty.xml"),
-          testDataFile("truncated.xml"), testDataFile("no-root.xml"), testDataFile("too-deep.xml"),
-          test::testDataDir()}) {
+    const std::string kReadFailed = "fail to call xmlReadFile,  ";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "Invalide xml file path, "},
+        {testDataFile("missing.xml"), kReadFailed},
+        {testDataFile("not-xml.xml"), kReadFailed},
+        {testDataFile("empty.xml"), kReadFailed},
+        {testDataFile("truncated.xml"), kReadFailed},
+        {testDataFile("no-root.xml"), kReadFailed},
+        {testDataFile("too-deep.xml"), kReadFailed},
+        {test::testDataDir(), kReadFailed}};
+    for (const auto& [path, prefix] : cases) {
+        SCOPED_TRACE(path);
+        LogCapture log;
         TuningFileParser parser;
-        EXPECT_EQ(-22, parser.setTuningFile(path)) << path;
-        EXPECT_EQ(nullptr, parser.getDeviceData()) << path;
-        EXPECT_FALSE(parser.isParsed()) << path;
+        EXPECT_EQ(-22, parser.setTuningFile(path));
+        EXPECT_EQ(nullptr, parser.getDeviceData());
+        EXPECT_FALSE(parser.isParsed());
+        ASSERT_EQ(1u, log.lines().size());
+        EXPECT_EQ(ANDROID_LOG_ERROR, log.lines()[0].priority);
+        EXPECT_EQ(prefix, log.messages("TagIterator").at(0).substr(0, prefix.size()));
     }
 }
 
