@@ -6,7 +6,6 @@
 #include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +14,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "LogCapture.h"
@@ -26,43 +26,28 @@
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "store/SpatializerParamParser.h"
+#include "tests/cache/CacheTestSupport.h"
+#include "tests/store/ScopedHostRoot.h"
 #include "translator/VexParameter.h"
 
 namespace korva::test {
 namespace {
 
-constexpr int kAllDevices = 0x40000000;
-constexpr int kSpeakerDevice = 0x2;
-constexpr int kA2dpDevice = 0x80;
-constexpr int kUsbDevice = 0x4000;
-
 // The parameters a profile and a profile endpoint turn into, in blob order, written out by hand
 // from the translation rules: every parameter a record kind accepts is translated, held or not.
-inline const std::vector<std::string> kProfileCodes = {
-    "mdle", "miee", "msce", "mave", "dvme", "drcm", "rvsa", "rvse", "hvm", "hvrc", "hlra", "sdfa"};
-inline const std::vector<std::string> kEndpointCodes = {
+const std::vector<std::string> kProfileCodes = {"mdle", "miee", "msce", "mave", "dvme", "drcm",
+                                                "rvsa", "rvse", "hvm",  "hvrc", "hlra", "sdfa"};
+const std::vector<std::string> kEndpointCodes = {
     "geon", "ieon", "iea",  "mdee", "mvbe", "beon", "plb",  "dea",  "deon", "ded",
     "ngon", "dsb",  "vbm",  "vbon", "vmb",  "dvla", "dvle", "dvli", "dvlo", "dom",
     "svsb", "vssd", "dplp", "hpon", "hptw", "hpat", "hpaa", "hpar"};
 
-// One parameter entry of a blob, its code as text ("dom", "ieon").
-struct BlobEntry {
-    int device;
-    std::string code;
-    std::vector<int> values;
-    bool operator==(const BlobEntry& o) const {
-        return device == o.device && code == o.code && values == o.values;
-    }
-};
+// One parameter entry of a blob: device, code as text ("dom", "ieon"), values.
+using BlobEntry = std::tuple<int, std::string, std::vector<int>>;
 
-inline std::ostream& operator<<(std::ostream& out, const BlobEntry& e) {
-    return out << "{0x" << std::hex << e.device << std::dec << ", " << e.code << ", "
-               << testing::PrintToString(e.values) << "}";
-}
-
-// The entries of a blob. Fails the calling test unless the blob validates, its header is
-// `header` and the last entry ends at its last word.
-inline std::vector<BlobEntry> readBlob(std::vector<int> words, int header = kAllDevices) {
+// The entries of a blob. Fails the calling test unless the blob validates, its header is kAll
+// and the last entry ends at its last word.
+std::vector<BlobEntry> readBlob(std::vector<int> words) {
     SpatializerParamParser parser(words.data(), static_cast<int>(words.size() * sizeof(int)));
     EXPECT_TRUE(parser.validate());
     std::vector<BlobEntry> entries;
@@ -70,12 +55,11 @@ inline std::vector<BlobEntry> readBlob(std::vector<int> words, int header = kAll
         ADD_FAILURE() << "blob without header";
         return entries;
     }
-    EXPECT_EQ(header, parser.mProfileId);
-    const int* end = words.data() + 2;
+    EXPECT_EQ(kAll, parser.mProfileId);
+    int* end = words.data() + 2;
     while (parser.next()) {
-        entries.push_back({parser.mDeviceId, codeText(parser.mParamId),
-                           std::vector<int>(parser.mValues, parser.mValues + parser.mNumValues)});
         end = parser.mValues + parser.mNumValues;
+        entries.push_back({parser.mDeviceId, codeText(parser.mParamId), {parser.mValues, end}});
     }
     EXPECT_EQ(end, words.data() + words.size()) << "words after the last entry";
     return entries;
@@ -83,50 +67,42 @@ inline std::vector<BlobEntry> readBlob(std::vector<int> words, int header = kAll
 
 // Appends entries of one device for the codes given, in order: no values unless `values` names
 // the code.
-inline void add(std::vector<BlobEntry>& to, int device, const std::vector<std::string>& codes,
-                const std::map<std::string, std::vector<int>>& values = {}) {
+void add(std::vector<BlobEntry>& to, int device, const std::vector<std::string>& codes,
+         const std::map<std::string, std::vector<int>>& values = {}) {
     for (const std::string& code : codes) {
         auto found = values.find(code);
         to.push_back({device, code, found != values.end() ? found->second : std::vector<int>()});
     }
 }
 
+constexpr const char* kOdmPath = "/odm/etc/korva/kvx-default-spatializer.xml";
+
 // Lays `file` out as the ODM default tuning file below a fresh host root and creates the store,
 // which loads it. Must come before anything else in the process asks for the store.
 struct LoadedStore {
-    explicit LoadedStore(const std::string& file)
-        : root(makeRoot(file)), store(SpatializerParamArray::getInstance()), peer(store) {}
-    ~LoadedStore() {
-        unsetenv("KORVA_HOST_ROOT");
-        std::error_code ignored;
-        std::filesystem::remove_all(root, ignored);
-    }
+    explicit LoadedStore(const std::string& file) : store(load(root, file)), peer(store) {}
 
-    static std::string makeRoot(const std::string& file) {
+    static SpatializerParamArray& load(const ScopedHostRoot& root, const std::string& file) {
         EXPECT_FALSE(SpatializerParamArray::hasInstance()) << "the store was made before the file";
-        std::string root = std::filesystem::temp_directory_path() / "korva-e2e-XXXXXX";
-        EXPECT_NE(nullptr, mkdtemp(root.data()));
-        std::filesystem::path target = root + kOdmPath;
+        root.addFile(kOdmPath);
         std::error_code error;
-        std::filesystem::create_directories(target.parent_path(), error);
-        std::filesystem::copy_file(file, target, error);
+        std::filesystem::copy_file(file, root.path() + kOdmPath,
+                                   std::filesystem::copy_options::overwrite_existing, error);
         EXPECT_FALSE(error) << "cannot lay out " << file << ": " << error.message();
-        setenv("KORVA_HOST_ROOT", root.c_str(), 1);
-        return root;
+        return SpatializerParamArray::getInstance();
     }
 
-    static constexpr const char* kOdmPath = "/odm/etc/korva/kvx-default-spatializer.xml";
-    const std::string root;
+    ScopedHostRoot root;
     SpatializerParamArray& store;
     SpatializerParamArrayTestPeer peer;
 };
 
-constexpr const char* kTag = "KrvSpatializerParamArray";
-
 std::vector<std::string> errors(const LogCapture& log) {
     std::vector<std::string> lines;
     for (const LogLine& line : log.lines()) {
-        if (line.tag == kTag && line.priority == ANDROID_LOG_ERROR) lines.push_back(line.message);
+        if (line.tag == kStoreLogTag && line.priority == ANDROID_LOG_ERROR) {
+            lines.push_back(line.message);
+        }
     }
     return lines;
 }
@@ -148,20 +124,20 @@ protected:
 TEST_F(ProfilesFileTest, DynamicProfileBlobHasEveryEntryInOrder) {
     // The first profile 0 of the file wins; its GEQ preset has 20 bands of 100 Hz, gains -10..9.
     std::vector<BlobEntry> expected;
-    add(expected, kAllDevices, kProfileCodes, {{"dvme", {1}}, {"drcm", {5, 6}}, {"hvm", {2}}});
+    add(expected, kAll, kProfileCodes, {{"dvme", {1}}, {"drcm", {5, 6}}, {"hvm", {2}}});
     std::vector<int> gebs = {20};
     for (int f = 100; f <= 2000; f += 100) gebs.push_back(f);
-    expected.push_back({kAllDevices, "gebs", range(gebs, -10, 9)});
+    expected.push_back({kAll, "gebs", range(gebs, -10, 9)});
     // Speaker endpoint, warm preset first; the amount 15 is clamped to 12, the vb mode and the
     // mix matrix come from the speaker tuning, the orientation is the speaker's.
-    add(expected, kSpeakerDevice, {"ieid", "iebs"}, {{"ieid", {4}}, {"iebs", kWarmIebs}});
+    add(expected, kSpeaker, {"ieid", "iebs"}, {{"ieid", {4}}, {"iebs", kWarmIebs}});
     // clang-format off
-    add(expected, kSpeakerDevice, kEndpointCodes, {{"ieon", {1}}, {"dea", {12}}, {"vbm", {5}},
+    add(expected, kSpeaker, kEndpointCodes, {{"ieon", {1}}, {"dea", {12}}, {"vbm", {5}},
         {"vbon", {2}}, {"vmb", {4}}, {"dom", {1, 0, 1, 1, 2, 3, 4, 5, 6}}});
     // clang-format on
     // Headphone endpoint, flat preset, for Bluetooth then USB (never the wired headphone);
     // virtual bass off forces mode 0; no matrix. The "other" endpoint adds nothing.
-    for (int device : {kA2dpDevice, kUsbDevice}) {
+    for (int device : {kBluetooth, kUsb}) {
         add(expected, device, {"ieid", "iebs"}, {{"ieid", {7}}, {"iebs", {1, 500, 0}}});
         add(expected, device, kEndpointCodes,
             {{"dea", {-3}}, {"vbm", {0}}, {"vbon", {2}}, {"dom", {0, 1, 2}}});
@@ -176,8 +152,8 @@ TEST_F(ProfilesFileTest, UnknownIeqPresetGetsThePresetTranslatedLast) {
     // Profile 1 selects preset 99: the last one translated before it was warm (4), selected by
     // the "other" endpoint of profile 0. No GEQ preset: no gebs.
     std::vector<BlobEntry> expected;
-    add(expected, kAllDevices, kProfileCodes);
-    for (int device : {kA2dpDevice, kUsbDevice}) {
+    add(expected, kAll, kProfileCodes);
+    for (int device : {kBluetooth, kUsb}) {
         add(expected, device, {"ieid", "iebs"}, {{"ieid", {4}}, {"iebs", kWarmIebs}});
         add(expected, device, kEndpointCodes, {{"vbm", {0}}, {"vbon", {2}}, {"dom", {1, 2}}});
     }
@@ -207,9 +183,9 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
                   {0, ""}, {3, "default_headphone"}, {4, "default_bluetooth"}, {5, "default_usb"}}),
               mPeer.selectedTuningDevices());
 
-    std::vector<std::string> lines = mLog.messages(kTag);
+    std::vector<std::string> lines = mLog.messages(kStoreLogTag);
     auto start = std::find(lines.begin(), lines.end(),
-                           "loadSpatializerXMLFile(" + mLoaded.root + LoadedStore::kOdmPath + ")");
+                           "loadSpatializerXMLFile(" + mLoaded.root.path() + kOdmPath + ")");
     ASSERT_NE(lines.end(), start);
     const std::vector<std::string> expected = {
         "Profile 0, numParameters = 103",
@@ -249,23 +225,23 @@ protected:
     LoadedStore mLoaded{testDataFile("loader-tunings.xml")};
     SpatializerParamArrayTestPeer& mPeer = mLoaded.peer;
 
-    std::vector<BlobEntry> tuningEntries(const std::string& device, int bit) {
+    // The device's entries, each checked to be for `bit`, with the device left out to compare.
+    std::map<std::string, std::vector<int>> tuningEntries(const std::string& device, int bit) {
         EXPECT_TRUE(mLoaded.store.isXMLTuningValid(device)) << device;
-        std::vector<BlobEntry> entries = readBlob(mLoaded.store.getXMLTuningParams(device));
-        for (const BlobEntry& entry : entries) EXPECT_EQ(bit, entry.device) << entry.code;
-        return entries;
+        std::map<std::string, std::vector<int>> values;
+        for (auto& [entryBit, code, list] : readBlob(mLoaded.store.getXMLTuningParams(device))) {
+            EXPECT_EQ(bit, entryBit) << code;
+            EXPECT_TRUE(values.emplace(code, list).second) << code << " twice";
+        }
+        return values;
     }
 };
 
 TEST_F(TuningsFileTest, TuningOnTwoPortsIsTranslatedAlikeForBoth) {
     // Two channels: the stress list and the interval are cut in the record. The second translation
     // sees the record as the first one left it and must give the same values.
-    std::vector<BlobEntry> usb = tuningEntries("default_usb", kUsbDevice);
-    for (BlobEntry& entry : usb) entry.device = kA2dpDevice;
-    std::vector<BlobEntry> bluetooth = tuningEntries("default_bluetooth", kA2dpDevice);
-    EXPECT_EQ(bluetooth, usb);
-    std::map<std::string, std::vector<int>> values;
-    for (const BlobEntry& entry : bluetooth) values[entry.code] = entry.values;
+    auto values = tuningEntries("default_bluetooth", kBluetooth);
+    EXPECT_EQ(values, tuningEntries("default_usb", kUsb));
     EXPECT_EQ((std::vector<int>{2, 1, 2}), values["arsa"]);
     EXPECT_EQ((std::vector<int>{1, 5}), values["dsoi"]);
     EXPECT_EQ((std::vector<int>{9, 8}), values["bmdt"]);
@@ -286,8 +262,8 @@ TEST_F(TuningsFileTest, LongSpeakerMatrixWidensTheMixMatrixLength) {
     EXPECT_EQ(6, mPeer.tuningParamValue());
     // The speaker endpoint carries the whole matrix; no IEQ preset exists, so no IEQ entries.
     std::vector<BlobEntry> expected;
-    add(expected, kAllDevices, kProfileCodes);
-    add(expected, kSpeakerDevice, kEndpointCodes,
+    add(expected, kAll, kProfileCodes);
+    add(expected, kSpeaker, kEndpointCodes,
         {{"vbm", {0}}, {"vbon", {1}}, {"dom", range({1, 0, 1}, 1, 64)}});
     EXPECT_EQ(expected, readBlob(mLoaded.store.getXMLProfileParams(2)));
 
@@ -295,17 +271,17 @@ TEST_F(TuningsFileTest, LongSpeakerMatrixWidensTheMixMatrixLength) {
     SpatializerParamCache cache;
     RecordingEffect effect;
     const int dom = vexParameterCode("dom");
-    effect.setAnswer(kSpeakerDevice, dom, range({1, 0, 1}, 1, 64));
+    effect.setAnswer(kSpeaker, dom, range({1, 0, 1}, 1, 64));
     cache.setProfile(PROFILE_MUSIC);
     EXPECT_EQ(0, cache.updateContentProcEnabled(&effect, false, false));
     std::vector<EffectCall> calls;
     for (const EffectCall& call : effect.calls()) {
         if (call.code == dom) calls.push_back(call);
     }
-    EXPECT_EQ((std::vector<EffectCall>{
-                  EffectCall::getParam(kSpeakerDevice, dom, 67),
-                  EffectCall::setParam(kSpeakerDevice, dom, range({0, 0, 1}, 1, 64))}),
-              calls);
+    EXPECT_EQ(
+        (std::vector<EffectCall>{EffectCall::getParam(kSpeaker, dom, 67),
+                                 EffectCall::setParam(kSpeaker, dom, range({0, 0, 1}, 1, 64))}),
+        calls);
 }
 
 TEST(MissingDefaultDeviceTest, RefusesEveryTuningAndSpeakersTakeTheDefaults) {
@@ -322,15 +298,15 @@ TEST(MissingDefaultDeviceTest, RefusesEveryTuningAndSpeakersTakeTheDefaults) {
 
     // The speaker tuning has neither matrix nor vb mode: the speaker "dom" takes the built-in
     // matrix behind the enable word, endpoint and orientation, and vb mode is 3.
-    EXPECT_TRUE(log.contains("use the default mix matrix", kTag));
-    EXPECT_TRUE(log.contains("use the default vb mode", kTag));
+    EXPECT_TRUE(log.contains("use the default mix matrix", kStoreLogTag));
+    EXPECT_TRUE(log.contains("use the default vb mode", kStoreLogTag));
     std::vector<int> dom = {1, 0, 1};
     dom.insert(dom.end(), kDefaultMixMatrix.begin(), kDefaultMixMatrix.end());
     // An empty GEQ preset: no bands, and empty gains for its profile.
     std::vector<BlobEntry> expected;
-    add(expected, kAllDevices, kProfileCodes);
-    expected.push_back({kAllDevices, "gebs", {0}});
-    add(expected, kSpeakerDevice, kEndpointCodes, {{"vbm", {3}}, {"vbon", {1}}, {"dom", dom}});
+    add(expected, kAll, kProfileCodes);
+    expected.push_back({kAll, "gebs", {0}});
+    add(expected, kSpeaker, kEndpointCodes, {{"vbm", {3}}, {"vbon", {1}}, {"dom", dom}});
     EXPECT_EQ(expected, readBlob(loaded.store.getXMLProfileParams(2)));
     EXPECT_TRUE(peer.tuningMixMatrices().empty());
     EXPECT_EQ((std::map<int, std::vector<int>>{{2, {}}}), peer.profileGeqGains());
@@ -347,9 +323,7 @@ TEST(NoSpeakerDeviceTest, EmptySpeakerSelectionRefusesEveryTuning) {
     EXPECT_EQ(2, loaded.peer.tuningParamValue());
 }
 
-std::string exampleFile() {
-    return examplesDir() + "/kvx-default-spatializer.xml";
-}
+const std::string kExample = examplesDir() + "/kvx-default-spatializer.xml";
 
 // Everything loading filed, as text.
 std::string dump(SpatializerParamArrayTestPeer& peer) {
@@ -386,7 +360,7 @@ std::string dumpFromChildProcess() {
         }
         std::string text;
         {
-            LoadedStore loaded(exampleFile());
+            LoadedStore loaded(kExample);
             text = dump(loaded.peer);
         }
         _exit(write(fds[1], text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
@@ -405,7 +379,7 @@ std::string dumpFromChildProcess() {
 TEST(ExampleFileTest, EveryBlobIsReadableAndAnotherProcessLoadsTheSameBytes) {
     const std::string theirs = dumpFromChildProcess();
     ASSERT_FALSE(theirs.empty()) << "the child process failed";
-    LoadedStore loaded(exampleFile());
+    LoadedStore loaded(kExample);
     SpatializerParamArrayTestPeer& peer = loaded.peer;
     EXPECT_EQ(theirs, dump(peer));
 
