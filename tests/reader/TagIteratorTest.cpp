@@ -38,10 +38,7 @@ TEST(TagIteratorInitTest, RefusesADocumentWithoutRoot) {
 
 class TagIteratorWalkTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::string path = testDataFile("iterator-walk.xml");
-        ASSERT_EQ(0, mIterator.init(path));
-    }
+    void SetUp() override { ASSERT_EQ(0, mIterator.init(mPath)); }
 
     // Moves from the start to the first element with this name among the root's children.
     void moveTo(const std::string& name) {
@@ -49,6 +46,7 @@ protected:
         ASSERT_TRUE(mIterator.isCurValid()) << name;
     }
 
+    std::string mPath = testDataFile("iterator-walk.xml");
     TagIterator mIterator;
 };
 
@@ -112,30 +110,6 @@ TEST_F(TagIteratorWalkTest, ChildStepsAndTheNodeStack) {
     EXPECT_EQ("bare", mIterator.getNodeName());
 }
 
-TEST_F(TagIteratorWalkTest, AttributeReaders) {
-    moveTo("first");
-    EXPECT_EQ((Strings{"a", "b", "c"}), mIterator.getAttrsName());
-    Strings all = {"kept"};
-    mIterator.parseNodeAll(all);
-    EXPECT_EQ((Strings{"kept", "1", "2", "3"}), all);
-    moveTo("second");  // b="2" c="3"
-    // One slot per name asked, in that order: a missing name keeps what the slot held, extra
-    // slots are dropped, names compare case-sensitively, and no names means every value.
-    Strings out = {"keep", "x", "extra"};
-    mIterator.parseNodeWithName({"a", "b"}, out);
-    EXPECT_EQ((Strings{"keep", "2"}), out);
-    out.clear();
-    mIterator.parseNodeWithName({"c", "b", "B", "c"}, out);
-    EXPECT_EQ((Strings{"3", "2", "", "3"}), out);
-    out.clear();
-    mIterator.parseNodeWithName({}, out);
-    EXPECT_EQ((Strings{"2", "3"}), out);
-    mIterator.childrenNext();
-    std::vector<int> values = {5};
-    mIterator.parseNodeIntVector(values);
-    EXPECT_EQ((std::vector<int>{5, -7, 12, 0}), values);
-}
-
 // xmlCleanupParser resets libxml2's last error, which makes the clean-up observable.
 TEST(TagIteratorLifetimeTest, OnlyTheLastIteratorCleansUpLibxml2) {
     std::string path = testDataFile("iterator-walk.xml");
@@ -157,10 +131,10 @@ TEST(TagIteratorLifetimeTest, OnlyTheLastIteratorCleansUpLibxml2) {
     EXPECT_EQ(0, again.init(path));
 }
 
-// Attribute values are read as xmlGetProp gives them, including the cases where the value is not
-// one plain text node (entity references, empty values) or where an earlier attribute in another
-// namespace has the same name and so is the one a lookup by name finds.
-TEST(TagIteratorValueTest, ValuesAreThoseXmlGetPropGives) {
+// Attribute values are read as xmlGetProp gives them, including values that are not one plain
+// text node (entity references, empty values) and a name that two namespaces share, where the
+// first attribute is the one a lookup by name finds.
+TEST(TagIteratorAttributeTest, ReadersGiveWhatXmlGetPropGives) {
     const std::string text =
         "<?xml version=\"1.0\"?>\n"
         "<!DOCTYPE root [<!ENTITY gain \"-96\">]>\n"
@@ -172,15 +146,24 @@ TEST(TagIteratorValueTest, ValuesAreThoseXmlGetPropGives) {
                                                       "values.xml", nullptr, 0)));
     iterator.next();
     ASSERT_EQ("row", iterator.getNodeName());
-    Strings all;
-    iterator.parseNodeAll(all);
-    EXPECT_EQ((Strings{"1", "1", "x&y", "-96,4", ""}), all);
-    Strings named;
-    iterator.parseNodeWithName({"value", "ref", "empty"}, named);
-    EXPECT_EQ((Strings{"1", "-96,4", ""}), named);
-    std::vector<int> numbers;
+    EXPECT_EQ((Strings{"value", "value", "plain", "ref", "empty"}), iterator.getAttrsName());
+    Strings out = {"kept"};
+    iterator.parseNodeAll(out);
+    EXPECT_EQ((Strings{"kept", "1", "1", "x&y", "-96,4", ""}), out);
+    // One slot per name asked, in that order: a missing name keeps what the slot held, extra
+    // slots are dropped, names compare case-sensitively, and no names means every value.
+    out = {"keep", "x", "x", "extra"};
+    iterator.parseNodeWithName({"none", "ref", "empty"}, out);
+    EXPECT_EQ((Strings{"keep", "-96,4", ""}), out);
+    out.clear();
+    iterator.parseNodeWithName({"value", "Plain", "plain"}, out);
+    EXPECT_EQ((Strings{"1", "", "x&y"}), out);
+    out.clear();
+    iterator.parseNodeWithName({}, out);
+    EXPECT_EQ((Strings{"1", "1", "x&y", "-96,4", ""}), out);
+    std::vector<int> numbers = {5};
     iterator.parseNodeIntVector(numbers);
-    EXPECT_EQ((std::vector<int>{1, 1, 0, -96, 0}), numbers);
+    EXPECT_EQ((std::vector<int>{5, 1, 1, 0, -96, 0}), numbers);
 }
 
 }  // namespace

@@ -147,13 +147,11 @@ TEST_F(ValueSetterTest, EverySetterFillsItsParameters) {
     }
 }
 
-TEST_F(ValueSetterTest, UnknownNamesHaveNoSetterAndAreNotRemembered) {
-    const SetterCollection& collection = *TuningFileParser::sSetterCollection;
+TEST(SetterCollectionTest, NearMissNamesHaveNoSetter) {
     for (const char* name : {"", "data", "profile", "Volume-leveler-enable",
                              "volume_leveler_enable", "volume-leveler-enable ", "band_ieq"}) {
-        EXPECT_EQ(nullptr, collection.getValueSetter(name)) << '"' << name << '"';
+        EXPECT_EQ(nullptr, TuningFileParser::sSetterCollection->getValueSetter(name)) << name;
     }
-    EXPECT_EQ(96u, collection.size());
 }
 
 TEST_F(ValueSetterTest, EachSetterClassOnRealElements) {
