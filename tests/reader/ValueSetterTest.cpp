@@ -9,7 +9,7 @@
 #include "LogCapture.h"
 #include "TestPaths.h"
 #include "model/Parameter.h"
-#include "model/ParameterValues.h"
+#include "model/Tuning.h"
 #include "reader/NodeParseUtils.h"
 #include "reader/SetterCollection.h"
 #include "reader/TuningFileParser.h"
@@ -19,23 +19,11 @@ namespace {
 
 using Values = std::map<Parameter, std::vector<int>>;
 
-// A record that accepts anything, for setters tried outside a tuning file's structure.
-class TestRecord : public ParameterValues {
-public:
-    TestRecord() : ParameterValues(-1, false) {}
-    int64_t getId() const override { return id; }
-    const std::set<Parameter>& getValidParams() const override {
-        static const std::set<Parameter> kNone;
-        return kNone;
-    }
-};
-
 // Setters applied to the elements of setters.xml, each inside a <case id="...">.
 class ValueSetterTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string path = test::testDataFile("setters.xml");
-        ASSERT_EQ(0, mIterator.init(path));
+        ASSERT_EQ(0, mIterator.init(mPath));
         mIterator.pushNode();
     }
 
@@ -52,9 +40,9 @@ protected:
         return false;
     }
 
-    // Applies the setter of the case's element to the record, as the parser does (presets by
-    // their type), and checks that the cursor is back on the element.
-    void apply(const std::string& caseId, TestRecord& record) {
+    // Applies the setter of the case's element as the parser does (presets by their type), and
+    // checks that the cursor is back on the element. Any record stores any parameter.
+    void apply(const std::string& caseId, ParameterValues& record) {
         ASSERT_TRUE(moveToCase(caseId)) << caseId;
         const std::string element = mIterator.getNodeName();
         std::vector<std::string> type;
@@ -66,6 +54,7 @@ protected:
         EXPECT_EQ(element, mIterator.getNodeName()) << caseId << ": cursor not restored";
     }
 
+    std::string mPath = test::testDataFile("setters.xml");
     TagIterator mIterator;
 };
 
@@ -127,7 +116,7 @@ TEST_F(ValueSetterTest, EverySetterFillsItsParameters) {
         ASSERT_FALSE(parameters.empty()) << "no parameter of that name";
 
         ASSERT_TRUE(moveToCase("empty"));
-        TestRecord bare;
+        Tuning bare("t", ENDPOINT_SPEAKER, false);
         setter->set(bare, mIterator);
         std::set<Parameter> written;
         for (const auto& [parameter, values] : bare.values) written.insert(parameter);
@@ -138,7 +127,7 @@ TEST_F(ValueSetterTest, EverySetterFillsItsParameters) {
         if (parameters.size() == 1 && element != "output-mode" &&
             element != "virtual-bass-subgains") {
             ASSERT_TRUE(moveToCase("row-mixed-separators"));  // value="10, 20,30"
-            TestRecord record;
+            Tuning record("t", ENDPOINT_SPEAKER, false);
             setter->set(record, mIterator);
             const bool list = kListParameters.count(parameters[0]) != 0;
             EXPECT_EQ((list ? std::vector<int>{10, 20, 30} : std::vector<int>{10}),
@@ -196,7 +185,7 @@ TEST_F(ValueSetterTest, EachSetterClassOnRealElements) {
     };
     for (const auto& [id, expected] : cases) {
         test::LogCapture log;
-        TestRecord record;
+        Tuning record("t", ENDPOINT_SPEAKER, false);
         apply(id, record);
         EXPECT_EQ(expected, record.values) << id;
         const bool foreign = id == "ieq-bands";
