@@ -41,7 +41,7 @@ TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsLoadsAndRes
                   "restoreUserGEQ(): there're persistent user gains: 1,2,3,4,5,6,7,8,9,10",
                   "restoreUserGEQ(): store the relative gains in all profiles",
               }),
-              test::linesAt(log, kStoreLogTag, ANDROID_LOG_DEBUG));
+              log.messages(kStoreLogTag, ANDROID_LOG_DEBUG));
     SpatializerParamArrayTestPeer peer(store);
     EXPECT_EQ(PROFILE_MOVIE, peer.currentProfileId());
     EXPECT_EQ(0, peer.xmlTuningCount());

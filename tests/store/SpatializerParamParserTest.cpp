@@ -1,15 +1,15 @@
 // The blob reader: its bounds-checked cursor, every malformed blob with its exact error lines, the
-// walk over a good blob, and its traces per log level.
+// walk over a good blob, its traces per log level, and forEachEntry as the same walk.
 #include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "LogCapture.h"
-#include "LogLines.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/VexParameter.h"
 
@@ -33,7 +33,7 @@ void setLogLevel(const std::string& level) {
 }
 
 Lines parserLines(const LogCapture& log, int priority) {
-    return test::linesAt(log, "KrvSpatializerParamParser", priority);
+    return log.messages("KrvSpatializerParamParser", priority);
 }
 
 // Three entries: one value, none, several.
@@ -157,6 +157,45 @@ TEST(SpatializerParamParserTest, DebugFromLevelTwoVerboseFromLevelFour) {
         EXPECT_EQ(l.debug ? Lines{"SpatializerParamParser()"} : Lines{},
                   parserLines(log, ANDROID_LOG_DEBUG));
         EXPECT_EQ(l.verbose ? verbose : Lines{}, parserLines(log, ANDROID_LOG_VERBOSE));
+    }
+}
+
+// forEachEntry must be begin() and next() in one: the same entries, values in place, and the same
+// lines at the verbose level, a cut-short last entry included.
+TEST(SpatializerParamParserTest, ForEachEntryWalksAsBeginAndNextDo) {
+    using Walk = std::pair<std::vector<std::tuple<int32_t, int32_t, int32_t, int32_t*>>, Lines>;
+    auto walk = [](std::vector<int32_t>& blob, bool forEach) {
+        SpatializerParamParser parser(blob.data(), bytesOf(blob));
+        Walk out;
+        auto read = [&] {
+            out.first.emplace_back(parser.mDeviceId, parser.mParamId, parser.mNumValues,
+                                   parser.mValues);
+        };
+        LogCapture log;
+        if (forEach) {
+            parser.forEachEntry(read);
+        } else if (parser.begin()) {
+            while (parser.next()) read();
+        }
+        out.second = log.messages("KrvSpatializerParamParser");
+        return out;
+    };
+    const struct {
+        std::vector<int32_t> blob;
+        size_t entries;
+        std::string lastLine;
+    } cases[] = {{kBlob, 3, "next()"},
+                 {{1, 2, kSpk, kDsb, 1, 8, kSpk, kDom, 3, 1},
+                  1,
+                  "next() failed to extract 3 values for parameter #2"}};
+    setLogLevel("4");
+    for (auto c : cases) {
+        SCOPED_TRACE(c.entries);
+        const Walk expected = walk(c.blob, false);
+        ASSERT_EQ(c.entries, expected.first.size());
+        ASSERT_EQ(c.lastLine, expected.second.back());
+        const Walk actual = walk(c.blob, true);
+        EXPECT_EQ(expected, actual);
     }
 }
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "LogCapture.h"
-#include "LogLines.h"
 #include "ScopedHostRoot.h"
 #include "SpatializerParamArrayTestPeer.h"
 #include "store/SpatializerParamArray.h"
@@ -20,7 +19,7 @@ namespace korva::test {
 class StoreTest : public ::testing::Test {
 protected:
     std::vector<std::string> storeLines(int priority) const {
-        return linesAt(mLog, kStoreLogTag, priority);
+        return mLog.messages(kStoreLogTag, priority);
     }
     std::vector<std::string> errors() const { return storeLines(ANDROID_LOG_ERROR); }
 

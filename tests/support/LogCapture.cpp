@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 
+#include <algorithm>
 #include <mutex>
 
 namespace korva::test {
@@ -13,8 +14,8 @@ std::vector<LogLine> sLines;
 
 void capture(const struct __android_logger_data* data, const char* message) {
     std::lock_guard<std::mutex> lock(sMutex);
-    sLines.push_back({data->priority, data->tag != nullptr ? data->tag : "",
-                      message != nullptr ? message : ""});
+    sLines.push_back(
+        {data->priority, data->tag != nullptr ? data->tag : "", message != nullptr ? message : ""});
 }
 
 }  // namespace
@@ -35,10 +36,10 @@ std::vector<LogLine> LogCapture::lines() const {
     return sLines;
 }
 
-std::vector<std::string> LogCapture::messages(const std::string& tag) const {
+std::vector<std::string> LogCapture::messages(const std::string& tag, int priority) const {
     std::vector<std::string> out;
     for (const LogLine& line : lines()) {
-        if (tag.empty() || line.tag == tag) {
+        if ((tag.empty() || line.tag == tag) && (priority < 0 || line.priority == priority)) {
             out.push_back(line.message);
         }
     }
@@ -46,15 +47,8 @@ std::vector<std::string> LogCapture::messages(const std::string& tag) const {
 }
 
 size_t LogCapture::count(const std::string& message, const std::string& tag) const {
-    size_t n = 0;
-    for (const std::string& m : messages(tag)) {
-        n += m == message ? 1 : 0;
-    }
-    return n;
-}
-
-bool LogCapture::contains(const std::string& message, const std::string& tag) const {
-    return count(message, tag) > 0;
+    const std::vector<std::string> all = messages(tag);
+    return std::count(all.begin(), all.end(), message);
 }
 
 void LogCapture::clear() {

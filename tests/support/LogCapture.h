@@ -22,11 +22,13 @@ public:
     LogCapture& operator=(const LogCapture&) = delete;
 
     std::vector<LogLine> lines() const;
-    // Messages only, optionally only those of one tag.
-    std::vector<std::string> messages(const std::string& tag = "") const;
-    // Whether some line has exactly this message (and this tag, when one is given).
-    bool contains(const std::string& message, const std::string& tag = "") const;
+    // Messages in order, optionally only those of one tag and of one priority.
+    std::vector<std::string> messages(const std::string& tag = "", int priority = -1) const;
+    // How many lines have exactly this message (and this tag, when one is given).
     size_t count(const std::string& message, const std::string& tag = "") const;
+    bool contains(const std::string& message, const std::string& tag = "") const {
+        return count(message, tag) > 0;
+    }
     void clear();
 };
 

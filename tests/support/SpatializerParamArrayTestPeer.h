@@ -40,8 +40,6 @@ public:
 
     void setProductName(const char* name) { copyText(mStore.mProductName, name); }
     void setSmartPaType(const char* type) { copyText(mStore.mSmartPaType, type); }
-    std::string productName() const { return mStore.mProductName; }
-    std::string smartPaType() const { return mStore.mSmartPaType; }
 
     int& currentProfileId() { return mStore.mCurrentProfileId; }
     std::map<int, std::vector<int>>& xmlProfileParams() { return mStore.mXMLProfileParams; }
