@@ -6,12 +6,16 @@
 
 #include <vector>
 
+#include "LogCapture.h"
 #include "RecordingEffect.h"
+#include "SpatializerParamArrayTestPeer.h"
+#include "cache/SpatializerParamCache.h"
 #include "store/SpatializerParamArray.h"
 #include "translator/VexParameter.h"
 
 namespace korva::test {
 
+constexpr const char* kTag = "KrvSpatializerParamCache";
 constexpr int kAll = 0x40000000;
 constexpr int kSpeaker = 0x2;
 constexpr int kHeadphone = 0x8;
@@ -45,26 +49,22 @@ private:
 
 // One setParam per entry of a built-in table, read word by word here rather than through the
 // store's parser, so that a fault in the parser cannot hide itself.
-inline std::vector<EffectCall> builtinSends(const int* table, size_t words) {
+template <size_t N>
+std::vector<EffectCall> builtinSends(const int (&table)[N]) {
     std::vector<EffectCall> calls;
     size_t at = 2;
     for (int entry = 0; entry < table[1]; entry++, at += 3 + table[at + 2]) {
-        const int* values = table + at + 3;
-        calls.push_back(EffectCall::setParam(table[at], table[at + 1],
-                                             std::vector<int>(values, values + table[at + 2])));
+        calls.push_back(
+            EffectCall::setParam(table[at], table[at + 1],
+                                 std::vector<int>(table + at + 3, table + at + 3 + table[at + 2])));
     }
-    EXPECT_EQ(words, at) << "the table ends after its last entry";
+    EXPECT_EQ(N, at) << "the table ends after its last entry";
     return calls;
 }
 
-template <size_t N>
-std::vector<EffectCall> builtinSends(const int (&table)[N]) {
-    return builtinSends(table, N);
-}
-
 inline std::vector<int> counting(int first, int step, size_t count) {
-    std::vector<int> values;
-    for (size_t i = 0; i < count; i++) values.push_back(first + step * static_cast<int>(i));
+    std::vector<int> values(count);
+    for (size_t i = 0; i < count; i++) values[i] = first + step * static_cast<int>(i);
     return values;
 }
 

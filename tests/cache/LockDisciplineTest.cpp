@@ -1,34 +1,17 @@
-// The store's lock is not re-entrant: a store member that called another one while holding it
-// would hang the calling thread, as would a lock-order fault between the store's lock and the
-// singleton's creation lock. Every cache operation is run here from several threads racing the
+// The store's lock is not re-entrant, and the singleton has a creation lock of its own: a nested
+// or out-of-order locking would hang. Every cache operation runs here from threads racing the
 // store's creation, on a worker with a deadline, so such a hang fails the test instead of the run.
-// (Single-threaded hangs show in every other cache test; a filled store shared by threads is the
-// concurrency test's.)
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <future>
 #include <thread>
 
 #include "CacheTestSupport.h"
-#include "cache/SpatializerParamCache.h"
 
 namespace korva::test {
 namespace {
-
-// Runs `work` on a detached thread; false when it has not finished within 30 s. A hung worker is
-// left behind: the process ends with the failure.
-bool finishesInTime(std::function<void()> work) {
-    auto done = std::make_shared<std::promise<void>>();
-    std::future<void> finished = done->get_future();
-    std::thread([work = std::move(work), done] {
-        work();
-        done->set_value();
-    }).detach();
-    return finished.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
-}
 
 // Every cache operation once, each store member it reaches included.
 void everyOperation(SpatializerParamCache& cache, RecordingEffect& effect, int round) {
@@ -46,25 +29,25 @@ void everyOperation(SpatializerParamCache& cache, RecordingEffect& effect, int r
     cache.getProfileGeqGains();
 }
 
-// The first use builds the store under the singleton's creation lock while other threads
-// already call into it.
 TEST(CacheLockDisciplineTest, ThreadsRacingTheStoresCreationAllFinish) {
     constexpr int kThreads = 4;
     std::atomic<int> finished{0};
-    ASSERT_TRUE(finishesInTime([&] {
+    // A hung worker is left behind, detached: the process ends with the failure.
+    auto done = std::make_shared<std::promise<void>>();
+    std::thread([&finished, done] {
         std::vector<std::thread> threads;
         for (int t = 0; t < kThreads; t++) {
             threads.emplace_back([&finished, t] {
                 SpatializerParamCache cache;
                 RecordingEffect effect;
-                for (int round = 0; round < 50; round++) {
-                    everyOperation(cache, effect, round + t);
-                }
+                for (int round = 0; round < 50; round++) everyOperation(cache, effect, round + t);
                 finished++;
             });
         }
         for (std::thread& thread : threads) thread.join();
-    }));
+        done->set_value();
+    }).detach();
+    ASSERT_EQ(std::future_status::ready, done->get_future().wait_for(std::chrono::seconds(30)));
     EXPECT_EQ(kThreads, finished.load());
 }
 

@@ -2,14 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "CacheTestSupport.h"
-#include "LogCapture.h"
-#include "SpatializerParamArrayTestPeer.h"
-#include "cache/SpatializerParamCache.h"
 
 namespace korva::test {
 namespace {
 
-constexpr const char* kTag = "KrvSpatializerParamCache";
 using S = SpatializerParamArray;
 
 TEST(SpatializerParamCacheTest, QueriesReadTheStore) {

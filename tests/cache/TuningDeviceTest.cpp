@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "CacheTestSupport.h"
-#include "LogCapture.h"
-#include "SpatializerParamArrayTestPeer.h"
-#include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
 
 namespace korva::test {
@@ -104,7 +101,7 @@ TEST_F(CacheTuningDeviceTest, SelectionSendsOnlyANewDeviceOfThePort) {
         EXPECT_EQ(c.calls, effect.calls());
         EXPECT_TRUE(log.contains(std::string("setSelectedTuningDevice(port=") + c.shownPort +
                                      ", device=" + c.device + ")",
-                                 "KrvSpatializerParamCache"));
+                                 kTag));
     }
     EXPECT_EQ("studio", mPeer.selectedTuningDevices()[3]);
     EXPECT_EQ("default_bluetooth", mPeer.selectedTuningDevices()[4]);
@@ -161,7 +158,7 @@ TEST_F(CacheTuningDeviceTest, SelectingASpeakerTuningUpdatesTheMixMatrix) {
         EXPECT_EQ(!c.sentDom.empty(),
                   log.contains("setSelectedTuningDevice(): Update the mix matrix with tuning "
                                "speaker_b",
-                               "KrvSpatializerParamCache"));
+                               kTag));
     }
 }
 

@@ -3,20 +3,15 @@
 #include <gtest/gtest.h>
 
 #include "CacheTestSupport.h"
-#include "LogCapture.h"
-#include "SpatializerParamArrayTestPeer.h"
-#include "cache/SpatializerParamCache.h"
 #include "engine/VexParamStore.h"
 
 namespace korva::test {
 namespace {
 
-constexpr const char* kTag = "KrvSpatializerParamCache";
-
 // A graphic-EQ entry of the tuning: 20 bands, their frequencies, then the given gains.
 std::vector<int> geqEntry(std::vector<int> gains) {
-    std::vector<int> values = {20};
-    for (int i = 0; i < 20; i++) values.push_back(50 * (i + 1));
+    std::vector<int> values = counting(50, 50, 20);
+    values.insert(values.begin(), 20);
     gains.resize(20, 0);
     values.insert(values.end(), gains.begin(), gains.end());
     return values;
@@ -42,15 +37,9 @@ std::vector<int> profileBlob() {
         .add(kAll, MDLE, {1});                // none of them
 }
 
-struct StoreSetup {
-    int tuningCount = 1;
-    int outputChannels = 3;
-    bool speakerMatrix = true;
-};
-
 // A store with the blob above and the user's gains for the current movie profile, and a speaker
 // tuning device selected whose matrix is longer than the speaker entry.
-void prepareStore(const StoreSetup& setup) {
+void prepareStore(int tuningCount = 1, int outputChannels = 3, bool speakerMatrix = true) {
     SpatializerParamArrayTestPeer peer;
     peer.xmlProfileParams()[PROFILE_MOVIE] = profileBlob();
     peer.profileGeqGains()[PROFILE_MOVIE] = kUserGains;
@@ -58,10 +47,10 @@ void prepareStore(const StoreSetup& setup) {
     peer.tuningMixMatrices().clear();
     peer.addTuningDevice(
         "speaker_a", "internal_speaker", Blob(),
-        setup.speakerMatrix ? std::vector<int>{15, 24, 9, 8, 7, 6, 5} : std::vector<int>{});
+        speakerMatrix ? std::vector<int>{15, 24, 9, 8, 7, 6, 5} : std::vector<int>{});
     peer.selectedTuningDevices()[0] = "speaker_a";
-    peer.xmlTuningCount() = setup.tuningCount;
-    peer.tuningParamValue() = setup.outputChannels;
+    peer.xmlTuningCount() = tuningCount;
+    peer.tuningParamValue() = outputChannels;
 }
 
 // What multichannel content sends after the tuning's blob: the built-in common blob, then the
@@ -93,33 +82,30 @@ std::vector<EffectCall> onWithTuningMatrix() {
 // two channels the speaker's own matrix goes out.
 TEST(UpdateContentProcEnabledTest, OnSendsTheSpeakerTuningsMatrixOnlyWhereItApplies) {
     const struct {
-        const char* name;
-        StoreSetup setup;
-        bool tuningMatrix;
-    } cases[] = {{"tuning matrix", {1, 3, true}, true},
-                 {"no matrix", {1, 3, false}, false},
-                 {"no tunings", {0, 3, true}, false},
-                 {"two channels", {1, 2, true}, false}};
+        int tunings, channels;
+        bool matrix;
+    } cases[] = {{1, 3, true}, {1, 3, false}, {0, 3, true}, {1, 2, true}};
     for (const auto& c : cases) {
-        prepareStore(c.setup);
+        SCOPED_TRACE(::testing::Message() << c.tunings << c.channels << c.matrix);
+        prepareStore(c.tunings, c.channels, c.matrix);
         RecordingEffect effect;
         effect.setCommitResult(4);
         EXPECT_EQ(4, SpatializerParamCache().updateContentProcEnabled(&effect, true, false));
         std::vector<EffectCall> expected = onWithTuningMatrix();
-        if (!c.tuningMatrix) {
+        if (c.tunings == 0 || c.channels == 2 || !c.matrix) {
             expected[3] = sent(kSpeaker, DOM, kSpeakerDom);
         }
-        if (c.setup.tuningCount == 0) {
+        if (c.tunings == 0) {
             expected.erase(expected.begin(), expected.begin() + 2);
         }
-        EXPECT_EQ(expected, effect.calls()) << c.name;
+        EXPECT_EQ(expected, effect.calls());
     }
 }
 
 // Switching off: mix matrices are kept but disabled, the switches of content processing set to
 // 0, device processing kept, everything else left to the effect.
 TEST(UpdateContentProcEnabledTest, OffDisablesMixMatricesAndSwitches) {
-    prepareStore({});
+    prepareStore();
     // A tuning matrix longer than the default widened the store's length (72 words here): the
     // effect's matrix is read back whole, in a buffer of that length plus the enable word.
     SpatializerParamArrayTestPeer().defaultMixMatrixLength() = 72;
@@ -171,7 +157,7 @@ TEST(UpdateContentProcEnabledTest, MccSendsDeviceProcessingThenTheBuiltinBlobsOf
         bool switchMeanwhile;
     } runs[] = {{"on", true, false}, {"off", false, false}, {"switched meanwhile", true, true}};
     for (const auto& run : runs) {
-        prepareStore({1, 2, true});
+        prepareStore(1, 2);
         SpatializerParamArrayTestPeer().profileGeqGains()[PROFILE_MUSIC] = {5, 5, 5};
         RecordingEffect plain;
         ProfileSwitchingEffect switching;
@@ -221,7 +207,7 @@ TEST(UpdateContentProcEnabledTest, WithoutAWholeTuningBlobOnlyTheBuiltinBlobsAre
 TEST(UpdateContentProcEnabledTest, EarlierRulesWinOverTheEnginesClasses) {
     VexParamStore::setDeviceProcParamsInProfile({code(GEBS), code(DOM)});
     VexParamStore::setContentProcDisableParams({code(MDLE)});
-    prepareStore({});
+    prepareStore();
     RecordingEffect effect;
     EXPECT_EQ(0, SpatializerParamCache().updateContentProcEnabled(&effect, true, true));
     std::vector<EffectCall> calls = effect.calls();
