@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <atomic>
 #include <map>
-#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -30,23 +29,20 @@ using Calls = std::vector<EffectCall>;
 constexpr int kThreads = 4;
 constexpr int kOperationsPerThread = 400;
 constexpr int kProfiles = 5;
-const std::map<int, std::vector<std::string>> kPortDevices = {
-    {3, {"default_headphone", "studio_headphone"}},
-    {4, {"default_bluetooth", "car_bluetooth"}},
-    {5, {"default_usb", "dock_usb"}},
-};
-
-std::vector<int> ramp(int first, int count) {
-    std::vector<int> out(count);
-    std::iota(out.begin(), out.end(), first);
-    return out;
-}
+// The switchable ports, their device bits and two tuning devices for each.
+const struct {
+    int port;
+    int bit;
+    std::vector<std::string> devices;
+} kPorts[] = {{3, kHeadphone, {"default_headphone", "studio_headphone"}},
+              {4, kBluetooth, {"default_bluetooth", "car_bluetooth"}},
+              {5, kUsb, {"default_usb", "dock_usb"}}};
 
 // The gains the threads write: even threads one vector, odd threads the other.
-const std::vector<int> kThreadGains[2] = {ramp(100, 20), ramp(-300, 20)};
+const std::vector<int> kThreadGains[2] = {counting(100, 1, 20), counting(-300, 1, 20)};
 
 std::vector<int> geqEntry() {
-    std::vector<int> values = ramp(1000, 40);
+    std::vector<int> values = counting(1000, 1, 40);
     values.insert(values.begin(), 20);
     return values;
 }
@@ -67,7 +63,7 @@ void fillStore() {
                                           .add(kUsb, IEON, {id % 2})
                                           .add(kSpeaker, AOON, {1});
         peer.xmlProfileCount()++;
-        peer.profileGeqGains()[id] = ramp(10 * id, 20);
+        peer.profileGeqGains()[id] = counting(10 * id, 1, 20);
     }
     auto tuningBlob = [](int device, int seed) -> std::vector<int> {
         return Blob()
@@ -78,12 +74,11 @@ void fillStore() {
     peer.addTuningDevice("speaker_main", "internal_speaker", tuningBlob(kSpeaker, 7),
                          {0, 1, 2, 2, 16384, 0, 0, 16384});
     peer.selectedTuningDevices()[0] = "speaker_main";
-    const std::map<int, int> portDevice = {{3, kHeadphone}, {4, kBluetooth}, {5, kUsb}};
     int seed = 0;
-    for (const auto& [port, devices] : kPortDevices) {
-        for (const std::string& device : devices) {
-            peer.addTuningDevice(device, kAndroidDeviceNames[port],
-                                 tuningBlob(portDevice.at(port), seed++));
+    for (const auto& port : kPorts) {
+        for (const std::string& device : port.devices) {
+            peer.addTuningDevice(device, kAndroidDeviceNames[port.port],
+                                 tuningBlob(port.bit, seed++));
         }
     }
     peer.tuningParamValue() = 4;
@@ -91,6 +86,7 @@ void fillStore() {
 
 enum class Op { SWITCH_PROFILE, CONTENT_ON, CONTENT_OFF, CONTENT_MCC, SELECT, LOAD, GAINS };
 
+// `profile` also picks which of the two gain vectors GAINS writes.
 struct Step {
     Op op;
     int profile = 0;
@@ -99,15 +95,17 @@ struct Step {
 };
 
 // Runs one operation on an effect of its own that answers the two reads the cache makes.
-Calls send(SpatializerParamCache& cache, const Step& step, int thread) {
+Calls send(SpatializerParamCache& cache, const Step& step) {
     RecordingEffect recording;
     recording.setAnswer(kAll, code(GEBS), geqEntry());
     recording.setAnswer(kSpeaker, code(DOM), {0, 5, 5, 5});
     IEffectKrv* effect = &recording;
+    const auto profile = static_cast<KrvSpatializerProfileId>(step.profile);
+    std::vector<int> gains = kThreadGains[step.profile % 2];
     switch (step.op) {
         case Op::SWITCH_PROFILE:
-            cache.setProfile(static_cast<KrvSpatializerProfileId>(step.profile));
-            cache.setKorvaContentProfile(static_cast<KrvSpatializerProfileId>(step.profile), effect);
+            cache.setProfile(profile);
+            cache.setKorvaContentProfile(profile, effect);
             break;
         case Op::CONTENT_ON:
         case Op::CONTENT_OFF:
@@ -121,27 +119,19 @@ Calls send(SpatializerParamCache& cache, const Step& step, int thread) {
         case Op::LOAD:
             cache.loadTuning(effect);
             break;
-        case Op::GAINS: {
-            std::vector<int> gains = kThreadGains[thread % 2];
+        case Op::GAINS:
             cache.setProfileGeqGains(gains, effect);
             break;
-        }
     }
     return recording.calls();
 }
 
-// What an operation's output may depend on besides the store's state.
-std::string key(const Step& step, int thread) {
-    switch (step.op) {
-        case Op::SWITCH_PROFILE:
-            return "switch " + std::to_string(step.profile);
-        case Op::SELECT:
-            return "select " + step.device;
-        case Op::GAINS:
-            return "gains " + std::to_string(thread % 2);
-        default:
-            return "op " + std::to_string(static_cast<int>(step.op));
-    }
+// The operation and what its output may depend on besides the store's state.
+std::string key(const Step& step) {
+    std::string text = std::to_string(static_cast<int>(step.op));
+    if (step.op == Op::SWITCH_PROFILE) text += " " + std::to_string(step.profile);
+    if (step.op == Op::GAINS) text += " " + std::to_string(step.profile % 2);
+    return step.op == Op::SELECT ? text + " " + step.device : text;
 }
 
 using Outputs = std::map<std::string, std::vector<Calls>>;
@@ -154,40 +144,36 @@ Outputs expectedOutputs(SpatializerParamCache& cache) {
     const auto savedGains = peer.profileGeqGains();
     const auto savedSelection = peer.selectedTuningDevices();
     Outputs outputs;
-    auto record = [&](const Step& step, int thread) {
-        outputs[key(step, thread)].push_back(send(cache, step, thread));
-    };
+    auto record = [&](const Step& step) { outputs[key(step)].push_back(send(cache, step)); };
     for (int profile = 0; profile < kProfiles; profile++) {
-        record({Op::SWITCH_PROFILE, profile}, 0);
+        record({Op::SWITCH_PROFILE, profile});
         // The update reads the current profile and that profile's gains.
         for (std::vector<int> gains : {savedGains.at(profile), kThreadGains[0], kThreadGains[1]}) {
             peer.currentProfileId() = profile;
             SpatializerParamArray::getInstance().setProfileGeqGains(
                 static_cast<KrvSpatializerProfileId>(profile), gains);
-            for (Op op : {Op::CONTENT_ON, Op::CONTENT_OFF, Op::CONTENT_MCC}) {
-                record({op}, 0);
-            }
+            for (Op op : {Op::CONTENT_ON, Op::CONTENT_OFF, Op::CONTENT_MCC}) record({op});
         }
         peer.profileGeqGains() = savedGains;
     }
-    record({Op::GAINS}, 0);
-    record({Op::GAINS}, 1);
+    record({Op::GAINS, 0});
+    record({Op::GAINS, 1});
     // Selecting sends the device unless it is already the port's; loading sends the selection of
     // every port, in any of the combinations.
-    for (const auto& [port, devices] : kPortDevices) {
-        for (const std::string& device : devices) {
-            Step step{Op::SELECT, 0, port, device};
-            outputs[key(step, 0)].push_back({});
-            peer.selectedTuningDevices()[port] = "";
-            record(step, 0);
+    for (const auto& port : kPorts) {
+        for (const std::string& device : port.devices) {
+            Step step{Op::SELECT, 0, port.port, device};
+            outputs[key(step)].push_back({});
+            peer.selectedTuningDevices()[port.port] = "";
+            record(step);
         }
     }
     for (int combination = 0; combination < 8; combination++) {
-        int bit = 0;
-        for (const auto& [port, devices] : kPortDevices) {
-            peer.selectedTuningDevices()[port] = devices[(combination >> bit++) & 1];
+        for (int bit = 0; bit < 3; bit++) {
+            peer.selectedTuningDevices()[kPorts[bit].port] =
+                kPorts[bit].devices[(combination >> bit) & 1];
         }
-        record({Op::LOAD}, 0);
+        record({Op::LOAD});
     }
     peer.currentProfileId() = savedProfile;
     peer.profileGeqGains() = savedGains;
@@ -200,42 +186,32 @@ TEST(ConcurrencyTest, EveryEffectReceivesWhatASingleThreadedRunWouldSend) {
     SpatializerParamCache cache;
     const Outputs expected = expectedOutputs(cache);
     // The expected outputs must tell the states apart, or the check below proves nothing.
-    ASSERT_EQ(15u, expected.at(key({Op::CONTENT_ON}, 0)).size());
-    ASSERT_EQ(8u, expected.at(key({Op::LOAD}, 0)).size());
+    ASSERT_EQ(15u, expected.at(key({Op::CONTENT_ON})).size());
+    ASSERT_EQ(8u, expected.at(key({Op::LOAD})).size());
 
-    std::vector<std::vector<Step>> steps(kThreads);
-    std::vector<std::vector<Calls>> received(kThreads);
+    std::vector<std::vector<std::pair<Step, Calls>>> done(kThreads);
     std::atomic<int> ready{0};
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; t++) {
-        std::mt19937 random(1234 + t);
-        for (int i = 0; i < kOperationsPerThread; i++) {
-            Step step{static_cast<Op>(random() % 7), static_cast<int>(random() % kProfiles)};
-            auto port = std::next(kPortDevices.begin(), random() % kPortDevices.size());
-            step.port = port->first;
-            step.device = port->second[random() % port->second.size()];
-            steps[t].push_back(step);
-        }
         threads.emplace_back([&, t] {
+            std::mt19937 random(1234 + t);
             SpatializerParamCache threadCache;
-            for (ready++; ready.load() < kThreads;) {
-                std::this_thread::yield();
-            }
-            for (const Step& step : steps[t]) {
-                received[t].push_back(send(threadCache, step, t));
+            for (ready++; ready.load() < kThreads;) std::this_thread::yield();
+            for (int i = 0; i < kOperationsPerThread; i++) {
+                const auto& port = kPorts[random() % 3];
+                Step step{static_cast<Op>(random() % 7), static_cast<int>(random() % kProfiles),
+                          port.port, port.devices[random() % 2]};
+                done[t].push_back({step, send(threadCache, step)});
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    for (std::thread& thread : threads) thread.join();
     for (int t = 0; t < kThreads; t++) {
-        for (size_t i = 0; i < steps[t].size(); i++) {
-            const std::vector<Calls>& allowed = expected.at(key(steps[t][i], t));
-            EXPECT_TRUE(std::find(allowed.begin(), allowed.end(), received[t][i]) != allowed.end())
-                << "thread " << t << ", operation " << i << " (kind "
-                << static_cast<int>(steps[t][i].op)
-                << ") received: " << testing::PrintToString(received[t][i]);
+        for (const auto& [step, calls] : done[t]) {
+            const std::vector<Calls>& allowed = expected.at(key(step));
+            EXPECT_TRUE(std::find(allowed.begin(), allowed.end(), calls) != allowed.end())
+                << "thread " << t << ", operation " << key(step)
+                << ", received: " << testing::PrintToString(calls);
         }
     }
 }
