@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "LogCapture.h"
@@ -73,12 +74,7 @@ std::string dump(TuningFileParser& parser) {
 
 // Each file's records, and the messages above debug level that reading it logs.
 TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
-    struct Case {
-        const char* file;
-        std::string records;
-        std::vector<std::string> messages;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, std::vector<std::string>> cases[] = {
         // ieq-enable and ieq-amount go to the endpoints that follow them, not to the profile; the
         // steering list takes the dialog enhancer's switch, and both entries exist even without
         // it; the global settings reach every endpoint and tuning.
@@ -201,18 +197,18 @@ TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
          {}},
         {"empty-root.xml", "format= tool= orbex=0 profiles=0 names:\n", {}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file);
+    for (const auto& [file, records, messages] : cases) {
+        SCOPED_TRACE(file);
         LogCapture log;
         TuningFileParser parser;
-        ASSERT_EQ(0, parser.setTuningFile(testDataFile(c.file)));
+        ASSERT_EQ(0, parser.setTuningFile(testDataFile(file)));
         EXPECT_TRUE(parser.isParsed());
-        EXPECT_EQ(c.records, dump(parser));
-        std::vector<std::string> messages;
+        EXPECT_EQ(records, dump(parser));
+        std::vector<std::string> logged;
         for (const test::LogLine& line : log.lines()) {
-            if (line.priority > ANDROID_LOG_DEBUG) messages.push_back(line.message);
+            if (line.priority > ANDROID_LOG_DEBUG) logged.push_back(line.message);
         }
-        EXPECT_EQ(c.messages, messages);
+        EXPECT_EQ(messages, logged);
     }
 }
 
