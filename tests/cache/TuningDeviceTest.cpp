@@ -15,9 +15,10 @@ const Calls kBluetoothCalls = {sent(kBluetooth, DEA, {4}), EffectCall::commit(kA
 const Calls kUsbCalls = {sent(kUsb, VOL, {}), EffectCall::commit(kAll)};
 const Calls kStudioCalls = {sent(kHeadphone, DED, {2}), EffectCall::commit(kAll)};
 
-Calls joined(Calls a, const Calls& b) {
-    append(a, b);
-    return a;
+Calls joined(std::initializer_list<Calls> parts) {
+    Calls all;
+    for (const Calls& part : parts) append(all, part);
+    return all;
 }
 
 class CacheTuningDeviceTest : public ::testing::Test {
@@ -42,9 +43,9 @@ TEST_F(CacheTuningDeviceTest, LoadTuningSendsEachPortsSelection) {
         int result;
         Calls calls;
     } cases[] = {
-        {{}, 6, joined(joined(kHeadphoneCalls, kBluetoothCalls), kUsbCalls)},
-        {{{3, "gone"}}, 6, joined(kBluetoothCalls, kUsbCalls)},
-        {{{3, "studio"}, {5, "gone"}}, -22, joined(kStudioCalls, kBluetoothCalls)},
+        {{}, 6, joined({kHeadphoneCalls, kBluetoothCalls, kUsbCalls})},
+        {{{3, "gone"}}, 6, joined({kBluetoothCalls, kUsbCalls})},
+        {{{3, "studio"}, {5, "gone"}}, -22, joined({kStudioCalls, kBluetoothCalls})},
     };
     for (const auto& c : cases) {
         for (const auto& [port, device] : c.selections) {
@@ -72,7 +73,7 @@ TEST_F(CacheTuningDeviceTest, LoadTuningDeviceSendsOnlyAWholeKnownBlob) {
          {"unknown", "Default_headphone", "short", "cut", "negative", "empty"}) {
         EXPECT_EQ(-22, mCache.loadTuningDevice(device, &effect)) << device;
     }
-    EXPECT_EQ(joined(kHeadphoneCalls, {EffectCall::commit(kAll)}), effect.calls());
+    EXPECT_EQ(joined({kHeadphoneCalls, {EffectCall::commit(kAll)}}), effect.calls());
     // Asking for an unknown device does not make it known.
     EXPECT_EQ(0u, mPeer.xmlTuningParams().count("unknown"));
 }
@@ -111,28 +112,22 @@ TEST_F(CacheTuningDeviceTest, SelectionSendsOnlyANewDeviceOfThePort) {
 // behind the effect's own first word, then sends the tuning.
 TEST_F(CacheTuningDeviceTest, SelectingASpeakerTuningUpdatesTheMixMatrix) {
     const std::vector<int> matrix = {15, 24, 1, 2, 3};
-    std::vector<int> longMatrix(70, 5);
-    auto withFirst = [](int first, const std::vector<int>& words) {
-        std::vector<int> values = {first};
-        values.insert(values.end(), words.begin(), words.end());
-        return values;
-    };
     const struct {
         const char* name;
         int outputChannels;
         std::vector<int> matrix;
         int getResult;
-        std::vector<int> effectDom;
-        // What is sent after reading the effect's speaker "dom"; nothing when empty.
-        std::vector<int> sentDom;
+        // The first word of the effect's speaker "dom": whether its matrix is switched on.
+        int effectFirst;
+        bool updated;
     } cases[] = {
-        {"matrix", 3, matrix, 0, {0, 9, 9}, withFirst(0, matrix)},
-        {"switch on kept", 3, {7, 7}, 0, {1, 0, 0, 0}, {1, 7, 7}},
-        {"longer than the default", 4, longMatrix, 0, {0, 9, 9}, withFirst(0, longMatrix)},
-        {"no matrix", 3, {}, 0, {0, 9, 9}, {}},
-        {"read fails", 3, matrix, -1, {0, 9, 9}, {}},
+        {"matrix", 3, matrix, 0, 0, true},
+        {"switch on kept", 3, {7, 7}, 0, 1, true},
+        {"longer than the default", 4, std::vector<int>(70, 5), 0, 0, true},
+        {"no matrix", 3, {}, 0, 0, false},
+        {"read fails", 3, matrix, -1, 0, false},
         // Not even read.
-        {"two channels", 2, matrix, 0, {0, 9, 9}, {}},
+        {"two channels", 2, matrix, 0, 0, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -144,18 +139,20 @@ TEST_F(CacheTuningDeviceTest, SelectingASpeakerTuningUpdatesTheMixMatrix) {
         mPeer.selectedTuningDevices()[0] = "speaker_a";
         mPeer.tuningParamValue() = c.outputChannels;
         RecordingEffect effect;
-        effect.setAnswer(kSpeaker, code(DOM), c.effectDom, c.getResult);
+        effect.setAnswer(kSpeaker, code(DOM), {c.effectFirst, 9, 9}, c.getResult);
         EXPECT_EQ(0, mCache.setSelectedTuningDevice(0, "speaker_b", &effect));
         Calls expected;
         if (c.outputChannels > 2) {
             expected.push_back(EffectCall::getParam(kSpeaker, code(DOM), kDomCapacity));
         }
-        if (!c.sentDom.empty()) {
-            expected.push_back(sent(kSpeaker, DOM, c.sentDom));
+        if (c.updated) {
+            std::vector<int> dom = {c.effectFirst};
+            dom.insert(dom.end(), c.matrix.begin(), c.matrix.end());
+            expected.push_back(sent(kSpeaker, DOM, dom));
         }
         append(expected, {sent(kSpeaker, VOL, {2}), EffectCall::commit(kAll)});
         EXPECT_EQ(expected, effect.calls());
-        EXPECT_EQ(!c.sentDom.empty(),
+        EXPECT_EQ(c.updated,
                   log.contains("setSelectedTuningDevice(): Update the mix matrix with tuning "
                                "speaker_b",
                                kTag));

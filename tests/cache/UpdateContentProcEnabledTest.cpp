@@ -132,18 +132,11 @@ TEST(UpdateContentProcEnabledTest, OffDisablesMixMatricesAndSwitches) {
 
 // An effect whose first setParam lets another effect instance switch the profile, as another
 // thread may at any moment of an update.
-class ProfileSwitchingEffect : public RecordingEffect {
-public:
+struct ProfileSwitchingEffect : RecordingEffect {
     int setParam(int deviceId, int code, const int* values, int count) override {
-        if (!mSwitched) {
-            mSwitched = true;
-            SpatializerParamCache().setProfile(PROFILE_MUSIC);
-        }
+        if (calls().empty()) SpatializerParamCache().setProfile(PROFILE_MUSIC);
         return RecordingEffect::setParam(deviceId, code, values, count);
     }
-
-private:
-    bool mSwitched = false;
 };
 
 // With multichannel content only the tuned-per-device entries, the graphic EQ and device
