@@ -12,7 +12,7 @@
 #include <climits>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,9 +30,7 @@ namespace {
 
 std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void writeFile(const std::string& path, const std::string& text) {
@@ -104,19 +102,16 @@ TEST_F(BadInputTest, UnusableFilesAreRefusedWhole) {
     }
     load(kExample);
     EXPECT_EQ(5u, mPeer.xmlProfileParams().size());
-}
 
-TEST_F(BadInputTest, UnreadableFileIsRefused) {
-    std::string path = scratch("unreadable.xml");
-    writeFile(path, readFile(kExample));
-    ASSERT_EQ(0, chmod(path.c_str(), 0));
     // Root reads any file; on a device the effect process runs as an ordinary user. Each test
     // runs in a process of its own, so dropping privileges here affects nothing else.
+    writeFile(scratch("unreadable.xml"), example);
+    ASSERT_EQ(0, chmod(scratch("unreadable.xml").c_str(), 0));
     if (getuid() == 0) {
         ASSERT_EQ(0, setgid(65534));
         ASSERT_EQ(0, setuid(65534));
     }
-    expectRefused(path);
+    expectRefused(scratch("unreadable.xml"));
 }
 
 // A megabyte number and a megabyte list among ten thousand profiles. The reader steps over each
