@@ -95,37 +95,51 @@ TEST(SpatializerParamParserTest, MalformedBlobsFailWithTheirExactErrorLines) {
     }
 }
 
-// Nothing is copied, and a caller's buffer need not be word-aligned.
-TEST(SpatializerParamParserTest, WalkReadsEveryEntryInPlaceAtAnyAlignment) {
-    const std::vector<int32_t>& words = kBlob;
-    std::vector<uint8_t> bytes(bytesOf(words) + 1);
-    uint8_t* blob = bytes.data() + 1;
-    memcpy(blob, words.data(), bytesOf(words));
-    SpatializerParamParser parser(blob, bytesOf(words));
-    ASSERT_TRUE(parser.validate());
-    ASSERT_TRUE(parser.begin());
-    EXPECT_EQ(-1, parser.mProfileId);
-    EXPECT_EQ(3, parser.mNumParams);
-    const struct {
-        int32_t device;
-        int32_t code;
-        int32_t count;
-        size_t valuesAt;  // word index into the blob
-    } expected[] = {
-        {kAll, kMdle, 1, 5},
-        {kSpk, kDom, 0, 9},  // no values: points at the next entry's first word
-        {kHp, kIebs, 3, 12},
+// An entry as read: device, code, count, values; the walk ends with the profile id, the number of
+// entries and the index reached, in place of device, code and count.
+using Entry = std::tuple<int32_t, int32_t, int32_t, int32_t*>;
+using Walk = std::pair<std::vector<Entry>, Lines>;
+
+// Walks with begin() and next(), or with forEachEntry(), which must be the same steps.
+Walk walk(void* blob, int size, bool forEach) {
+    SpatializerParamParser parser(blob, size);
+    Walk out;
+    auto read = [&] {
+        out.first.emplace_back(parser.mDeviceId, parser.mParamId, parser.mNumValues, parser.mValues);
     };
-    for (size_t i = 0; i < std::size(expected); i++) {
-        SCOPED_TRACE(i);
-        ASSERT_TRUE(parser.next());
-        EXPECT_EQ(static_cast<int32_t>(i + 1), parser.mParamIndex);
-        EXPECT_EQ(expected[i].device, parser.mDeviceId);
-        EXPECT_EQ(expected[i].code, parser.mParamId);
-        EXPECT_EQ(expected[i].count, parser.mNumValues);
-        EXPECT_EQ(reinterpret_cast<int32_t*>(blob + 4 * expected[i].valuesAt), parser.mValues);
+    LogCapture log;
+    if (forEach) {
+        parser.forEachEntry(read);
+    } else if (parser.begin()) {
+        while (parser.next()) read();
     }
-    EXPECT_FALSE(parser.next());
+    out.first.emplace_back(parser.mProfileId, parser.mNumParams, parser.mParamIndex, nullptr);
+    out.second = log.messages("KrvSpatializerParamParser");
+    return out;
+}
+
+// Nothing is copied, a caller's buffer need not be word-aligned, and forEachEntry reads and logs
+// as begin() and next() do, a cut-short last entry included.
+TEST(SpatializerParamParserTest, WalkReadsEveryEntryInPlaceAtAnyAlignment) {
+    std::vector<uint8_t> bytes(bytesOf(kBlob) + 1);
+    uint8_t* blob = bytes.data() + 1;
+    memcpy(blob, kBlob.data(), bytesOf(kBlob));
+    auto at = [blob](size_t word) { return reinterpret_cast<int32_t*>(blob + 4 * word); };
+    setLogLevel("4");
+    const Walk whole = walk(blob, bytesOf(kBlob), false);
+    // An entry without values points at the next entry's first word.
+    EXPECT_EQ((std::vector<Entry>{{kAll, kMdle, 1, at(5)},
+                                  {kSpk, kDom, 0, at(9)},
+                                  {kHp, kIebs, 3, at(12)},
+                                  {-1, 3, 3, nullptr}}),
+              whole.first);
+    EXPECT_EQ(whole, walk(blob, bytesOf(kBlob), true));
+
+    std::vector<int32_t> cut = {1, 2, kSpk, kDsb, 1, 8, kSpk, kDom, 3, 1};
+    const Walk cutShort = walk(cut.data(), bytesOf(cut), false);
+    EXPECT_EQ((std::vector<Entry>{{kSpk, kDsb, 1, &cut[5]}, {1, 2, 2, nullptr}}), cutShort.first);
+    EXPECT_EQ("next() failed to extract 3 values for parameter #2", cutShort.second.back());
+    EXPECT_EQ(cutShort, walk(cut.data(), bytesOf(cut), true));
 }
 
 TEST(SpatializerParamParserTest, DebugFromLevelTwoVerboseFromLevelFour) {
@@ -157,45 +171,6 @@ TEST(SpatializerParamParserTest, DebugFromLevelTwoVerboseFromLevelFour) {
         EXPECT_EQ(l.debug ? Lines{"SpatializerParamParser()"} : Lines{},
                   parserLines(log, ANDROID_LOG_DEBUG));
         EXPECT_EQ(l.verbose ? verbose : Lines{}, parserLines(log, ANDROID_LOG_VERBOSE));
-    }
-}
-
-// forEachEntry must be begin() and next() in one: the same entries, values in place, and the same
-// lines at the verbose level, a cut-short last entry included.
-TEST(SpatializerParamParserTest, ForEachEntryWalksAsBeginAndNextDo) {
-    using Walk = std::pair<std::vector<std::tuple<int32_t, int32_t, int32_t, int32_t*>>, Lines>;
-    auto walk = [](std::vector<int32_t>& blob, bool forEach) {
-        SpatializerParamParser parser(blob.data(), bytesOf(blob));
-        Walk out;
-        auto read = [&] {
-            out.first.emplace_back(parser.mDeviceId, parser.mParamId, parser.mNumValues,
-                                   parser.mValues);
-        };
-        LogCapture log;
-        if (forEach) {
-            parser.forEachEntry(read);
-        } else if (parser.begin()) {
-            while (parser.next()) read();
-        }
-        out.second = log.messages("KrvSpatializerParamParser");
-        return out;
-    };
-    const struct {
-        std::vector<int32_t> blob;
-        size_t entries;
-        std::string lastLine;
-    } cases[] = {{kBlob, 3, "next()"},
-                 {{1, 2, kSpk, kDsb, 1, 8, kSpk, kDom, 3, 1},
-                  1,
-                  "next() failed to extract 3 values for parameter #2"}};
-    setLogLevel("4");
-    for (auto c : cases) {
-        SCOPED_TRACE(c.entries);
-        const Walk expected = walk(c.blob, false);
-        ASSERT_EQ(c.entries, expected.first.size());
-        ASSERT_EQ(c.lastLine, expected.second.back());
-        const Walk actual = walk(c.blob, true);
-        EXPECT_EQ(expected, actual);
     }
 }
 
