@@ -24,76 +24,66 @@ TEST(SpatializerParamCacheTest, QueriesReadTheStore) {
     EXPECT_EQ((std::vector<int>{7, 8}), cache.getProfileGeqGains());
 }
 
-// With two output channels, or without tunings, every built-in entry goes out unchanged, the
-// speaker's mix matrix included, then one commit whose result is the operation's. Only the
+// With two output channels, or without tunings, every built-in entry goes out unchanged, then one
+// commit whose result is the operation's. Otherwise the speaker's mix matrix is the tuning's: the
+// built-in one is never sent, and the effect's own is only switched on when it is off. Only the
 // common table has mix matrices.
-TEST(SpatializerParamCacheTest, ContentProfileSendsEveryBuiltinEntry) {
-    SpatializerParamCache cache;
-    SpatializerParamArrayTestPeer peer;
-    for (int channels : {2, 6}) {
-        peer.tuningParamValue() = channels;
-        peer.xmlTuningCount() = channels == 2 ? 1 : 0;
-        RecordingEffect effect;
-        effect.setCommitResult(7);
-        EXPECT_EQ(7, cache.setKorvaContentProfile(PROFILE_COMMON, &effect));
-        std::vector<EffectCall> expected = builtinSends(S::mCommonParams);
-        expected.push_back(EffectCall::commit(kAll));
-        EXPECT_EQ(expected, effect.calls()) << channels;
-    }
-    LogCapture log;
-    RecordingEffect effect;
-    EXPECT_EQ(-22, cache.setKorvaContentProfile(static_cast<KrvSpatializerProfileId>(5), &effect));
-    EXPECT_TRUE(effect.calls().empty());
-    EXPECT_TRUE(
-        log.contains("setKorvaContentProfile() Invalid data for profile parameter values.", kTag));
-}
-
-// With more than two output channels and tunings, the speaker's mix matrix is the tuning's: the
-// built-in one is never sent, and the effect's own is only switched on when it is off.
-TEST(SpatializerParamCacheTest, ContentProfileKeepsTheEffectsSpeakerMixMatrix) {
+TEST(SpatializerParamCacheTest, ContentProfileSendsTheBuiltinEntriesButTheSpeakersMatrix) {
     std::vector<int> clamped(kDomCapacity, 0);
     clamped[0] = 1;
     clamped[1] = 9;
+    const std::vector<int> off = {0, 15, 24, 5};
     const struct {
         const char* name;
+        int channels, tunings;
+        bool keepsMatrix;
         int getResult;
         std::vector<int> effectValues;
         int reportedCount;
         // What is sent after reading the effect's speaker "dom"; nothing when empty.
         std::vector<int> sentDom;
     } cases[] = {
-        {"off: switched on", 0, {0, 15, 24, 5}, -1, {1, 15, 24, 5}},
-        {"on: left alone", 0, {2, 15, 24, 5}, -1, {}},
-        {"read fails: left alone", -5, {0, 15, 24, 5}, -1, {}},
+        {"two channels", 2, 1, false, 0, off, -1, {}},
+        {"no tunings", 6, 0, false, 0, off, -1, {}},
+        {"off: switched on", 3, 1, true, 0, off, -1, {1, 15, 24, 5}},
+        {"on: left alone", 3, 1, true, 0, {2, 15, 24, 5}, -1, {}},
+        {"read fails: left alone", 3, 1, true, -5, off, -1, {}},
         // No more is sent back than the buffer holds, whatever count the effect reports.
-        {"count beyond the buffer", 0, {0, 9}, 500, clamped},
+        {"count beyond the buffer", 3, 1, true, 0, {0, 9}, 500, clamped},
     };
     SpatializerParamArrayTestPeer peer;
-    peer.tuningParamValue() = 3;
-    peer.xmlTuningCount() = 1;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        peer.tuningParamValue() = c.channels;
+        peer.xmlTuningCount() = c.tunings;
         LogCapture log;
         SpatializerParamCache cache;
         RecordingEffect effect;
         effect.setAnswer(kSpeaker, code(DOM), c.effectValues, c.getResult, c.reportedCount);
-        EXPECT_EQ(0, cache.setKorvaContentProfile(PROFILE_COMMON, &effect));
+        effect.setCommitResult(7);
+        EXPECT_EQ(7, cache.setKorvaContentProfile(PROFILE_COMMON, &effect));
         std::vector<EffectCall> expected;
         for (const EffectCall& call : builtinSends(S::mCommonParams)) {
-            if (call.deviceId == kSpeaker && call.code == code(DOM)) {
+            if (c.keepsMatrix && call.deviceId == kSpeaker && call.code == code(DOM)) {
                 expected.push_back(EffectCall::getParam(kSpeaker, code(DOM), kDomCapacity));
-                if (!c.sentDom.empty()) {
-                    expected.push_back(sent(kSpeaker, DOM, c.sentDom));
-                }
+                if (!c.sentDom.empty()) expected.push_back(sent(kSpeaker, DOM, c.sentDom));
             } else {
                 expected.push_back(call);
             }
         }
         expected.push_back(EffectCall::commit(kAll));
         EXPECT_EQ(expected, effect.calls());
-        EXPECT_EQ(1u, log.count("setKorvaContentProfile(): Hardcoded dom parameter values skipped",
-                                kTag));
+        EXPECT_EQ(
+            c.keepsMatrix ? 1u : 0u,
+            log.count("setKorvaContentProfile(): Hardcoded dom parameter values skipped", kTag));
     }
+    LogCapture log;
+    RecordingEffect effect;
+    EXPECT_EQ(-22, SpatializerParamCache().setKorvaContentProfile(
+                       static_cast<KrvSpatializerProfileId>(5), &effect));
+    EXPECT_TRUE(effect.calls().empty());
+    EXPECT_TRUE(
+        log.contains("setKorvaContentProfile() Invalid data for profile parameter values.", kTag));
 }
 
 // The gains go into the effect's own bands, at most twenty of them, when the effect has the 41
