@@ -49,18 +49,17 @@ using BlobEntry = std::tuple<int, std::string, std::vector<int>>;
 // and the last entry ends at its last word.
 std::vector<BlobEntry> readBlob(std::vector<int> words) {
     SpatializerParamParser parser(words.data(), static_cast<int>(words.size() * sizeof(int)));
-    EXPECT_TRUE(parser.validate());
     std::vector<BlobEntry> entries;
-    if (!parser.begin()) {
-        ADD_FAILURE() << "blob without header";
+    if (!parser.validate()) {
+        ADD_FAILURE() << "invalid blob";
         return entries;
     }
-    EXPECT_EQ(kAll, parser.mProfileId);
     int* end = words.data() + 2;
-    while (parser.next()) {
+    parser.forEachEntry([&] {
         end = parser.mValues + parser.mNumValues;
         entries.push_back({parser.mDeviceId, codeText(parser.mParamId), {parser.mValues, end}});
-    }
+    });
+    EXPECT_EQ(kAll, parser.mProfileId);
     EXPECT_EQ(end, words.data() + words.size()) << "words after the last entry";
     return entries;
 }
@@ -96,16 +95,6 @@ struct LoadedStore {
     SpatializerParamArray& store;
     SpatializerParamArrayTestPeer peer;
 };
-
-std::vector<std::string> errors(const LogCapture& log) {
-    std::vector<std::string> lines;
-    for (const LogLine& line : log.lines()) {
-        if (line.tag == kStoreLogTag && line.priority == ANDROID_LOG_ERROR) {
-            lines.push_back(line.message);
-        }
-    }
-    return lines;
-}
 
 // first, then the numbers from..to.
 std::vector<int> range(std::vector<int> first, int from, int to) {
@@ -290,7 +279,7 @@ TEST(MissingDefaultDeviceTest, RefusesEveryTuningAndSpeakersTakeTheDefaults) {
     SpatializerParamArrayTestPeer& peer = loaded.peer;
     EXPECT_EQ((std::vector<std::string>{"loadSpatializerXMLFile() default tuningDevice default_usb "
                                         "is not available for port usb."}),
-              errors(log));
+              log.messages(kStoreLogTag, ANDROID_LOG_ERROR));
     EXPECT_EQ(0, peer.xmlTuningCount());
     // The blobs are still filed; only the count says that none may be used.
     EXPECT_EQ(4u, peer.xmlTuningParams().size());
@@ -317,7 +306,7 @@ TEST(NoSpeakerDeviceTest, EmptySpeakerSelectionRefusesEveryTuning) {
     LoadedStore loaded(testDataFile("loader-no-speaker.xml"));
     EXPECT_EQ((std::vector<std::string>{"loadSpatializerXMLFile() default tuningDevice  is not "
                                         "available for port internal_speaker."}),
-              errors(log));
+              log.messages(kStoreLogTag, ANDROID_LOG_ERROR));
     EXPECT_EQ("", loaded.peer.selectedTuningDevices().at(DEVICE_INTERNAL_SPEAKER));
     EXPECT_EQ(0, loaded.peer.xmlTuningCount());
     EXPECT_EQ(2, loaded.peer.tuningParamValue());

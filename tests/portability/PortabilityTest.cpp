@@ -23,19 +23,21 @@ namespace korva {
 namespace {
 
 // char is signed on x86_64 and unsigned on AArch64: bytes from 0x80 up must be taken as unsigned
-// on both, never sign-extended into the upper bytes.
-TEST(CharSignednessTest, ParameterCodesTakeHighBytesAsUnsigned) {
-    // Only A-Z are lowered: 0xC9 (Latin-1 capital E acute) stays as it is.
+// on both, never sign-extended into the upper bytes. Only A-Z are lowered (0xC9, Latin-1 capital
+// E acute, stays), and names of no code length give 0.
+TEST(CharSignednessTest, ParameterCodesPackLowerCasedBytesAsUnsigned) {
     const struct {
         const char* name;
         uint32_t code;
     } kCases[] = {
         {"\xE9", 0x000000E9u},   {"\xFF\xFF", 0x0000FFFFu}, {"A\x80", 0x00008061u},
         {"\xC9ON", 0x006E6FC9u}, {"DE\xFFN", 0x6EFF6564u},  {"\x80\x80\x80\x80", 0x80808080u},
+        {"DVLE", 0x656C7664u},   {"A_1", 0x00315f61u},      {"", 0u},
+        {"ABCDE", 0u},
     };
     for (const auto& c : kCases) {
         EXPECT_EQ(c.code, static_cast<uint32_t>(vexParameterCode(c.name)))
-            << "name bytes " << std::hex << static_cast<unsigned>(c.name[0] & 0xFF);
+            << "expected " << std::hex << c.code;
     }
 }
 

@@ -1,4 +1,4 @@
-// Parameter codes, the command buffer every blob is made of, and the hand-over to the engine.
+// The command buffer every blob is made of, and its hand-over to the engine.
 
 #include <android/log.h>
 #include <gtest/gtest.h>
@@ -14,16 +14,6 @@ namespace korva {
 namespace {
 
 using Words = std::vector<int>;
-
-TEST(VexParameterTest, CodesPackTheLowerCaseNameLittleEndian) {
-    EXPECT_EQ(0x656C7664, vexParameterCode(DVLE));
-    EXPECT_EQ(0x6E6F6569, vexParameterCode(IEON));
-    EXPECT_EQ(0x006C6F76, vexParameterCode(VOL));
-    // Names of no code length give 0; only capitals are folded.
-    EXPECT_EQ(0, vexParameterCode(""));
-    EXPECT_EQ(0, vexParameterCode("ABCDE"));
-    EXPECT_EQ(0x00315f61, vexParameterCode("A_1"));
-}
 
 TEST(SetParamCommandTest, EveryOverloadAppendsOneEntryInTheBlobLayout) {
     SetParamCommand cmd(3);
