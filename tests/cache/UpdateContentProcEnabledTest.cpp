@@ -81,17 +81,23 @@ std::vector<EffectCall> onWithTuningMatrix() {
 // Without tunings the entries tuned per device stay out; without tunings, a matrix or more than
 // two channels the speaker's own matrix goes out.
 TEST(UpdateContentProcEnabledTest, OnSendsTheSpeakerTuningsMatrixOnlyWhereItApplies) {
+    // The tuning's graphic EQ takes as many of the user's gains as there are, up to twenty.
     const struct {
         int tunings, channels;
         bool matrix;
-    } cases[] = {{1, 3, true}, {1, 3, false}, {0, 3, true}, {1, 2, true}};
+        size_t gains;
+    } cases[] = {{1, 3, true, 20}, {1, 3, false, 0}, {0, 3, true, 10}, {1, 2, true, 22}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.tunings << c.channels << c.matrix);
+        SCOPED_TRACE(::testing::Message() << c.tunings << c.channels << c.matrix << c.gains);
         prepareStore(c.tunings, c.channels, c.matrix);
+        SpatializerParamArrayTestPeer().profileGeqGains()[PROFILE_MOVIE] = counting(-1, -1, c.gains);
         RecordingEffect effect;
         effect.setCommitResult(4);
         EXPECT_EQ(4, SpatializerParamCache().updateContentProcEnabled(&effect, true, false));
         std::vector<EffectCall> expected = onWithTuningMatrix();
+        std::vector<int> gains = counting(100, 1, 20);
+        std::copy_n(kUserGains.begin(), std::min<size_t>(c.gains, 20), gains.begin());
+        expected[2] = sent(kAll, GEBS, geqEntry(gains));
         if (c.tunings == 0 || c.channels == 2 || !c.matrix) {
             expected[3] = sent(kSpeaker, DOM, kSpeakerDom);
         }
@@ -222,25 +228,6 @@ TEST(UpdateContentProcEnabledTest, EarlierRulesWinOverTheEnginesClasses) {
     EXPECT_EQ(sent(kSpeaker, DSOE, {1}), offSends.front());
     EXPECT_EQ(sent(kAll, MDLE, {0}), offSends.back());
     VexParamStore::resetParamClasses();
-}
-
-// The tuning's bands take as many of the profile's gains as there are, up to twenty.
-TEST(UpdateContentProcEnabledTest, TheGraphicEqTakesWhatUserGainsThereAre) {
-    SpatializerParamArrayTestPeer peer;
-    peer.xmlProfileParams()[PROFILE_CUSTOM] = Blob().add(kAll, GEBS, kTuningGeq);
-    SpatializerParamCache cache;
-    cache.setProfile(PROFILE_CUSTOM);
-    for (size_t count : {0, 10, 22}) {
-        peer.profileGeqGains()[PROFILE_CUSTOM] = counting(-1, -1, count);
-        std::vector<int> gains = counting(100, 1, 20);
-        std::copy_n(counting(-1, -1, count).begin(), std::min<size_t>(count, 20), gains.begin());
-        RecordingEffect effect;
-        EXPECT_EQ(0, cache.updateContentProcEnabled(&effect, true, false));
-        EXPECT_EQ(
-            (std::vector<EffectCall>{sent(kAll, GEBS, geqEntry(gains)), EffectCall::commit(kAll)}),
-            effect.calls())
-            << count;
-    }
 }
 
 }  // namespace
