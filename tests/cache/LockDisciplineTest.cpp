@@ -1,7 +1,6 @@
 // The store's lock is not re-entrant, and the singleton has a creation lock of its own: a nested
 // or out-of-order locking would hang. Every cache operation runs here from threads racing the
 // store's creation, on a worker with a deadline, so such a hang fails the test instead of the run.
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>

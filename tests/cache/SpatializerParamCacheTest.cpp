@@ -1,5 +1,4 @@
 // The cache's queries, the sending of built-in profile blobs and of the user's graphic-EQ gains.
-#include <gtest/gtest.h>
 
 #include "CacheTestSupport.h"
 

@@ -1,5 +1,4 @@
 // Sending tuning devices: all selected ones, one by name, and a change of a port's selection.
-#include <gtest/gtest.h>
 
 #include "CacheTestSupport.h"
 #include "model/Parameter.h"

@@ -1,6 +1,5 @@
 // Re-sending the current profile's tuning-file blob when content processing switches: which rule
 // decides each entry, in which order, and what goes to the effect.
-#include <gtest/gtest.h>
 
 #include "CacheTestSupport.h"
 #include "engine/VexParamStore.h"

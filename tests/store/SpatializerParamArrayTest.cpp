@@ -2,21 +2,16 @@
 // file. Each test runs in a process of its own, so each builds the store afresh from the
 // properties it sets first.
 #include <android-base/properties.h>
-#include <android/log.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "StoreTest.h"
 #include "store/SpatializerParamParser.h"
 
-namespace korva {
+namespace korva::test {
 namespace {
 
 using android::base::SetProperty;
-using Lines = std::vector<std::string>;
 using S = SpatializerParamArray;
 
 constexpr const char* kOdmDefault = "/odm/etc/korva/kvx-default-spatializer.xml";
@@ -28,8 +23,8 @@ TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsLoadsAndRes
     SetProperty("ro.product.name", "quenthorn");
     SetProperty("persist.vendor.audio.pa.smartpa_type", "fs19xx");
     SetProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
-    test::ScopedHostRoot root;
-    test::LogCapture log;
+    ScopedHostRoot root;
+    LogCapture log;
     SpatializerParamArray& store = SpatializerParamArray::getInstance();
 
     const std::string path = root.path() + kOdmFs19xx;
@@ -53,7 +48,7 @@ TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsLoadsAndRes
     EXPECT_TRUE(peer.profileGeqGains().empty());
 }
 
-class StoreTablesTest : public test::StoreTest {};
+class StoreTablesTest : public StoreTest {};
 
 TEST_F(StoreTablesTest, BuiltinTablesAreWholeBlobsCopiedExactly) {
     const struct {
@@ -158,4 +153,4 @@ TEST_F(StoreTablesTest, TuningFileFollowsProductAmplifierAndWhatExists) {
 }
 
 }  // namespace
-}  // namespace korva
+}  // namespace korva::test

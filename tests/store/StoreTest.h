@@ -16,6 +16,8 @@
 
 namespace korva::test {
 
+using Lines = std::vector<std::string>;
+
 class StoreTest : public ::testing::Test {
 protected:
     std::vector<std::string> storeLines(int priority) const {

@@ -1,20 +1,13 @@
 // Tuning devices per output port: what each port offers, which device is selected, the mix
 // matrices per device, and the start-up check of the default selections.
-#include <android/log.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "StoreTest.h"
 #include "model/Parameter.h"
 
-namespace korva {
+namespace korva::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class TuningDevicesTest : public test::StoreTest {
+class TuningDevicesTest : public StoreTest {
 protected:
     void SetUp() override {
         mPeer.addTuningDevice("default_headphone", "headphone", {1, 0}, {1, 1, 7, 8});
@@ -136,4 +129,4 @@ TEST_F(TuningDevicesTest, FirstMissingDefaultDisablesEveryTuning) {
 }
 
 }  // namespace
-}  // namespace korva
+}  // namespace korva::test

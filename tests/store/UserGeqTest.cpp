@@ -1,13 +1,9 @@
 // Restoring the user's persisted ten-band graphic-EQ setting into the profiles' twenty-band gains.
 #include <android-base/properties.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 #include "StoreTest.h"
 
-namespace korva {
+namespace korva::test {
 namespace {
 
 using android::base::SetProperty;
@@ -18,7 +14,7 @@ const std::vector<int> kOneToTenAdjusted = {-58, -50, -42, -34, -26, -18, -10, -
 const std::vector<int> kOneToTenRaw = {16, 24,  32,  40,  48,  56,  64,  72,  80,  88,
                                        96, 104, 112, 120, 128, 136, 144, 152, 160, 160};
 
-class UserGeqTest : public test::StoreTest {
+class UserGeqTest : public StoreTest {
 protected:
     // Restores with the given properties over gains as loading leaves them (for the dynamic and
     // music profiles only); returns the gains then stored, the same for both.
@@ -99,4 +95,4 @@ TEST_F(UserGeqTest, NoOrMalformedUserGainsLeaveTheLoadedGains) {
 }
 
 }  // namespace
-}  // namespace korva
+}  // namespace korva::test
