@@ -102,10 +102,9 @@ TEST(ParameterTranslatorTest, EntriesComeInTranslatorCreationOrder) {
     for (int p = 0; p < kNumParameters; p++) in[static_cast<Parameter>(p)] = {p + 1};
     in[OUTPUT_CHANNELS] = {2};
     for (Parameter on : {VIRTUAL_BASS_ENABLE, COMPLEX_EQUALIZER_ENABLE, BASS_MBDRC_ENABLE,
-                         REGULATOR_SIBILANCE_SUPPRESS_ENABLE}) {
+                         REGULATOR_SIBILANCE_SUPPRESS_ENABLE, DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE}) {
         in[on] = {1};
     }
-    in[DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE] = {1};
     auto v = [&in](Parameter p) { return in.at(p)[0]; };
     std::map<VexParameter, std::vector<int>> passed = {
         {IEBS, {1, v(IEQ_FREQUENCY), v(IEQ_TARGET)}},
@@ -166,29 +165,8 @@ struct Case {
     Values after = {};  // record values after translation, for the parameters listed
     Endpoint endpoint = ENDPOINT_SPEAKER;
     bool mono = false;
+    Parameter notValid = static_cast<Parameter>(kNumParameters);  // one the record refuses
 };
-
-void run(const Case& c, const std::set<Parameter>& valid = allParameters()) {
-    SCOPED_TRACE(c.name);
-    TestRecord record(c.input, valid);
-    SetParamCommand cmd(0x40000000);
-    cmd.setDeviceId(0x4000);
-    ParameterTranslator::sTranslatorCollection->getTranslator(c.source)->vexTranslate(
-        cmd, record, c.endpoint, c.mono);
-    std::vector<Entry> expected;
-    for (const auto& [param, values] : c.expected) expected.push_back({0x4000, param, values});
-    EXPECT_EQ(expected, entriesOf(cmd));
-    for (const auto& [parameter, values] : c.after) {
-        auto held = record.values.find(parameter);
-        if (values == kAbsent) {
-            EXPECT_EQ(record.values.end(), held) << kParameterNames[parameter];
-        } else {
-            ASSERT_NE(record.values.end(), held) << kParameterNames[parameter];
-            EXPECT_EQ(values, held->second) << kParameterNames[parameter];
-        }
-    }
-    EXPECT_FALSE(record.dirty);
-}
 
 // base with extra's lists put in.
 Values with(Values base, const Values& extra) {
@@ -259,6 +237,10 @@ TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
          {{VIRTUALIZER_ENABLE, {0}}, {ORIENTATION, {2}}},
          {{DOM, {0, 2, 2}}}, {{ORIENTATION, {2}}, {OUTPUT_MIX_MATRIX, kAbsent}}, ENDPOINT_OTHER,
          true},
+        // A record kind without the virtualizer gets no output mode, and nothing is read from it.
+        {ORIENTATION, "no virtualizer", {}, {},
+         {{VIRTUALIZER_ENABLE, kAbsent}, {ORIENTATION, kAbsent}}, ENDPOINT_SPEAKER, false,
+         VIRTUALIZER_ENABLE},
 
         // The optimizer writes only for 2 or 4 channels.
         {ao, "stereo", with(optimizer, {{channels, {2}}}),
@@ -296,17 +278,25 @@ TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
          {{ARSA, {6, 9}}, {ARBS, arbs}}},
     };
     // clang-format on
-    for (const Case& c : cases) run(c);
-
-    // A record kind without the virtualizer gets no output mode, and nothing is read from it.
-    std::set<Parameter> noVirtualizer = allParameters();
-    noVirtualizer.erase(VIRTUALIZER_ENABLE);
-    run({ORIENTATION,
-         "no virtualizer",
-         {},
-         {},
-         {{VIRTUALIZER_ENABLE, kAbsent}, {ORIENTATION, kAbsent}}},
-        noVirtualizer);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::set<Parameter> valid = allParameters();
+        valid.erase(c.notValid);
+        TestRecord record(c.input, valid);
+        SetParamCommand cmd(0x40000000);
+        cmd.setDeviceId(0x4000);
+        ParameterTranslator::sTranslatorCollection->getTranslator(c.source)->vexTranslate(
+            cmd, record, c.endpoint, c.mono);
+        std::vector<Entry> expected;
+        for (const auto& [param, values] : c.expected) expected.push_back({0x4000, param, values});
+        EXPECT_EQ(expected, entriesOf(cmd));
+        for (const auto& [parameter, values] : c.after) {
+            auto held = record.values.find(parameter);
+            EXPECT_EQ(values, held == record.values.end() ? kAbsent : held->second)
+                << kParameterNames[parameter];
+        }
+        EXPECT_FALSE(record.dirty);
+    }
 }
 
 }  // namespace
