@@ -4,7 +4,7 @@
 
 #include <utils/Mutex.h>
 
-#include <cstring>
+#include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
@@ -38,8 +38,12 @@ public:
         mStore.checkDefaultTuningDevices();
     }
 
-    void setProductName(const char* name) { copyText(mStore.mProductName, name); }
-    void setSmartPaType(const char* type) { copyText(mStore.mSmartPaType, type); }
+    void setProductName(const char* name) {
+        snprintf(mStore.mProductName, sizeof(mStore.mProductName), "%s", name);
+    }
+    void setSmartPaType(const char* type) {
+        snprintf(mStore.mSmartPaType, sizeof(mStore.mSmartPaType), "%s", type);
+    }
 
     int& currentProfileId() { return mStore.mCurrentProfileId; }
     std::map<int, std::vector<int>>& xmlProfileParams() { return mStore.mXMLProfileParams; }
@@ -56,12 +60,6 @@ public:
     int& defaultMixMatrixLength() { return mStore.mDefaultMixMatrixLength; }
 
 private:
-    template <size_t N>
-    static void copyText(char (&buffer)[N], const char* text) {
-        memset(buffer, 0, N);
-        strncpy(buffer, text, N - 1);
-    }
-
     SpatializerParamArray& mStore;
 };
 
