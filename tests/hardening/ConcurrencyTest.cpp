@@ -38,7 +38,7 @@ const struct {
               {4, kBluetooth, {"default_bluetooth", "car_bluetooth"}},
               {5, kUsb, {"default_usb", "dock_usb"}}};
 
-// The gains the threads write: even threads one vector, odd threads the other.
+// The two gain vectors the threads write.
 const std::vector<int> kThreadGains[2] = {counting(100, 1, 20), counting(-300, 1, 20)};
 
 std::vector<int> geqEntry() {
@@ -65,11 +65,9 @@ void fillStore() {
         peer.xmlProfileCount()++;
         peer.profileGeqGains()[id] = counting(10 * id, 1, 20);
     }
+    // Tuning blobs go to the effect as they are: only that each is the device's own matters.
     auto tuningBlob = [](int device, int seed) -> std::vector<int> {
-        return Blob()
-            .add(device, VBM, {seed})
-            .add(device, DSB, {seed, seed + 1})
-            .add(device, DEA, {3});
+        return Blob().add(device, VBM, {seed}).add(device, DSB, {seed, seed + 1});
     };
     peer.addTuningDevice("speaker_main", "internal_speaker", tuningBlob(kSpeaker, 7),
                          {0, 1, 2, 2, 16384, 0, 0, 16384});
