@@ -93,17 +93,14 @@ TEST(SetParamCommandTest, ExecuteHandsTheEntriesToTheEngineAndCommitsOnce) {
         1u, log.count("sendSharedStore() Invalid data for setting parameter values.", "VexEffect"));
 }
 
-std::set<Parameter> allParameters() {
-    std::set<Parameter> all;
-    for (int p = 0; p < kNumParameters; p++) all.insert(static_cast<Parameter>(p));
-    return all;
-}
-
+// A record kind that accepts every parameter but `refused`.
 class TestRecord : public ParameterValues {
 public:
-    explicit TestRecord(Values initial, std::set<Parameter> valid = allParameters())
-        : ParameterValues(7, false), mValid(std::move(valid)) {
+    explicit TestRecord(Values initial, int refused = kNumParameters) : ParameterValues(7, false) {
         values = std::move(initial);
+        for (int p = 0; p < kNumParameters; p++) {
+            if (p != refused) mValid.insert(static_cast<Parameter>(p));
+        }
     }
     int64_t getId() const override { return id; }
     const std::set<Parameter>& getValidParams() const override { return mValid; }
@@ -237,7 +234,7 @@ struct Case {
     Values after = {};  // record values after translation, for the parameters listed
     Endpoint endpoint = ENDPOINT_SPEAKER;
     bool mono = false;
-    Parameter notValid = static_cast<Parameter>(kNumParameters);  // one the record refuses
+    int refused = kNumParameters;  // a parameter the record kind does not accept
 };
 
 // base with extra's lists put in.
@@ -352,9 +349,7 @@ TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
     // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        std::set<Parameter> valid = allParameters();
-        valid.erase(c.notValid);
-        TestRecord record(c.input, valid);
+        TestRecord record(c.input, c.refused);
         SetParamCommand cmd(0x40000000);
         cmd.setDeviceId(0x4000);
         ParameterTranslator::sTranslatorCollection->getTranslator(c.source)->vexTranslate(
