@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "engine/EffectParamParser.h"
@@ -26,32 +27,25 @@ namespace {
 // on both, never sign-extended into the upper bytes. Only A-Z are lowered (0xC9, Latin-1 capital
 // E acute, stays), and names of no code length give 0.
 TEST(CharSignednessTest, ParameterCodesPackLowerCasedBytesAsUnsigned) {
-    const struct {
-        const char* name;
-        uint32_t code;
-    } kCases[] = {
+    const std::pair<const char*, uint32_t> kCases[] = {
         {"\xE9", 0x000000E9u},   {"\xFF\xFF", 0x0000FFFFu}, {"A\x80", 0x00008061u},
         {"\xC9ON", 0x006E6FC9u}, {"DE\xFFN", 0x6EFF6564u},  {"\x80\x80\x80\x80", 0x80808080u},
         {"DVLE", 0x656C7664u},   {"A_1", 0x00315f61u},      {"", 0u},
         {"ABCDE", 0u},
     };
-    for (const auto& c : kCases) {
-        EXPECT_EQ(c.code, static_cast<uint32_t>(vexParameterCode(c.name)))
-            << "expected " << std::hex << c.code;
+    for (const auto& [name, code] : kCases) {
+        EXPECT_EQ(code, static_cast<uint32_t>(vexParameterCode(name))) << std::hex << code;
     }
 }
 
 TEST(CharSignednessTest, NumbersStopAtHighBytes) {
     // UTF-8 digits of other scripts and Latin-1 superscripts are not decimal digits.
-    const struct {
-        std::string text;
-        std::vector<int> values;
-    } kCases[] = {
+    const std::pair<std::string, std::vector<int>> kCases[] = {
         {"1,\xE9,2", {1}}, {"\xD9\xA1\xD9\xA2", {}}, {"3 \xB2", {3}}, {"-4,5\xFF", {-4, 5}}};
-    for (const auto& c : kCases) {
+    for (const auto& [text, expected] : kCases) {
         std::vector<int> values;
-        string2IntVector(c.text, values);
-        EXPECT_EQ(c.values, values) << c.text;
+        string2IntVector(text, values);
+        EXPECT_EQ(expected, values) << text;
     }
     EXPECT_EQ(0, string2Int("\xB9"));
     EXPECT_EQ(7, string2Int("7\xB9"));
