@@ -12,28 +12,20 @@ public:
     ParserBuffer(void* data, int size);
 
     // Moves the cursor by `bytes` when the new position stays inside the buffer; otherwise
-    // leaves it where it was and returns false. Negative moves are allowed. Inline, as is
-    // readWord: every delivery calls them four times per entry.
-    bool skip(int bytes) {
-        // Computed wide so that no sum can wrap. A position before the start is refused as well:
-        // a blob with a negative value count may step back, but never out of the buffer.
-        int64_t end = int64_t{mOffset} + bytes;
-        if (end > mSize || end < 0) {
-            return false;
-        }
-        mOffset = static_cast<int32_t>(end);
-        return true;
-    }
+    // leaves it where it was and returns false. Negative moves are allowed.
+    bool skip(int bytes);
 
 protected:
     // Reads the 32-bit word at the cursor and steps past it; false when it does not fit.
+    // Inline: every delivery reads three words per entry.
     bool readWord(int32_t* out) {
-        int32_t at = mOffset;
-        if (!skip(sizeof(*out))) {
+        // Wide, so that no sum can wrap; the cursor itself never leaves the buffer.
+        if (int64_t{mOffset} + int64_t{sizeof(*out)} > mSize) {
             return false;
         }
         // memcpy: a blob handed in by a caller need not be word-aligned.
-        memcpy(out, mData + at, sizeof(*out));
+        memcpy(out, mData + mOffset, sizeof(*out));
+        mOffset += sizeof(*out);
         return true;
     }
 
