@@ -33,5 +33,26 @@ std::vector<std::vector<std::string>> parseChildRows(TagIterator& iterator, int 
 // saves the cursor before and restores it after.
 bool descend(TagIterator& iterator, int levels);
 
+// Steps into a tuning element, whose device bindings come first, and calls onBinding() with the
+// cursor on each "device_id" element. Returns true with the cursor on the first other element,
+// the tuning's data; false when there is none. The caller saves and restores the cursor.
+template <typename OnBinding>
+bool walkDeviceBindings(TagIterator& iterator, OnBinding onBinding) {
+    if (!iterator.isChildrenValid()) {
+        return false;
+    }
+    iterator.childrenNext();
+    for (; iterator.isCurValid(); iterator.next()) {
+        if (!iterator.isElementNode()) {
+            continue;
+        }
+        if (iterator.getNodeName() != "device_id") {
+            return true;
+        }
+        onBinding();
+    }
+    return false;
+}
+
 }  // namespace NodeParseUtils
 }  // namespace korva

@@ -320,21 +320,8 @@ bool TuningFileParser::parseTuning() {
     tuning->set(ORIENTATION, {string2Int(attributes[3])});
     tuning->set(OUTPUT_CHANNELS, {string2Int(attributes[4])});
 
-    // Device bindings come first; the first other element is the data element.
-    bool hasData = false;
-    if (mIterator.isChildrenValid()) {
-        mIterator.childrenNext();
-        for (; mIterator.isCurValid(); mIterator.next()) {
-            if (!mIterator.isElementNode()) {
-                continue;
-            }
-            if (mIterator.getNodeName() != "device_id") {
-                hasData = true;
-                break;
-            }
-            parseDeviceTuning(name);
-        }
-    }
+    const bool hasData =
+        NodeParseUtils::walkDeviceBindings(mIterator, [&] { parseDeviceTuning(name); });
     if (!hasData) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "There is no <data> in Tuning section");
         delete tuning;

@@ -569,21 +569,8 @@ bool TuningFileLinter::lintTuning() {
         }
     }
 
-    // Device bindings come first; the first other element is the data element.
-    bool hasData = false;
-    if (mIterator.isChildrenValid()) {
-        mIterator.childrenNext();
-        for (; mIterator.isCurValid(); mIterator.next()) {
-            if (!mIterator.isElementNode()) {
-                continue;
-            }
-            if (mIterator.getNodeName() != "device_id") {
-                hasData = true;
-                break;
-            }
-            lintDeviceTuning(name);
-        }
-    }
+    const bool hasData =
+        NodeParseUtils::walkDeviceBindings(mIterator, [&] { lintDeviceTuning(name); });
     if (!hasData) {
         int skipped = 0;
         int from = 0;
