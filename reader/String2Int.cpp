@@ -15,56 +15,61 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Reads one int from text at pos as a stream's extraction would in the classic locale, but
-// without building a stream (and without regard to the process's global locale). Returns false
-// when there are no digits (value 0) or the number is out of range (value clamped).
-bool extractInt(const std::string& text, size_t& pos, int& value) {
-    while (pos < text.size() && isSpace(text[pos])) {
-        pos++;
+// Reads one int from [at, end) as a stream's extraction would in the classic locale, but
+// without building a stream (and without regard to the process's global locale). Returns where
+// reading stopped, with ok false when there are no digits (value 0) or the number is out of range
+// (value clamped). Works on pointers held in locals: every number of a tuning file goes through
+// here, and the loop must not reload the string at each character.
+const char* extractInt(const char* at, const char* end, int& value, bool& ok) {
+    while (at < end && isSpace(*at)) {
+        at++;
     }
     bool negative = false;
-    if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
-        negative = text[pos] == '-';
-        pos++;
+    if (at < end && (*at == '+' || *at == '-')) {
+        negative = *at == '-';
+        at++;
     }
-    const size_t firstDigit = pos;
+    const char* firstDigit = at;
     // One past INT_MAX's magnitude is enough to tell every overflow.
     constexpr int64_t kLimit = int64_t{INT_MAX} + 1;
     int64_t magnitude = 0;
-    for (; pos < text.size() && isDigit(text[pos]); pos++) {
+    for (; at < end && isDigit(*at); at++) {
         if (magnitude <= kLimit) {
-            magnitude = magnitude * 10 + (text[pos] - '0');
+            magnitude = magnitude * 10 + (*at - '0');
         }
     }
-    if (pos == firstDigit) {
+    if (at == firstDigit) {
         value = 0;
-        return false;
-    }
-    if (negative) {
+        ok = false;
+    } else if (negative) {
         value = magnitude >= kLimit ? INT_MIN : static_cast<int>(-magnitude);
-        return magnitude <= kLimit;
+        ok = magnitude <= kLimit;
+    } else {
+        value = magnitude > INT_MAX ? INT_MAX : static_cast<int>(magnitude);
+        ok = magnitude <= INT_MAX;
     }
-    value = magnitude > INT_MAX ? INT_MAX : static_cast<int>(magnitude);
-    return magnitude <= INT_MAX;
+    return at;
 }
 
 }  // namespace
 
 int string2Int(const std::string& text) {
-    size_t pos = 0;
     int value = 0;
-    extractInt(text, pos, value);
+    bool ok = false;
+    extractInt(text.data(), text.data() + text.size(), value, ok);
     return value;
 }
 
 void string2IntVector(const std::string& text, std::vector<int>& out) {
-    size_t pos = 0;
+    const char* at = text.data();
+    const char* const end = at + text.size();
     int value = 0;
-    while (extractInt(text, pos, value)) {
+    bool ok = false;
+    for (at = extractInt(at, end, value, ok); ok; at = extractInt(at, end, value, ok)) {
         out.push_back(value);
         // One separator is allowed between numbers; a second one ends the list.
-        if (pos < text.size() && (text[pos] == ',' || text[pos] == ' ' || text[pos] == '\t')) {
-            pos++;
+        if (at < end && (*at == ',' || *at == ' ' || *at == '\t')) {
+            at++;
         }
     }
 }
