@@ -16,16 +16,26 @@ public:
     bool skip(int bytes);
 
 protected:
+    // skip() for the readers' own steps, inline: every delivery takes four per entry.
+    bool move(int64_t bytes) {
+        // Wide, so that no sum can wrap. A position before the start is refused as well: a blob
+        // with a negative value count may step back, but never out of the buffer.
+        int64_t end = int64_t{mOffset} + bytes;
+        if (end > mSize || end < 0) {
+            return false;
+        }
+        mOffset = static_cast<int32_t>(end);
+        return true;
+    }
+
     // Reads the 32-bit word at the cursor and steps past it; false when it does not fit.
-    // Inline: every delivery reads three words per entry.
     bool readWord(int32_t* out) {
-        // Wide, so that no sum can wrap; the cursor itself never leaves the buffer.
-        if (int64_t{mOffset} + int64_t{sizeof(*out)} > mSize) {
+        int32_t at = mOffset;
+        if (!move(sizeof(*out))) {
             return false;
         }
         // memcpy: a blob handed in by a caller need not be word-aligned.
-        memcpy(out, mData + mOffset, sizeof(*out));
-        mOffset += sizeof(*out);
+        memcpy(out, mData + at, sizeof(*out));
         return true;
     }
 

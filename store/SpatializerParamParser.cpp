@@ -105,7 +105,7 @@ bool SpatializerParamParser::nextStep(bool verbose) {
     // A count whose byte length does not fit an int cannot fit any buffer either.
     int64_t bytes = int64_t{mNumValues} * 4;
     bool fits = bytes >= std::numeric_limits<int>::min() &&
-                bytes <= std::numeric_limits<int>::max() && skip(static_cast<int>(bytes));
+                bytes <= std::numeric_limits<int>::max() && move(bytes);
     if (!fits) {
         KORVA_LOGE(kTag, "%s() failed to extract %d values for parameter #%d", "next", mNumValues,
                    mParamIndex);
