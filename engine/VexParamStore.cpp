@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,17 +36,49 @@ std::set<int> defaultDeviceProcParamsInProfile() {
             code("DSOE"), code("DSOA"), code("DSOI")};
 }
 
+// A sorted set of codes with a 256-bit filter in front of it. Content processing switches ask
+// about every entry of a profile and most codes belong to neither class: the filter turns those
+// away without the branches of a search.
+class CodeSet {
+public:
+    explicit CodeSet(const std::set<int>& codes) { assign(codes); }
+
+    void assign(const std::set<int>& codes) {
+        mCodes.assign(codes.begin(), codes.end());
+        std::fill(std::begin(mFilter), std::end(mFilter), 0);
+        for (int code : codes) {
+            const unsigned slot = filterSlot(code);
+            mFilter[slot / 64] |= uint64_t{1} << (slot % 64);
+        }
+    }
+
+    bool contains(int code) const {
+        const unsigned slot = filterSlot(code);
+        if ((mFilter[slot / 64] & (uint64_t{1} << (slot % 64))) == 0) {
+            return false;
+        }
+        return std::binary_search(mCodes.begin(), mCodes.end(), code);
+    }
+
+private:
+    // Multiplicative hash: packed names differ mostly in their high bytes.
+    static unsigned filterSlot(int code) {
+        return (static_cast<uint32_t>(code) * 2654435761u) >> 24;
+    }
+
+    std::vector<int> mCodes;
+    uint64_t mFilter[4] = {};
+};
+
 // The two classes are read on every delivery, from any effect thread, and replaced only by tests.
 // Readers take the current snapshot without a lock; a replaced snapshot is kept until exit, since
 // a reader may still be looking at it.
 struct ParamClasses {
     ParamClasses(const std::set<int>& disable, const std::set<int>& inProfile)
-        : contentProcDisable(disable.begin(), disable.end()),
-          deviceProcInProfile(inProfile.begin(), inProfile.end()) {}
+        : contentProcDisable(disable), deviceProcInProfile(inProfile) {}
 
-    // Sorted, as copied from the sets: a binary search over a few words beats a tree walk.
-    std::vector<int> contentProcDisable;
-    std::vector<int> deviceProcInProfile;
+    CodeSet contentProcDisable;
+    CodeSet deviceProcInProfile;
 };
 
 android::Mutex sClassLock;
@@ -98,13 +131,11 @@ int VexParamStore::commitChange() {
 }
 
 bool VexParamStore::isContentProcDisableParam(int code) {
-    const std::vector<int>& codes = classes().contentProcDisable;
-    return std::binary_search(codes.begin(), codes.end(), code);
+    return classes().contentProcDisable.contains(code);
 }
 
 bool VexParamStore::isDeviceProcParamInProfile(int code) {
-    const std::vector<int>& codes = classes().deviceProcInProfile;
-    return std::binary_search(codes.begin(), codes.end(), code);
+    return classes().deviceProcInProfile.contains(code);
 }
 
 bool VexParamStore::hasParam(audio_devices_t device, int param) {
@@ -136,13 +167,13 @@ void VexParamStore::clear() {
 
 void VexParamStore::setContentProcDisableParams(const std::set<int>& codes) {
     changeClasses([&](ParamClasses& changed) {
-        changed.contentProcDisable.assign(codes.begin(), codes.end());
+        changed.contentProcDisable.assign(codes);
     });
 }
 
 void VexParamStore::setDeviceProcParamsInProfile(const std::set<int>& codes) {
     changeClasses([&](ParamClasses& changed) {
-        changed.deviceProcInProfile.assign(codes.begin(), codes.end());
+        changed.deviceProcInProfile.assign(codes);
     });
 }
 
