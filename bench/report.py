@@ -115,8 +115,9 @@ def growth_table(results, out):
 
 
 def delivery_table(results, out):
-    out.append("| delivery | setParam calls | operation | baseline loop | ratio | target <= 2 |")
-    out.append("|---|---|---|---|---|---|")
+    out.append("| delivery | setParam calls | blob entries | operation | baseline loop | ratio | "
+               "target <= 2 | floor | floor / baseline | operation / floor |")
+    out.append("|---|---|---|---|---|---|---|---|---|---|")
     failures = 0
     names = sorted(n for n in results if n.startswith(("profile_delivery/", "tuning_delivery/")))
     for subject in names:
@@ -124,14 +125,22 @@ def delivery_table(results, out):
         base = group + "_baseline/" + case
         problem = missing(results, subject, base)
         if problem:
-            out.append("| %s | | %s | | | |" % (subject, problem))
+            out.append("| %s | | | %s | | | | | | |" % (subject, problem))
             continue
         s, b = results[subject], results[base]
         ratio = s["cpu_seconds"] / b["cpu_seconds"]
         failures += ratio > 2.0
-        out.append("| %s | %d | %s | %s | %.2f | %s |" % (
-            subject, s["setParam_calls"], fmt_time(s["cpu_seconds"]), fmt_time(b["cpu_seconds"]),
-            ratio, verdict(ratio <= 2.0)))
+        floor = results.get(group + "_floor/" + case)
+        if floor is None or "error" in floor:
+            entries, floor_cells = "", "%s | | " % ("not run" if floor is None else floor["error"])
+        else:
+            entries = "%d" % floor["blob_entries"]
+            floor_cells = "%s | %.2f | %.2f" % (
+                fmt_time(floor["cpu_seconds"]), floor["cpu_seconds"] / b["cpu_seconds"],
+                s["cpu_seconds"] / floor["cpu_seconds"])
+        out.append("| %s | %d | %s | %s | %s | %.2f | %s | %s |" % (
+            subject, s["setParam_calls"], entries, fmt_time(s["cpu_seconds"]),
+            fmt_time(b["cpu_seconds"]), ratio, verdict(ratio <= 2.0), floor_cells))
     return failures
 
 
