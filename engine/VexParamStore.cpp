@@ -166,15 +166,11 @@ void VexParamStore::clear() {
 }
 
 void VexParamStore::setContentProcDisableParams(const std::set<int>& codes) {
-    changeClasses([&](ParamClasses& changed) {
-        changed.contentProcDisable.assign(codes);
-    });
+    changeClasses([&](ParamClasses& changed) { changed.contentProcDisable.assign(codes); });
 }
 
 void VexParamStore::setDeviceProcParamsInProfile(const std::set<int>& codes) {
-    changeClasses([&](ParamClasses& changed) {
-        changed.deviceProcInProfile.assign(codes);
-    });
+    changeClasses([&](ParamClasses& changed) { changed.deviceProcInProfile.assign(codes); });
 }
 
 void VexParamStore::resetParamClasses() {
