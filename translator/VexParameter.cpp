@@ -1,5 +1,6 @@
 #include "translator/VexParameter.h"
 
+#include <array>
 #include <cstring>
 
 namespace korva {
@@ -34,7 +35,15 @@ int32_t vexParameterCode(const char* name) {
 }
 
 int32_t vexParameterCode(VexParameter param) {
-    return vexParameterCode(kVexParameterNames[param]);
+    // Every entry of every blob asks for its code: pack the names once.
+    static const std::array<int32_t, kNumVexParameters> sCodes = [] {
+        std::array<int32_t, kNumVexParameters> codes{};
+        for (int i = 0; i < kNumVexParameters; i++) {
+            codes[i] = vexParameterCode(kVexParameterNames[i]);
+        }
+        return codes;
+    }();
+    return sCodes[param];
 }
 
 }  // namespace korva
