@@ -1,6 +1,8 @@
 // Start-up load: the whole SpatializerParamArray::loadSpatializerXMLFile on the example and on
 // generated files, each beside libxml2 alone reading and freeing the same file, the floor of any
-// reader built on libxml2's tree.
+// reader built on libxml2's tree. A third figure adds to that floor one walk over the tree that
+// finds the end of every attribute value: what any reader must do before it keeps a single
+// value, and so a closer floor for a load.
 //
 // The store is a process-wide singleton that is never destroyed, so every iteration loads into
 // the one instance, after one untimed load (each side gets one untimed round). Profile blobs keep
@@ -25,14 +27,28 @@ void reportFile(benchmark::State& state, const std::string& path) {
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
 }
 
-void libxmlParse(benchmark::State& state, size_t bytes) {
+// The file of that size, or empty (and the benchmark skipped) when there is none.
+std::string fileOrSkip(benchmark::State& state, size_t bytes) {
     std::string path = BenchFiles::get().path(bytes);
     if (path.empty()) {
         state.SkipWithError("no example tuning file in examples/");
-        return;
     }
-    // One untimed round first, so that neither side pays for growing the heap from the system.
-    xmlFreeDoc(xmlReadFile(path.c_str(), nullptr, 0));
+    return path;
+}
+
+// The file for a libxml2 figure, after one untimed round, so that no side pays for growing the
+// heap from the system; empty when there is no file.
+std::string libxmlFile(benchmark::State& state, size_t bytes) {
+    std::string path = fileOrSkip(state, bytes);
+    if (!path.empty()) {
+        xmlFreeDoc(xmlReadFile(path.c_str(), nullptr, 0));
+    }
+    return path;
+}
+
+void libxmlParse(benchmark::State& state, size_t bytes) {
+    std::string path = libxmlFile(state, bytes);
+    if (path.empty()) return;
     for (auto _ : state) {
         xmlDocPtr document = xmlReadFile(path.c_str(), nullptr, 0);
         if (document == nullptr) {
@@ -44,12 +60,57 @@ void libxmlParse(benchmark::State& state, size_t bytes) {
     reportFile(state, path);
 }
 
-void load(benchmark::State& state, size_t bytes) {
-    std::string path = BenchFiles::get().path(bytes);
-    if (path.empty()) {
-        state.SkipWithError("no example tuning file in examples/");
+// Visits every node in document order and measures the text of every attribute value.
+size_t walkValues(const xmlDoc* document) {
+    size_t total = 0;
+    const xmlNode* node = xmlDocGetRootElement(document);
+    while (node != nullptr) {
+        for (const xmlAttr* attribute = node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
+             attribute != nullptr; attribute = attribute->next) {
+            for (const xmlNode* text = attribute->children; text != nullptr; text = text->next) {
+                total += static_cast<size_t>(xmlStrlen(text->content));
+            }
+        }
+        if (node->children != nullptr) {
+            node = node->children;
+            continue;
+        }
+        while (node != nullptr && node->next == nullptr) {
+            node = node->parent != nullptr && node->parent->type != XML_DOCUMENT_NODE ? node->parent
+                                                                                      : nullptr;
+        }
+        if (node != nullptr) {
+            node = node->next;
+        }
+    }
+    return total;
+}
+
+void libxmlWalk(benchmark::State& state, size_t bytes) {
+    std::string path = libxmlFile(state, bytes);
+    if (path.empty()) return;
+    size_t valueBytes = 0;
+    for (auto _ : state) {
+        xmlDocPtr document = xmlReadFile(path.c_str(), nullptr, 0);
+        if (document == nullptr) {
+            state.SkipWithError("libxml2 cannot read the file");
+            break;
+        }
+        valueBytes = walkValues(document);
+        benchmark::DoNotOptimize(valueBytes);
+        xmlFreeDoc(document);
+    }
+    if (valueBytes == 0) {
+        state.SkipWithError("the walk found no attribute values");
         return;
     }
+    state.counters["value_bytes"] = static_cast<double>(valueBytes);
+    reportFile(state, path);
+}
+
+void load(benchmark::State& state, size_t bytes) {
+    std::string path = fileOrSkip(state, bytes);
+    if (path.empty()) return;
     SpatializerParamArray& store = android::Singleton<SpatializerParamArray>::getInstance();
     store.loadSpatializerXMLFile(path);
     for (auto _ : state) {
@@ -68,6 +129,9 @@ void load(benchmark::State& state, size_t bytes) {
         benchmark::RegisterBenchmark((std::string("load/") + c.name).c_str(), load, c.bytes)
             ->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark((std::string("libxml2_parse/") + c.name).c_str(), libxmlParse,
+                                     c.bytes)
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark((std::string("libxml2_walk/") + c.name).c_str(), libxmlWalk,
                                      c.bytes)
             ->Unit(benchmark::kMillisecond);
     }
