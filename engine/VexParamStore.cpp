@@ -61,7 +61,7 @@ public:
     }
 
 private:
-    // Multiplicative hash: packed names differ mostly in their high bytes.
+    // Multiplicative hash: the top bits of the product depend on every byte of the packed name.
     static unsigned filterSlot(int code) {
         return (static_cast<uint32_t>(code) * 2654435761u) >> 24;
     }
