@@ -60,6 +60,7 @@ enum class Skip : uint8_t {
     kNotWalked,    // no walk reached it: outside the wrapper or level that was walked
     kAfterCut,     // after the walk of the document was cut short
     kEndsList,     // an element of another name that ended a list of bands
+    kVersionRule,  // the file's format version makes the reader pass over it
 };
 
 // How an attribute was read from an element.
@@ -102,6 +103,7 @@ enum class MissingPartner : uint8_t {
     kIeqPreset,      // an endpoint whose IEQ preset id matches no preset
     kEndpointOther,  // an endpoint for the endpoint other: nothing is translated
     kTuning,         // a device binding whose tuning name matches no tuning
+    kPortDevice,     // a device binding whose port has no output device: its entries get device 0
 };
 
 enum class BlobFate : uint8_t {
