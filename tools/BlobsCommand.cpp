@@ -1,6 +1,8 @@
 #include "tools/BlobsCommand.h"
 
+#include <algorithm>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "reader/String2Int.h"
@@ -9,7 +11,6 @@
 #include "tools/NumberText.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
-#include "tools/TuningFileRecords.h"
 
 namespace korva::tool {
 
@@ -54,39 +55,63 @@ std::vector<NamedBlob> builtinBlobs() {
     };
 }
 
-// The blobs the store built from the file: per profile id, then per tuning device.
+// The record of a kind that the load translated first into a blob: the one the blob is of.
+const RecordSnapshot* blobRecord(const LoadReport& report, size_t blob, RecordKind kind) {
+    for (const LoadReport::TranslatedEvent& event : report.translated) {
+        if (event.blob == static_cast<int>(blob) && report.records[event.record].kind == kind) {
+            return &report.records[event.record];
+        }
+    }
+    return nullptr;
+}
+
+// The blobs the store built from the file, per profile id then per tuning device, named after
+// the records the load put into the blob it kept.
 int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs) {
-    TuningFileRecords records;
-    if (!records.readOrReport(path)) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
         return kExitError;
     }
-    SpatializerParamArray* store = StoreSession::open(path);
-    if (store == nullptr) {
-        return kExitError;
-    }
-    for (int id : records.profileIds()) {
-        if (store->isXMLProfileValid(id)) {
-            blobs->push_back({BlobKind::kProfile, id, records.profileName(id), "", "",
-                              store->getXMLProfileParams(id)});
+    SpatializerParamArray& store = session->store();
+    const LoadReport& report = session->report();
+    std::vector<NamedBlob> devices;
+    for (size_t i = 0; i < report.blobs.size(); i++) {
+        const LoadReport::Blob& blob = report.blobs[i];
+        if (blob.fate == BlobFate::kDropped) {
+            continue;
+        }
+        if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
+            const RecordSnapshot* profile = blobRecord(report, i, RecordKind::kProfile);
+            blobs->push_back({BlobKind::kProfile, blob.profileId,
+                              profile != nullptr ? profile->name : "", "", "",
+                              store.getXMLProfileParams(blob.profileId)});
+            continue;
+        }
+        const RecordSnapshot* tuning = blobRecord(report, i, RecordKind::kTuning);
+        if (!blob.isTuning || tuning == nullptr || !store.isXMLTuningValid(blob.device)) {
+            continue;
+        }
+        std::string port;
+        for (const BindingSnapshot& binding : report.bindings) {
+            port = binding.device == blob.device && binding.tuning == tuning->name ? binding.port
+                                                                                   : port;
+        }
+        NamedBlob named{BlobKind::kTuningDevice,
+                        0,
+                        blob.device,
+                        port,
+                        tuning->name,
+                        store.getXMLTuningParams(blob.device)};
+        // A later blob of the same device replaced this one.
+        auto same = std::find_if(devices.begin(), devices.end(),
+                                 [&blob](const NamedBlob& d) { return d.name == blob.device; });
+        if (same != devices.end()) {
+            *same = named;
+        } else {
+            devices.push_back(named);
         }
     }
-    // Which binding of a device name the store kept: loading visits the tunings in file order
-    // and, for each, the bindings that name it; the last one visited wins.
-    std::map<std::string, const DeviceTuning*> kept;
-    for (const Tuning* tuning : records.tunings()) {
-        for (const DeviceTuning* binding : records.deviceTunings()) {
-            if (binding->getTuning() == tuning->getName()) {
-                kept[binding->getDevice()] = binding;
-            }
-        }
-    }
-    for (const std::string& device : records.deviceNames()) {
-        auto binding = kept.find(device);
-        if (binding != kept.end() && store->isXMLTuningValid(device)) {
-            blobs->push_back({BlobKind::kTuningDevice, 0, device, binding->second->getPort(),
-                              binding->second->getTuning(), store->getXMLTuningParams(device)});
-        }
-    }
+    blobs->insert(blobs->end(), devices.begin(), devices.end());
     return kExitOk;
 }
 

@@ -1,5 +1,7 @@
 #include "tools/CheckCommand.h"
 
+#include <algorithm>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -8,10 +10,9 @@
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
 #include "store/SpatializerParamArrayConstants.h"
+#include "tools/LintRules.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
-#include "tools/TuningFileLinter.h"
-#include "tools/TuningFileRecords.h"
 
 namespace korva::tool {
 
@@ -70,20 +71,23 @@ std::set<int> checkedPorts() {
     return ports;
 }
 
-// What the store made of the file, and the default tuning devices it found missing.
-Summary summarize(SpatializerParamArray& store, const TuningFileRecords& records,
-                  TuningFileLinter& linter) {
+// What the store made of the file.
+Summary summarize(SpatializerParamArray& store, const LoadReport& report) {
     Summary summary;
     summary.records = {
-        {"ieq_presets", "IEQ presets", records.ieqPresets().size()},
-        {"geq_presets", "GEQ presets", records.geqPresets().size()},
-        {"profiles", "profiles", records.profiles().size()},
-        {"profile_endpoints", "profile endpoints", records.profileEndpoints().size()},
-        {"tunings", "tunings", records.tunings().size()},
-        {"device_tunings", "device tunings", records.deviceTunings().size()},
+        {"ieq_presets", "IEQ presets", report.ofKind(RecordKind::kIeqPreset).size()},
+        {"geq_presets", "GEQ presets", report.ofKind(RecordKind::kGeqPreset).size()},
+        {"profiles", "profiles", report.ofKind(RecordKind::kProfile).size()},
+        {"profile_endpoints", "profile endpoints",
+         report.ofKind(RecordKind::kProfileEndpoint).size()},
+        {"tunings", "tunings", report.ofKind(RecordKind::kTuning).size()},
+        {"device_tunings", "device tunings", report.bindings.size()},
     };
-    for (int id : records.profileIds()) {
-        if (store.isXMLProfileValid(id)) {
+    for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
+        const int id = profile->profileId;
+        if (store.isXMLProfileValid(id) &&
+            std::find(summary.profileBlobs.begin(), summary.profileBlobs.end(), id) ==
+                summary.profileBlobs.end()) {
             summary.profileBlobs.push_back(id);
         }
     }
@@ -93,16 +97,6 @@ Summary summarize(SpatializerParamArray& store, const TuningFileRecords& records
                           portDevices(store, port)};
         if (entry.hasSelection) {
             entry.selected = store.getSelectedTuningDevice(port);
-            if (!store.isValidTuningDevice(port, entry.selected)) {
-                linter.add(linter.rootLine(), Severity::kError,
-                           "default tuning device \"" + entry.selected + "\" for port " +
-                               entry.port + " is missing" +
-                               (port == DEVICE_INTERNAL_SPEAKER
-                                    ? " (bind the speaker's tuning with <device_id "
-                                      "id=\"\" endpoint_port=\"internal_speaker\"/>)"
-                                    : "") +
-                               ": the store disables every tuning");
-            }
         }
         if (entry.hasSelection || !entry.devices.empty()) {
             summary.ports.push_back(entry);
@@ -112,17 +106,33 @@ Summary summarize(SpatializerParamArray& store, const TuningFileRecords& records
     return summary;
 }
 
+// The line, and at_least: true where the node is on that line or a later one.
+Json placed(const FileLine& at, const Json& fields) {
+    Json object = {{"line", at.line}};
+    if (at.atLeast) {
+        object["at_least"] = true;
+    }
+    for (const auto& [key, value] : fields.items()) {
+        object[key] = value;
+    }
+    return object;
+}
+
 Json findingsJson(const std::vector<Finding>& findings) {
     Json list = Json::array();
     for (const Finding& finding : findings) {
-        list.push_back({{"line", finding.line},
-                        {"severity", severityName(finding.severity)},
-                        {"message", finding.message}});
+        Json notes = Json::array();
+        for (const Note& note : finding.notes) {
+            notes.push_back(placed(note.at, {{"message", note.message}}));
+        }
+        list.push_back(placed(finding.at, {{"severity", severityName(finding.severity)},
+                                           {"message", finding.message},
+                                           {"notes", notes}}));
     }
     return list;
 }
 
-Json summaryJson(const Summary& summary, const TuningFileRecords& records) {
+Json summaryJson(const Summary& summary, const LoadReport& report) {
     Json counts = Json::object();
     for (const RecordCount& record : summary.records) {
         counts[record.key] = record.count;
@@ -133,15 +143,15 @@ Json summaryJson(const Summary& summary, const TuningFileRecords& records) {
         entry["selected"] = port.hasSelection ? Json(port.selected) : Json(nullptr);
         ports.push_back(entry);
     }
-    return {{"format_version", records.formatVersion()},
-            {"tool_version", records.toolVersion()},
+    return {{"format_version", report.formatVersion},
+            {"tool_version", report.toolVersion},
             {"records", counts},
             {"profile_blobs", summary.profileBlobs},
             {"ports", ports},
             {"tunings_usable", summary.tuningsUsable}};
 }
 
-std::string summaryText(const Summary& summary, const TuningFileRecords& records, size_t errors,
+std::string summaryText(const Summary& summary, const LoadReport& report, size_t errors,
                         size_t warnings) {
     std::string counts;
     for (const RecordCount& record : summary.records) {
@@ -152,8 +162,8 @@ std::string summaryText(const Summary& summary, const TuningFileRecords& records
         blobs += (blobs.empty() ? "" : " ") + std::to_string(id);
     }
     TextTable facts({"", ""});
-    facts.addRow({"format version", records.formatVersion()});
-    facts.addRow({"tool version", records.toolVersion()});
+    facts.addRow({"format version", report.formatVersion});
+    facts.addRow({"tool version", report.toolVersion});
     facts.addRow({"records", counts});
     facts.addRow({"profile blobs", blobs.empty() ? "none" : blobs});
     facts.addRow({"tunings usable", summary.tuningsUsable ? "yes" : "no"});
@@ -172,36 +182,39 @@ std::string summaryText(const Summary& summary, const TuningFileRecords& records
     return "summary\n" + facts.render("  ") + "\n" + ports.render("  ");
 }
 
+std::string findingsText(const std::string& path, const std::vector<Finding>& findings) {
+    std::string text;
+    for (const Finding& finding : findings) {
+        text += path + ":" + lineText(finding.at) + ": " + severityName(finding.severity) + ": " +
+                finding.message + "\n";
+        for (const Note& note : finding.notes) {
+            text += "    " + path + ":" + lineText(note.at) + ": note: " + note.message + "\n";
+        }
+    }
+    return text;
+}
+
 }  // namespace
 
 int CheckCommand::run(const Options& options) {
     const std::string& path = options.common.file;
-    if (!ToolOutput::isReadable(path)) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr) {
         return kExitError;
     }
-    TuningFileRecords records;
-    records.read(path);
-    TuningFileLinter linter(records);
-    if (!linter.lint(path)) {
-        const Finding finding = linter.findings().front();
+    const std::vector<Finding> findings = LintRules::run(session->report());
+    if (session->report().readFailed) {
         if (options.common.json) {
             ToolOutput::printJson({{"file", path},
-                                   {"findings", findingsJson(linter.findings())},
+                                   {"findings", findingsJson(findings)},
                                    {"errors", 1},
                                    {"warnings", 0},
                                    {"status", kExitError}});
         }
-        ToolOutput::error(path + ":" + std::to_string(finding.line), finding.message);
+        session->readable();
         return kExitError;
     }
-
-    SpatializerParamArray* store = StoreSession::open(path);
-    if (store == nullptr) {
-        return kExitError;
-    }
-    const Summary summary = summarize(*store, records, linter);
-
-    const std::vector<Finding> findings = linter.findings();
+    const Summary summary = summarize(session->store(), session->report());
     size_t errors = 0;
     for (const Finding& finding : findings) {
         errors += finding.severity == Severity::kError ? 1 : 0;
@@ -215,17 +228,13 @@ int CheckCommand::run(const Options& options) {
                                {"findings", findingsJson(findings)},
                                {"errors", errors},
                                {"warnings", warnings},
-                               {"summary", summaryJson(summary, records)},
+                               {"summary", summaryJson(summary, session->report())},
                                {"status", status}});
         return status;
     }
-    std::string text;
-    for (const Finding& finding : findings) {
-        text += path + ":" + std::to_string(finding.line) + ": " + severityName(finding.severity) +
-                ": " + finding.message + "\n";
-    }
+    std::string text = findingsText(path, findings);
     text += findings.empty() ? path + ": no findings\n\n" : "\n";
-    ToolOutput::print(text + summaryText(summary, records, errors, warnings));
+    ToolOutput::print(text + summaryText(summary, session->report(), errors, warnings));
     return status;
 }
 

@@ -1,11 +1,12 @@
 #include "tools/DumpCommand.h"
 
+#include <memory>
 #include <string>
 
 #include "model/Parameter.h"
 #include "tools/NumberText.h"
+#include "tools/StoreSession.h"
 #include "tools/TextTable.h"
-#include "tools/TuningFileRecords.h"
 
 namespace korva::tool {
 
@@ -20,7 +21,7 @@ std::string endpointName(Endpoint endpoint) {
 }
 
 // The values as the records' own dumps show them: ieq_id is the preset number, shown apart.
-Json valuesJson(const ParameterValues& record) {
+Json valuesJson(const RecordSnapshot& record) {
     Json values = Json::object();
     for (const auto& [parameter, list] : record.values) {
         if (parameter != IEQ_ID) {
@@ -30,7 +31,7 @@ Json valuesJson(const ParameterValues& record) {
     return values;
 }
 
-std::string valuesText(const ParameterValues& record) {
+std::string valuesText(const RecordSnapshot& record) {
     TextTable table({"parameter", "values"});
     for (const auto& [parameter, list] : record.values) {
         if (parameter != IEQ_ID) {
@@ -50,57 +51,57 @@ std::string heading(const std::string& kind, size_t number,
     return text + "\n";
 }
 
-Json toJson(const TuningFileRecords& records, const std::string& path) {
+Json toJson(const LoadReport& records, const std::string& path) {
     Json document = {{"file", path},
-                     {"format_version", records.formatVersion()},
-                     {"tool_version", records.toolVersion()},
-                     {"orbex_game_system_gain", records.gameSystemGain()},
-                     {"profile_elements", records.numOfProfiles()}};
+                     {"format_version", records.formatVersion},
+                     {"tool_version", records.toolVersion},
+                     {"orbex_game_system_gain", records.gameSystemGain},
+                     {"profile_elements", records.profileElements}};
     Json ieq = Json::array();
-    for (const IeqPreset* preset : records.ieqPresets()) {
-        ieq.push_back({{"id", preset->getId()},
-                       {"preset_id", preset->getPresetId()},
-                       {"name", preset->getName()},
+    for (const RecordSnapshot* preset : records.ofKind(RecordKind::kIeqPreset)) {
+        ieq.push_back({{"id", preset->id},
+                       {"preset_id", preset->presetId},
+                       {"name", preset->name},
                        {"values", valuesJson(*preset)}});
     }
     Json geq = Json::array();
-    for (const GeqPreset* preset : records.geqPresets()) {
-        geq.push_back({{"id", preset->getId()},
-                       {"profile_id", preset->getProfileId()},
+    for (const RecordSnapshot* preset : records.ofKind(RecordKind::kGeqPreset)) {
+        geq.push_back({{"id", preset->id},
+                       {"profile_id", preset->profileId},
                        {"values", valuesJson(*preset)}});
     }
     Json profiles = Json::array();
-    for (const Profile* profile : records.profiles()) {
-        profiles.push_back({{"id", profile->getId()},
-                            {"profile_id", profile->getProfileId()},
-                            {"name", profile->getName()},
-                            {"mobility", profile->isMobility()},
-                            {"selected_geq_preset", profile->getSelectedGeqPreset()},
+    for (const RecordSnapshot* profile : records.ofKind(RecordKind::kProfile)) {
+        profiles.push_back({{"id", profile->id},
+                            {"profile_id", profile->profileId},
+                            {"name", profile->name},
+                            {"mobility", profile->mobility},
+                            {"selected_geq_preset", profile->selectedGeqPreset},
                             {"values", valuesJson(*profile)}});
     }
     Json endpoints = Json::array();
-    for (const ProfileEndpoint* endpoint : records.profileEndpoints()) {
-        endpoints.push_back({{"id", endpoint->getId()},
-                             {"profile_id", endpoint->getProfileId()},
-                             {"endpoint", endpointName(endpoint->getEndpoint())},
-                             {"selected_ieq_preset", endpoint->getSelectedIeqPreset()},
+    for (const RecordSnapshot* endpoint : records.ofKind(RecordKind::kProfileEndpoint)) {
+        endpoints.push_back({{"id", endpoint->id},
+                             {"profile_id", endpoint->profileId},
+                             {"endpoint", endpointName(endpoint->endpoint)},
+                             {"selected_ieq_preset", endpoint->selectedIeqPreset},
                              {"values", valuesJson(*endpoint)}});
     }
     Json tunings = Json::array();
-    for (const Tuning* tuning : records.tunings()) {
-        tunings.push_back({{"id", tuning->getId()},
-                           {"name", tuning->getName()},
-                           {"endpoint", endpointName(tuning->getEndpoint())},
-                           {"mono", tuning->isMono()},
-                           {"readonly", tuning->isReadonly()},
+    for (const RecordSnapshot* tuning : records.ofKind(RecordKind::kTuning)) {
+        tunings.push_back({{"id", tuning->id},
+                           {"name", tuning->name},
+                           {"endpoint", endpointName(tuning->endpoint)},
+                           {"mono", tuning->mono},
+                           {"readonly", tuning->readonly},
                            {"values", valuesJson(*tuning)}});
     }
     Json devices = Json::array();
-    for (const DeviceTuning* device : records.deviceTunings()) {
-        devices.push_back({{"id", device->getId()},
-                           {"device", device->getDevice()},
-                           {"port", device->getPort()},
-                           {"tuning", device->getTuning()}});
+    for (const BindingSnapshot& device : records.bindings) {
+        devices.push_back({{"id", device.id},
+                           {"device", device.device},
+                           {"port", device.port},
+                           {"tuning", device.tuning}});
     }
     document["ieq_presets"] = ieq;
     document["geq_presets"] = geq;
@@ -111,68 +112,67 @@ Json toJson(const TuningFileRecords& records, const std::string& path) {
     return document;
 }
 
-std::string toText(const TuningFileRecords& records, const std::string& path) {
+std::string toText(const LoadReport& records, const std::string& path) {
     TextTable facts({"", ""});
     facts.addRow({"tuning file", path});
-    facts.addRow({"format version", records.formatVersion()});
-    facts.addRow({"tool version", records.toolVersion()});
-    facts.addRow({"game system gain", std::to_string(records.gameSystemGain())});
-    facts.addRow({"profile elements", std::to_string(records.numOfProfiles())});
+    facts.addRow({"format version", records.formatVersion});
+    facts.addRow({"tool version", records.toolVersion});
+    facts.addRow({"game system gain", std::to_string(records.gameSystemGain)});
+    facts.addRow({"profile elements", std::to_string(records.profileElements)});
     std::string text = facts.render();
 
     size_t number = 0;
-    for (const IeqPreset* preset : records.ieqPresets()) {
+    for (const RecordSnapshot* preset : records.ofKind(RecordKind::kIeqPreset)) {
         text += "\n" +
                 heading("IEQ preset", ++number,
-                        {{"id", std::to_string(preset->getId())},
-                         {"presetId", std::to_string(preset->getPresetId())},
-                         {"name", preset->getName()}}) +
+                        {{"id", std::to_string(preset->id)},
+                         {"presetId", std::to_string(preset->presetId)},
+                         {"name", preset->name}}) +
                 valuesText(*preset);
     }
     number = 0;
-    for (const GeqPreset* preset : records.geqPresets()) {
+    for (const RecordSnapshot* preset : records.ofKind(RecordKind::kGeqPreset)) {
         text += "\n" +
                 heading("GEQ preset", ++number,
-                        {{"id", std::to_string(preset->getId())},
-                         {"profileId", std::to_string(preset->getProfileId())}}) +
+                        {{"id", std::to_string(preset->id)},
+                         {"profileId", std::to_string(preset->profileId)}}) +
                 valuesText(*preset);
     }
     number = 0;
-    for (const Profile* profile : records.profiles()) {
+    for (const RecordSnapshot* profile : records.ofKind(RecordKind::kProfile)) {
         text += "\n" +
                 heading("profile", ++number,
-                        {{"id", std::to_string(profile->getId())},
-                         {"profileId", std::to_string(profile->getProfileId())},
-                         {"name", profile->getName()},
-                         {"mobility", boolText(profile->isMobility())},
-                         {"selectedGeqPreset", std::to_string(profile->getSelectedGeqPreset())}}) +
+                        {{"id", std::to_string(profile->id)},
+                         {"profileId", std::to_string(profile->profileId)},
+                         {"name", profile->name},
+                         {"mobility", boolText(profile->mobility)},
+                         {"selectedGeqPreset", std::to_string(profile->selectedGeqPreset)}}) +
                 valuesText(*profile);
     }
     number = 0;
-    for (const ProfileEndpoint* endpoint : records.profileEndpoints()) {
+    for (const RecordSnapshot* endpoint : records.ofKind(RecordKind::kProfileEndpoint)) {
         text += "\n" +
                 heading("profile endpoint", ++number,
-                        {{"id", std::to_string(endpoint->getId())},
-                         {"profileId", std::to_string(endpoint->getProfileId())},
-                         {"endpoint", endpointName(endpoint->getEndpoint())},
-                         {"selectedIeqPreset", std::to_string(endpoint->getSelectedIeqPreset())}}) +
+                        {{"id", std::to_string(endpoint->id)},
+                         {"profileId", std::to_string(endpoint->profileId)},
+                         {"endpoint", endpointName(endpoint->endpoint)},
+                         {"selectedIeqPreset", std::to_string(endpoint->selectedIeqPreset)}}) +
                 valuesText(*endpoint);
     }
     number = 0;
-    for (const Tuning* tuning : records.tunings()) {
+    for (const RecordSnapshot* tuning : records.ofKind(RecordKind::kTuning)) {
         text += "\n" +
                 heading("tuning", ++number,
-                        {{"id", std::to_string(tuning->getId())},
-                         {"name", tuning->getName()},
-                         {"endpoint", endpointName(tuning->getEndpoint())},
-                         {"mono", boolText(tuning->isMono())},
-                         {"readonly", boolText(tuning->isReadonly())}}) +
+                        {{"id", std::to_string(tuning->id)},
+                         {"name", tuning->name},
+                         {"endpoint", endpointName(tuning->endpoint)},
+                         {"mono", boolText(tuning->mono)},
+                         {"readonly", boolText(tuning->readonly)}}) +
                 valuesText(*tuning);
     }
     TextTable devices({"device", "port", "tuning"});
-    for (const DeviceTuning* device : records.deviceTunings()) {
-        devices.addRow({device->getDevice().empty() ? "\"\"" : device->getDevice(),
-                        device->getPort(), device->getTuning()});
+    for (const BindingSnapshot& device : records.bindings) {
+        devices.addRow({device.device.empty() ? "\"\"" : device.device, device.port, device.tuning});
     }
     text += "\ndevice tunings\n" + (devices.empty() ? "    (none)\n" : devices.render("    "));
     return text;
@@ -181,14 +181,14 @@ std::string toText(const TuningFileRecords& records, const std::string& path) {
 }  // namespace
 
 int DumpCommand::run(const CommonOptions& options) {
-    TuningFileRecords records;
-    if (!records.readOrReport(options.file)) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(options.file);
+    if (session == nullptr || !session->readable()) {
         return kExitError;
     }
     if (options.json) {
-        ToolOutput::printJson(toJson(records, options.file));
+        ToolOutput::printJson(toJson(session->report(), options.file));
     } else {
-        ToolOutput::print(toText(records, options.file));
+        ToolOutput::print(toText(session->report(), options.file));
     }
     return kExitOk;
 }

@@ -1,5 +1,6 @@
 #include "tools/SimulateCommand.h"
 
+#include <memory>
 #include <utility>
 
 #include "cache/SpatializerParamCache.h"
@@ -10,7 +11,6 @@
 #include "tools/SimulatedEffect.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
-#include "tools/TuningFileRecords.h"
 
 namespace korva::tool {
 
@@ -44,14 +44,14 @@ bool startsWith(const std::string& text, const std::string& prefix) {
     return text.compare(0, prefix.size(), prefix) == 0;
 }
 
-bool parseProfile(const std::string& name, const TuningFileRecords& records, int* id) {
+bool parseProfile(const std::string& name, const LoadReport& records, int* id) {
     if (NumberText::isWholeInt(name)) {
         *id = string2Int(name);
         return true;
     }
-    for (int candidate : records.profileIds()) {
-        if (records.profileName(candidate) == name) {
-            *id = candidate;
+    for (const RecordSnapshot* profile : records.ofKind(RecordKind::kProfile)) {
+        if (profile->name == name) {
+            *id = profile->profileId;
             return true;
         }
     }
@@ -74,8 +74,7 @@ bool parsePort(const std::string& name, int* port) {
     return false;
 }
 
-bool parseStep(const std::string& text, const TuningFileRecords& records, Step* step,
-               std::string* error) {
+bool parseStep(const std::string& text, const LoadReport& records, Step* step, std::string* error) {
     step->text = text;
     const size_t equals = text.find('=');
     const std::string value = equals == std::string::npos ? "" : text.substr(equals + 1);
@@ -217,10 +216,11 @@ int SimulateCommand::run(const Options& options) {
         }
         properties.emplace_back(key, assignment.substr(equals + 1));
     }
-    TuningFileRecords records;
-    if (!records.readOrReport(path)) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path, properties);
+    if (session == nullptr || !session->readable()) {
         return kExitError;
     }
+    const LoadReport& records = session->report();
     std::vector<Step> steps;
     for (const std::string& text : options.steps) {
         Step step;
@@ -232,9 +232,6 @@ int SimulateCommand::run(const Options& options) {
         steps.push_back(step);
     }
 
-    if (StoreSession::open(path, properties) == nullptr) {
-        return kExitError;
-    }
     const bool tuningsUsable = SpatializerParamCache().isTuningAvailable();
     SimulatedEffect effect;
     Json stepsJson = Json::array();

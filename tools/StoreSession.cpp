@@ -3,15 +3,19 @@
 #include <android-base/properties.h>
 
 #include <cstdlib>
-#include <memory>
 
 #include "tools/HostRoot.h"
 #include "tools/ToolOutput.h"
+#include "tools/TuningInput.h"
 
 namespace korva::tool {
 
-SpatializerParamArray* StoreSession::open(const std::string& tuningFile,
-                                          const Properties& properties) {
+std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
+                                                 const Properties& properties) {
+    std::unique_ptr<TuningInput> input = TuningInput::open(tuningFile);
+    if (input == nullptr) {
+        return nullptr;
+    }
     for (const auto& [key, value] : properties) {
         if (!android::base::SetProperty(key, value)) {
             ToolOutput::error(tuningFile, "cannot set property " + key);
@@ -19,16 +23,33 @@ SpatializerParamArray* StoreSession::open(const std::string& tuningFile,
         }
     }
     std::string error;
-    std::unique_ptr<HostRoot> root = HostRoot::create(tuningFile, &error);
+    std::unique_ptr<HostRoot> root = HostRoot::create(input->path(), &error);
     if (root == nullptr) {
         ToolOutput::error(tuningFile, error);
         return nullptr;
     }
+    auto report = std::make_unique<LoadReport>();
     setenv("KORVA_HOST_ROOT", root->path().c_str(), 1);
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
+    SpatializerParamArray* store;
+    {
+        LoadObserver::Scope listening(report.get());
+        store = &SpatializerParamArray::getInstance();
+    }
     // The store reads its file only while it is constructed.
     unsetenv("KORVA_HOST_ROOT");
-    return &store;
+    return std::unique_ptr<StoreSession>(new StoreSession(tuningFile, store, std::move(report)));
+}
+
+bool StoreSession::readable() const {
+    if (!mReport->readFailed) {
+        return true;
+    }
+    ToolOutput::error(
+        mPath + (mReport->readErrorLine > 0 ? ":" + std::to_string(mReport->readErrorLine)
+                                            : std::string()),
+        "not a readable XML document" +
+            (mReport->readError.empty() ? "" : ": " + mReport->readError));
+    return false;
 }
 
 }  // namespace korva::tool

@@ -1,0 +1,683 @@
+#include "tools/LintRules.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+#include "reader/SetterCollection.h"
+#include "reader/ValueSetter.h"
+#include "tools/BlobDecoder.h"
+#include "tools/NumberText.h"
+
+namespace korva::tool {
+
+namespace {
+
+using Report = LoadReport;
+
+std::string quoted(const std::string& text) {
+    return "\"" + text + "\"";
+}
+
+std::string tag(const std::string& name) {
+    return "<" + name + ">";
+}
+
+FileLine lineOf(const Report& report, int node) {
+    const ReportedNode& reported = report.node(node);
+    return {reported.line, reported.atLeast};
+}
+
+// The root's line, for findings about the file as a whole.
+FileLine rootLine(const Report& report) {
+    for (const ReportedNode& node : report.nodes) {
+        if (node.parent < 0 && node.isElement) {
+            return {node.line, node.atLeast};
+        }
+    }
+    return {1, false};
+}
+
+// An element as <name>, a comment or a text by its words.
+std::string describe(const Report& report, int index) {
+    const ReportedNode& node = report.node(index);
+    if (node.isElement) {
+        return tag(node.name);
+    }
+    std::string content = node.content;
+    content.erase(0, content.find_first_not_of(" \t\r\n"));
+    content.erase(content.find_last_not_of(" \t\r\n") + 1);
+    if (content.size() > 30) {
+        content = content.substr(0, 27) + "...";
+    }
+    return (node.isComment ? "the comment " : "the text ") + quoted(content);
+}
+
+std::string parentTag(const Report& report, int index) {
+    const ReportedNode& parent = report.node(report.node(index).parent);
+    return parent.isElement ? tag(parent.name) : std::string("the document");
+}
+
+std::string recordTitle(const RecordSnapshot& record) {
+    switch (record.kind) {
+        case RecordKind::kProfile:
+            return "profile " + std::to_string(record.profileId) + " " + quoted(record.name);
+        case RecordKind::kProfileEndpoint:
+            return std::string(record.endpoint >= 0 && record.endpoint < kNumEndpoints
+                                   ? kEndpointNames[record.endpoint]
+                                   : "?") +
+                   " endpoint of profile " + std::to_string(record.profileId);
+        case RecordKind::kTuning:
+            return "tuning " + quoted(record.name);
+        case RecordKind::kIeqPreset:
+            return "IEQ preset " + std::to_string(record.presetId);
+        case RecordKind::kGeqPreset:
+            return "GEQ preset of profile " + std::to_string(record.profileId);
+    }
+    return "record";
+}
+
+const char* kindName(RecordKind kind) {
+    switch (kind) {
+        case RecordKind::kProfile:
+            return "profile";
+        case RecordKind::kProfileEndpoint:
+            return "profile endpoint";
+        case RecordKind::kTuning:
+            return "tuning";
+        case RecordKind::kIeqPreset:
+            return "IEQ preset";
+        case RecordKind::kGeqPreset:
+            return "GEQ preset";
+    }
+    return "record";
+}
+
+Finding finding(const Report& report, int node, Severity severity, std::string message) {
+    return {lineOf(report, node), severity, std::move(message), {}};
+}
+
+Note note(const Report& report, int node, std::string message) {
+    return {lineOf(report, node), std::move(message)};
+}
+
+Note recordNote(const Report& report, int record, const std::string& message) {
+    const RecordSnapshot& snapshot = report.records[record];
+    return note(report, snapshot.node, recordTitle(snapshot) + " " + message);
+}
+
+size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); j++) {
+        row[j] = j;
+    }
+    for (size_t i = 1; i <= a.size(); i++) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); j++) {
+            const size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+// " (did you mean X?)" when a candidate is close enough to be a slip of the keyboard.
+std::string didYouMean(const std::string& name, const std::set<std::string>& candidates,
+                       bool asTag) {
+    const size_t limit = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4));
+    std::string best;
+    size_t bestDistance = limit + 1;
+    for (const std::string& candidate : candidates) {
+        const size_t distance = editDistance(name, candidate);
+        if (distance < bestDistance && candidate != name) {
+            best = candidate;
+            bestDistance = distance;
+        }
+    }
+    return best.empty() ? "" : " (did you mean " + (asTag ? tag(best) : quoted(best)) + "?)";
+}
+
+std::set<std::string> parameterElementNames() {
+    std::set<std::string> names;
+    for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
+        names.insert(setter->getNodeName());
+    }
+    return names;
+}
+
+bool isAncestor(const Report& report, int ancestor, int node) {
+    for (int at = report.node(node).parent; at >= 0; at = report.node(at).parent) {
+        if (at == ancestor) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// What the nodes under an element that the reader passed over cost: includes not found there,
+// and the records made from it.
+std::vector<Note> consequencesUnder(const Report& report, int element) {
+    std::vector<Note> notes;
+    for (const Report::NodeEvent& lookup : report.lookups) {
+        if (!lookup.found && (lookup.node == element || isAncestor(report, element, lookup.node))) {
+            notes.push_back(note(report, lookup.node,
+                                 "so the reader looks for " + parentTag(report, lookup.node) +
+                                     "'s <include> at " + describe(report, lookup.node) +
+                                     " and does not find it"));
+        }
+    }
+    const int record = report.recordOfNode(element);
+    if (record >= 0 && report.records[record].kind == RecordKind::kProfileEndpoint &&
+        !notes.empty()) {
+        notes.push_back(recordNote(
+            report, record,
+            "selects IEQ preset " + std::to_string(report.records[record].selectedIeqPreset)));
+    }
+    return notes;
+}
+
+// The elements a dropped tuning cut from the reading, as notes.
+std::vector<Note> cutElements(const Report& report) {
+    std::vector<Note> notes;
+    for (const Report::NodeEvent& skip : report.skips) {
+        if (skip.what == static_cast<int>(Skip::kAfterCut)) {
+            notes.push_back(note(report, skip.node, describe(report, skip.node) + " is not read"));
+        }
+    }
+    return notes;
+}
+
+// The entries of a blob that a translation added.
+std::vector<BlobEntry> entriesOf(const Report& report, const Report::TranslatedEvent& event) {
+    std::vector<BlobEntry> out;
+    if (event.blob < 0 || static_cast<size_t>(event.blob) >= report.blobs.size()) {
+        return out;
+    }
+    const DecodedBlob decoded = BlobDecoder::decode(report.blobs[event.blob].words);
+    for (int i = event.firstEntry; i < event.endEntry; i++) {
+        if (i >= 0 && static_cast<size_t>(i) < decoded.entries.size()) {
+            out.push_back(decoded.entries[i]);
+        }
+    }
+    return out;
+}
+
+std::string blobTitle(const Report::Blob& blob) {
+    return blob.isTuning ? "tuning device " + quoted(blob.device) + "'s blob"
+                         : "profile " + std::to_string(blob.profileId) + "'s blob";
+}
+
+}  // namespace
+
+std::vector<Finding> LintRules::run(const LoadReport& report) {
+    std::vector<Finding> findings;
+    if (report.readFailed) {
+        findings.push_back({{report.readErrorLine, false},
+                            Severity::kError,
+                            "not a readable XML document" +
+                                (report.readError.empty() ? "" : ": " + report.readError),
+                            {}});
+        return findings;
+    }
+    passedOver(report, &findings);
+    textRead(report, &findings);
+    valuesChanged(report, &findings);
+    loaded(report, &findings);
+    presetBands(report, &findings);
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding& a, const Finding& b) { return a.at.line < b.at.line; });
+    return findings;
+}
+
+void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) {
+    static const std::set<std::string> kSetterNames = parameterElementNames();
+    std::set<std::string> structural;
+    for (const Report::NodeEvent& structure : report.structures) {
+        structural.insert(report.node(structure.node).name);
+    }
+    for (const Report::NodeEvent& skip : report.skips) {
+        const std::string what = describe(report, skip.node);
+        const std::string where = parentTag(report, skip.node);
+        const bool isElement = report.node(skip.node).isElement;
+        switch (static_cast<Skip>(skip.what)) {
+            case Skip::kSteppedOver: {
+                std::vector<Note> notes = consequencesUnder(report, report.node(skip.node).parent);
+                // A comment stepped over instead of blank text costs nothing by itself.
+                if (isElement || !notes.empty()) {
+                    Finding f = finding(report, skip.node, Severity::kWarning,
+                                        what + " is the first child of " + where +
+                                            ", which the reader steps over: it is not read");
+                    f.notes = std::move(notes);
+                    out->push_back(std::move(f));
+                }
+                break;
+            }
+            case Skip::kNotElement:
+                if (!report.node(skip.node).isComment) {
+                    out->push_back(finding(report, skip.node, Severity::kWarning,
+                                           what + " in " + where + " is not read"));
+                }
+                break;
+            case Skip::kNoSetter:
+                out->push_back(
+                    finding(report, skip.node, Severity::kWarning,
+                            what + " in " + where + " is not read: no parameter has this name" +
+                                didYouMean(report.node(skip.node).name, kSetterNames, true)));
+                break;
+            case Skip::kUnknown:
+                out->push_back(
+                    finding(report, skip.node, Severity::kWarning,
+                            what + " in " + where + " is not read: the reader does not know it" +
+                                didYouMean(report.node(skip.node).name, structural, true)));
+                break;
+            case Skip::kNotWalked:
+                out->push_back(finding(
+                    report, skip.node, Severity::kWarning,
+                    what + " in " + where + " is not read: no walk of the reader reaches it"));
+                break;
+            case Skip::kAfterCut:
+                // Reported as notes of the tuning that cut the reading.
+                if (std::none_of(report.records.begin(), report.records.end(),
+                                 [](const RecordSnapshot& r) { return r.dropped; })) {
+                    out->push_back(finding(report, skip.node, Severity::kWarning,
+                                           what + " is not read: the reading stopped before it"));
+                }
+                break;
+            case Skip::kEndsList:
+                out->push_back(finding(report, skip.node, Severity::kWarning,
+                                       what + " ends the list of bands in " + where +
+                                           ": the bands after it are not read"));
+                break;
+            case Skip::kVersionRule: {
+                Finding f = finding(report, skip.node, Severity::kWarning,
+                                    what + " is passed over in a file of format version " +
+                                        quoted(report.formatVersion) +
+                                        ": its settings do not "
+                                        "apply");
+                std::map<std::pair<Parameter, std::vector<int>>, int> fixed;
+                for (const Report::ValueEvent& value : report.values) {
+                    if (value.source == ValueSource::kVersion32 ||
+                        value.source == ValueSource::kGlobalSetting) {
+                        fixed[{value.parameter, value.values}]++;
+                    }
+                }
+                for (const auto& [written, count] : fixed) {
+                    f.notes.push_back(note(report, skip.node,
+                                           std::string(kParameterNames[written.first]) + " is " +
+                                               NumberText::bracketed(written.second) + " in " +
+                                               std::to_string(count) + " records instead"));
+                }
+                out->push_back(std::move(f));
+                break;
+            }
+        }
+    }
+}
+
+void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
+    // Attribute names each element name was asked for, for the names to suggest.
+    std::map<std::string, std::set<std::string>> asked;
+    for (const Report::AttributeEvent& attribute : report.attributes) {
+        if (attribute.how != AttributeRead::kIgnored) {
+            asked[report.node(attribute.node).name].insert(attribute.name);
+        }
+    }
+    // (node, attribute) pairs a finding already covers.
+    std::set<std::pair<int, std::string>> covered;
+    const auto keywordNotes = [&report, &covered](int node, std::vector<Note>* notes) {
+        for (const Report::KeywordEvent& keyword : report.keywords) {
+            if (keyword.node == node && !keyword.recognised) {
+                covered.insert({node, keyword.attribute});
+                notes->push_back(note(report, node,
+                                      "its " + keyword.attribute + " " + quoted(keyword.text) +
+                                          " is read as " + std::to_string(keyword.value)));
+            }
+        }
+        const int parentRecord = report.recordOfNode(report.node(node).parent);
+        if (!notes->empty() && parentRecord >= 0 &&
+            report.records[parentRecord].kind == RecordKind::kProfileEndpoint) {
+            notes->push_back(
+                recordNote(report, parentRecord,
+                           "selects IEQ preset " +
+                               std::to_string(report.records[parentRecord].selectedIeqPreset)));
+        }
+    };
+    for (const Report::AttributeEvent& attribute : report.attributes) {
+        const std::string element = describe(report, attribute.node);
+        if (attribute.how == AttributeRead::kIgnored) {
+            Finding f = finding(
+                report, attribute.node, Severity::kWarning,
+                "attribute " + quoted(attribute.name) + " of " + element + " is not read" +
+                    didYouMean(attribute.name, asked[report.node(attribute.node).name], false));
+            for (const Report::AttributeEvent& missing : report.attributes) {
+                if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
+                    covered.insert({missing.node, missing.name});
+                    f.notes.push_back(note(
+                        report, missing.node,
+                        element + " has no " + quoted(missing.name) + ": it is read as empty"));
+                }
+            }
+            keywordNotes(attribute.node, &f.notes);
+            out->push_back(std::move(f));
+        }
+    }
+    for (const Report::AttributeEvent& attribute : report.attributes) {
+        if (attribute.how == AttributeRead::kMissing &&
+            covered.insert({attribute.node, attribute.name}).second) {
+            std::string readAs = "empty";
+            for (const Report::NumberEvent& number : report.numbers) {
+                if (number.node == attribute.node && number.attribute == attribute.name) {
+                    readAs = number.isList ? NumberText::bracketed(number.values)
+                                           : std::to_string(number.values[0]);
+                }
+            }
+            Finding f = finding(report, attribute.node, Severity::kWarning,
+                                describe(report, attribute.node) + " has no " + attribute.name +
+                                    " attribute: read as " + readAs);
+            keywordNotes(attribute.node, &f.notes);
+            out->push_back(std::move(f));
+        }
+    }
+    for (const Report::NumberEvent& number : report.numbers) {
+        if (number.how == NumberRead::kWhole || number.how == NumberRead::kWord ||
+            !covered.insert({number.node, number.attribute}).second) {
+            continue;
+        }
+        const std::string what =
+            describe(report, number.node) + " " + number.attribute + " " + quoted(number.text);
+        const std::string readAs =
+            number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
+        const char* how = number.isList                        ? " is not a list of whole numbers"
+                          : number.how == NumberRead::kClamped ? " is out of the int range"
+                          : number.how == NumberRead::kNone    ? " has no digits"
+                                                               : " is not a whole number";
+        out->push_back(
+            finding(report, number.node, Severity::kWarning, what + how + ": read as " + readAs));
+    }
+    for (const Report::KeywordEvent& keyword : report.keywords) {
+        if (!keyword.recognised && covered.insert({keyword.node, keyword.attribute}).second) {
+            std::vector<Note> notes;
+            const int record = report.recordOfNode(keyword.node);
+            if (record >= 0) {
+                notes.push_back(recordNote(report, record, "is made of it"));
+            }
+            Finding f =
+                finding(report, keyword.node, Severity::kWarning,
+                        describe(report, keyword.node) + " " + keyword.attribute + " " +
+                            quoted(keyword.text) + " is not a word the reader knows: read as " +
+                            std::to_string(keyword.value));
+            f.notes = std::move(notes);
+            out->push_back(std::move(f));
+        }
+    }
+}
+
+void LintRules::valuesChanged(const LoadReport& report, std::vector<Finding>* out) {
+    // The last value each record's parameter got from an element, by value event.
+    std::map<std::pair<int, Parameter>, size_t> fromFile;
+    for (size_t i = 0; i < report.values.size(); i++) {
+        const Report::ValueEvent& value = report.values[i];
+        const RecordSnapshot& record = report.records[value.record];
+        const std::string name = kParameterNames[value.parameter];
+        const std::string element = describe(report, value.node);
+        const auto key = std::make_pair(value.record, value.parameter);
+        auto earlier = fromFile.find(key);
+        if (value.source == ValueSource::kFile) {
+            if (record.validParams.count(value.parameter) == 0) {
+                out->push_back(finding(report, value.node, Severity::kWarning,
+                                       element + " sets " + name + ", which a " +
+                                           kindName(record.kind) +
+                                           " does not use: it is ignored here"));
+            } else if (earlier != fromFile.end() &&
+                       report.values[earlier->second].node != value.node) {
+                out->push_back(
+                    finding(report, value.node, Severity::kWarning,
+                            element + " sets " + name + " again: the value at line " +
+                                lineText(lineOf(report, report.values[earlier->second].node)) +
+                                " is replaced"));
+            }
+            fromFile[key] = i;
+            continue;
+        }
+        const bool versionRule = value.source == ValueSource::kVersion32 ||
+                                 value.source == ValueSource::kVersion322 ||
+                                 value.source == ValueSource::kBefore34;
+        if (versionRule && earlier != fromFile.end() &&
+            report.values[earlier->second].values != value.values) {
+            const Report::ValueEvent& written = report.values[earlier->second];
+            out->push_back(
+                finding(report, written.node, Severity::kWarning,
+                        name + " " + NumberText::bracketed(written.values) +
+                            " written here is replaced by " + NumberText::bracketed(value.values) +
+                            (report.formatVersion.empty()
+                                 ? std::string(" (the file has no format version)")
+                                 : " by the rules of format version " + report.formatVersion)));
+        }
+        if (value.source != ValueSource::kTranslatorEmpty) {
+            continue;
+        }
+        // The translation reported next reads the absent parameter as an empty list.
+        for (size_t t = 0; t < report.translated.size(); t++) {
+            const Report::TranslatedEvent& event = report.translated[t];
+            if (event.record != value.record) {
+                continue;
+            }
+            for (const BlobEntry& entry : entriesOf(report, event)) {
+                if (entry.values.empty()) {
+                    Finding f =
+                        finding(report, record.node, Severity::kWarning,
+                                recordTitle(record) + " has no " + name + ": the effect gets " +
+                                    quoted(BlobDecoder::codeText(entry.code)) + " for " +
+                                    BlobDecoder::deviceName(entry.deviceId) + " with no values");
+                    f.notes.push_back(
+                        note(report, record.node, "in " + blobTitle(report.blobs[event.blob])));
+                    out->push_back(std::move(f));
+                }
+            }
+        }
+    }
+}
+
+void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
+    const FileLine root = rootLine(report);
+    if (std::none_of(report.structures.begin(), report.structures.end(),
+                     [](const Report::NodeEvent& s) {
+                         return s.what == static_cast<int>(Structure::kFormatVersion);
+                     })) {
+        out->push_back({root,
+                        Severity::kWarning,
+                        "no <format_version>: the file is read by the rules of formats before "
+                        "3.4, whose defaults replace values it writes",
+                        {}});
+    }
+    for (const RecordSnapshot& record : report.records) {
+        if (record.dropped) {
+            Finding f = finding(
+                report, record.node, Severity::kError,
+                recordTitle(record) + " has no data element: the reader drops it and stops");
+            f.notes = cutElements(report);
+            out->push_back(std::move(f));
+        }
+    }
+    for (const Report::PartnerEvent& partner : report.partnersMissing) {
+        const RecordSnapshot* record =
+            partner.record >= 0 ? &report.records[partner.record] : nullptr;
+        const int node = record != nullptr ? record->node : partner.binding.node;
+        const std::string title = record != nullptr ? recordTitle(*record) : "";
+        const std::string device = "tuning device " + quoted(partner.binding.device);
+        switch (partner.what) {
+            case MissingPartner::kGeqPreset:
+                out->push_back(finding(report, node, Severity::kWarning,
+                                       title + " has no GEQ preset: its blob carries no graphic "
+                                               "EQ and the persisted user gains are not restored "
+                                               "for it"));
+                break;
+            case MissingPartner::kIeqPreset:
+                out->push_back(finding(
+                    report, node, Severity::kWarning,
+                    title + " selects IEQ preset " +
+                        std::to_string(record != nullptr ? record->selectedIeqPreset : 0) +
+                        ", which the file does not define: it gets the IEQ curve translated "
+                        "before it, if any"));
+                break;
+            case MissingPartner::kEndpointOther:
+                out->push_back(finding(report, node, Severity::kWarning,
+                                       title + ": nothing of this endpoint reaches the effect"));
+                break;
+            case MissingPartner::kTuning:
+                out->push_back(finding(report, node, Severity::kError,
+                                       device + " names tuning " + quoted(partner.binding.tuning) +
+                                           ", which is not kept: the device gets no blob"));
+                break;
+            case MissingPartner::kPortDevice:
+                out->push_back(finding(report, node, Severity::kError,
+                                       "endpoint_port " + quoted(partner.binding.port) + " of " +
+                                           device +
+                                           " has no output device: its entries are "
+                                           "filed for device 0, which no output matches"));
+                break;
+        }
+    }
+    const int speaker = report.speakerTuning;
+    for (LoaderDefault what : report.loaderDefaults) {
+        const int node = speaker >= 0 ? report.records[speaker].node : -1;
+        const std::string title = speaker >= 0 ? recordTitle(report.records[speaker])
+                                               : std::string("the speaker's tuning");
+        Finding f = finding(report, node, Severity::kWarning,
+                            what == LoaderDefault::kMixMatrix
+                                ? title +
+                                      " has no mix matrix (<output-mode>): every speaker "
+                                      "endpoint of every profile gets the default one"
+                                : title +
+                                      " has no <virtual-bass-mode>: every profile endpoint "
+                                      "gets the default vb mode");
+        if (node < 0) {
+            f.at = root;
+        }
+        out->push_back(std::move(f));
+    }
+    for (const auto& [port, device] : report.defaultSelectionsMissing) {
+        const bool isSpeaker = port == DEVICE_INTERNAL_SPEAKER;
+        out->push_back({root,
+                        Severity::kError,
+                        "default tuning device " + quoted(device) + " for port " +
+                            (port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port]
+                                                                    : std::to_string(port)) +
+                            " is missing" +
+                            (isSpeaker ? " (bind the speaker's tuning with <device_id id=\"\" "
+                                         "endpoint_port=\"internal_speaker\"/>)"
+                                       : "") +
+                            ": the store disables every tuning",
+                        {}});
+    }
+    // A blob dropped or replaced: say which records went into the one that is kept.
+    for (size_t b = 0; b < report.blobs.size(); b++) {
+        const Report::Blob& blob = report.blobs[b];
+        if (blob.fate == BlobFate::kStored) {
+            continue;
+        }
+        int record = -1;
+        for (const Report::TranslatedEvent& event : report.translated) {
+            if (event.blob == static_cast<int>(b) && record < 0 &&
+                report.records[event.record].kind ==
+                    (blob.isTuning ? RecordKind::kTuning : RecordKind::kProfile)) {
+                record = event.record;
+            }
+        }
+        if (record < 0) {
+            continue;
+        }
+        const RecordSnapshot& snapshot = report.records[record];
+        Finding f = finding(report, snapshot.node, Severity::kWarning,
+                            blob.fate == BlobFate::kDropped
+                                ? "profile id " + std::to_string(blob.profileId) +
+                                      " is used again: the blob built for " + recordTitle(snapshot) +
+                                      " is dropped, the first one of the id is kept"
+                                : recordTitle(snapshot) + " replaces the blob of " +
+                                      quoted(blob.device) + " that an earlier tuning made");
+        for (size_t k = 0; k < report.blobs.size(); k++) {
+            const Report::Blob& kept = report.blobs[k];
+            if (kept.fate != BlobFate::kStored || kept.isTuning != blob.isTuning ||
+                kept.profileId != blob.profileId || kept.device != blob.device) {
+                continue;
+            }
+            const DecodedBlob decoded = BlobDecoder::decode(kept.words);
+            std::map<std::pair<int, int>, int> sent;
+            for (const Report::TranslatedEvent& event : report.translated) {
+                if (event.blob == static_cast<int>(k) && event.endEntry > event.firstEntry) {
+                    f.notes.push_back(recordNote(report, event.record,
+                                                 "goes into the kept " + blobTitle(kept) +
+                                                     " as entries " +
+                                                     std::to_string(event.firstEntry + 1) + "-" +
+                                                     std::to_string(event.endEntry)));
+                }
+            }
+            for (const BlobEntry& entry : decoded.entries) {
+                if (++sent[{entry.deviceId, entry.code}] == 2) {
+                    f.notes.push_back(note(report, snapshot.node,
+                                           BlobDecoder::deviceName(entry.deviceId) + " " +
+                                               quoted(BlobDecoder::codeText(entry.code)) +
+                                               " is sent more than once by the kept blob"));
+                }
+            }
+            f.notes.push_back(note(report, snapshot.node,
+                                   "the kept " + blobTitle(kept) + " has " +
+                                       std::to_string(decoded.entries.size()) + " entries"));
+        }
+        out->push_back(std::move(f));
+    }
+}
+
+void LintRules::presetBands(const LoadReport& report, std::vector<Finding>* out) {
+    const auto count = [](const RecordSnapshot& record, Parameter parameter) {
+        auto found = record.values.find(parameter);
+        return found != record.values.end() ? found->second.size() : 0;
+    };
+    const RecordSnapshot* first = nullptr;
+    for (const RecordSnapshot* preset : report.ofKind(RecordKind::kIeqPreset)) {
+        const size_t frequencies = count(*preset, IEQ_FREQUENCY);
+        const size_t targets = count(*preset, IEQ_TARGET);
+        const std::string title = recordTitle(*preset);
+        if (frequencies != targets) {
+            out->push_back(finding(report, preset->node, Severity::kWarning,
+                                   title + " has " + std::to_string(frequencies) +
+                                       " band frequencies but " + std::to_string(targets) +
+                                       " targets: the effect reads the curve out of step"));
+        }
+        // Every preset describes the same bands: one of another length is likely cut short.
+        if (first == nullptr) {
+            first = preset;
+        } else if (frequencies != count(*first, IEQ_FREQUENCY)) {
+            Finding f = finding(report, preset->node, Severity::kWarning,
+                                title + " has " + std::to_string(frequencies) + " bands, but " +
+                                    recordTitle(*first) + " has " +
+                                    std::to_string(count(*first, IEQ_FREQUENCY)));
+            f.notes.push_back(note(report, first->node, recordTitle(*first) + " is here"));
+            out->push_back(std::move(f));
+        }
+    }
+    // The cache sends the graphic EQ only as one "gebs" of band count, 20 frequencies and 20
+    // gains.
+    constexpr size_t kGebsValues = 41;
+    for (const Report::TranslatedEvent& event : report.translated) {
+        const RecordSnapshot& record = report.records[event.record];
+        if (record.kind != RecordKind::kGeqPreset || event.blob < 0 ||
+            report.blobs[event.blob].fate != BlobFate::kStored) {
+            continue;
+        }
+        for (const BlobEntry& entry : entriesOf(report, event)) {
+            if (BlobDecoder::codeText(entry.code) == "gebs" && entry.values.size() != kGebsValues) {
+                out->push_back(finding(report, record.node, Severity::kWarning,
+                                       recordTitle(record) + " makes a \"gebs\" of " +
+                                           std::to_string(entry.values.size()) +
+                                           " values: the effect gets \"gebs\" only with 41 (20 "
+                                           "bands), so this graphic EQ never reaches it"));
+            }
+        }
+    }
+}
+
+}  // namespace korva::tool

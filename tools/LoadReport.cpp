@@ -1,0 +1,270 @@
+#include "tools/LoadReport.h"
+
+#include "model/CreationOrder.h"
+#include "model/DeviceData.h"
+#include "model/DeviceTuning.h"
+#include "model/GeqPreset.h"
+#include "model/IeqPreset.h"
+#include "model/Profile.h"
+#include "model/ProfileEndpoint.h"
+#include "model/Tuning.h"
+#include "reader/NodeInfo.h"
+#include "reader/TuningFileParser.h"
+
+namespace korva::tool {
+
+namespace {
+
+template <typename T>
+void addInOrder(const std::set<T*>& set, std::vector<const ParameterValues*>* out) {
+    for (const T* record : inCreationOrder(set)) {
+        out->push_back(record);
+    }
+}
+
+}  // namespace
+
+std::vector<const RecordSnapshot*> LoadReport::ofKind(RecordKind kind) const {
+    std::vector<const RecordSnapshot*> out;
+    for (const RecordSnapshot& record : records) {
+        if (record.kind == kind && !record.dropped) {
+            out.push_back(&record);
+        }
+    }
+    return out;
+}
+
+const ReportedNode& LoadReport::node(int index) const {
+    static const ReportedNode kNone;
+    return index >= 0 && static_cast<size_t>(index) < nodes.size() ? nodes[index] : kNone;
+}
+
+int LoadReport::recordOfNode(int element) const {
+    for (size_t i = 0; element >= 0 && i < records.size(); i++) {
+        if (records[i].node == element) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+int LoadReport::nodeIndex(const xmlNode* node) {
+    if (node == nullptr) {
+        return -1;
+    }
+    auto known = mNodeIndex.find(node);
+    if (known != mNodeIndex.end()) {
+        return known->second;
+    }
+    ReportedNode reported;
+    reported.parent = nodeIndex(NodeInfo::parentOf(node));
+    const NodeInfo::Line line = NodeInfo::lineOf(node);
+    reported.line = line.line;
+    reported.atLeast = line.atLeast;
+    reported.name = NodeInfo::nameOf(node);
+    reported.isElement = NodeInfo::isElement(node);
+    reported.isComment = NodeInfo::isComment(node);
+    if (!reported.isElement) {
+        reported.name.clear();
+        reported.content = NodeInfo::contentOf(node);
+    }
+    nodes.push_back(std::move(reported));
+    mNodeIndex[node] = static_cast<int>(nodes.size() - 1);
+    return static_cast<int>(nodes.size() - 1);
+}
+
+int LoadReport::recordIndex(const ParameterValues& record) {
+    auto known = mRecordIndex.find(&record);
+    if (known != mRecordIndex.end()) {
+        return known->second;
+    }
+    records.emplace_back();
+    snapshot(record, &records.back());
+    mRecordIndex[&record] = static_cast<int>(records.size() - 1);
+    return static_cast<int>(records.size() - 1);
+}
+
+void LoadReport::snapshot(const ParameterValues& record, RecordSnapshot* into) const {
+    into->id = record.getId();
+    into->values = record.values;
+    into->validParams = record.getValidParams();
+    if (const auto* profile = dynamic_cast<const Profile*>(&record)) {
+        into->kind = RecordKind::kProfile;
+        into->profileId = profile->getProfileId();
+        into->name = profile->getName();
+        into->mobility = profile->isMobility();
+        into->selectedGeqPreset = profile->getSelectedGeqPreset();
+    } else if (const auto* endpoint = dynamic_cast<const ProfileEndpoint*>(&record)) {
+        into->kind = RecordKind::kProfileEndpoint;
+        into->profileId = endpoint->getProfileId();
+        into->endpoint = endpoint->getEndpoint();
+        into->selectedIeqPreset = endpoint->getSelectedIeqPreset();
+    } else if (const auto* tuning = dynamic_cast<const Tuning*>(&record)) {
+        into->kind = RecordKind::kTuning;
+        into->name = tuning->getName();
+        into->endpoint = tuning->getEndpoint();
+        into->mono = tuning->isMono();
+        into->readonly = tuning->isReadonly();
+    } else if (const auto* ieq = dynamic_cast<const IeqPreset*>(&record)) {
+        into->kind = RecordKind::kIeqPreset;
+        into->presetId = ieq->getPresetId();
+        into->name = ieq->getName();
+    } else if (const auto* geq = dynamic_cast<const GeqPreset*>(&record)) {
+        into->kind = RecordKind::kGeqPreset;
+        into->profileId = geq->getProfileId();
+    }
+}
+
+BindingSnapshot LoadReport::bindingOf(const DeviceTuning& binding) const {
+    auto node = mBindingNode.find(&binding);
+    return {node != mBindingNode.end() ? node->second : -1, binding.getId(), binding.getDevice(),
+            binding.getPort(), binding.getTuning()};
+}
+
+void LoadReport::onReadFailed(const std::string&, int, const xmlError* error) {
+    readFailed = true;
+    if (error != nullptr && error->message != nullptr) {
+        readError = error->message;
+        while (!readError.empty() && readError.back() == '\n') {
+            readError.pop_back();
+        }
+        readErrorLine = error->line;
+    }
+}
+
+void LoadReport::onStructure(const xmlNode* node, Structure what) {
+    structures.push_back({nodeIndex(node), static_cast<int>(what)});
+}
+
+void LoadReport::onSkipped(const xmlNode* node, Skip why) {
+    skips.push_back({nodeIndex(node), static_cast<int>(why)});
+}
+
+void LoadReport::onLookup(const xmlNode* lookedAt, Structure expected, bool found) {
+    lookups.push_back({nodeIndex(lookedAt), static_cast<int>(expected), found});
+}
+
+void LoadReport::onAttribute(const xmlNode* element, const char* name, const std::string& text,
+                             AttributeRead how) {
+    attributes.push_back({nodeIndex(element), name != nullptr ? name : "", text, how});
+}
+
+void LoadReport::onNumber(const xmlNode* element, const char* attribute, const std::string& text,
+                          int value, NumberRead how) {
+    numbers.push_back(
+        {nodeIndex(element), attribute != nullptr ? attribute : "", text, {value}, false, how});
+}
+
+void LoadReport::onNumberList(const xmlNode* element, const char* attribute,
+                              const std::string& text, const std::vector<int>& list, bool whole) {
+    numbers.push_back({nodeIndex(element), attribute != nullptr ? attribute : "", text, list, true,
+                       whole ? NumberRead::kWhole : NumberRead::kPart});
+}
+
+void LoadReport::onKeyword(const xmlNode* element, const char* attribute, const std::string& text,
+                           int value, bool recognised) {
+    keywords.push_back(
+        {nodeIndex(element), attribute != nullptr ? attribute : "", text, value, recognised});
+}
+
+void LoadReport::onRecord(const xmlNode* element, const ParameterValues& record, RecordKind kind) {
+    RecordSnapshot& snapshot = records[recordIndex(record)];
+    snapshot.kind = kind;
+    snapshot.node = nodeIndex(element);
+}
+
+void LoadReport::onDeviceTuning(const xmlNode* element, const DeviceTuning& binding) {
+    mBindingNode[&binding] = nodeIndex(element);
+}
+
+void LoadReport::onRecordDropped(const ParameterValues& record) {
+    const int index = recordIndex(record);
+    const RecordKind kind = records[index].kind;
+    const int node = records[index].node;
+    snapshot(record, &records[index]);
+    records[index].kind = kind;
+    records[index].node = node;
+    records[index].dropped = true;
+    // Its memory may hold a later record.
+    mRecordIndex.erase(&record);
+}
+
+void LoadReport::onSetter(const xmlNode* element, const ValueSetter&,
+                          const ParameterValues& record) {
+    setters.push_back({nodeIndex(element), recordIndex(record)});
+}
+
+void LoadReport::onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
+                         const std::vector<int>& list, ValueSource source) {
+    values.push_back({nodeIndex(element), recordIndex(record), parameter, list, source});
+}
+
+void LoadReport::onParsed(TuningFileParser& parser) {
+    parsed = true;
+    profileElements = parser.getNumOfProfiles();
+    DeviceData* data = parser.getDeviceData();
+    if (data == nullptr) {
+        return;
+    }
+    formatVersion = data->getFormatVersion();
+    toolVersion = data->getToolVersion();
+    gameSystemGain = data->getOrbexGameSystemGain();
+    std::vector<const ParameterValues*> ordered;
+    addInOrder(data->getIeqPresets(), &ordered);
+    addInOrder(data->getGeqPresets(), &ordered);
+    addInOrder(data->getProfiles(), &ordered);
+    addInOrder(data->getProfileEndpoints(), &ordered);
+    addInOrder(data->getTunings(), &ordered);
+    for (const ParameterValues* record : ordered) {
+        RecordSnapshot& held = records[recordIndex(*record)];
+        const int node = held.node;
+        snapshot(*record, &held);
+        held.node = node;
+    }
+    for (const DeviceTuning* binding : inCreationOrder(data->getDeviceTunings())) {
+        bindings.push_back(bindingOf(*binding));
+    }
+}
+
+void LoadReport::onTranslated(const Translator&, const ParameterValues& record, int deviceId,
+                              int firstEntry, int endEntry) {
+    translated.push_back(
+        {recordIndex(record), static_cast<int>(blobs.size()) - 1, deviceId, firstEntry, endEntry});
+}
+
+void LoadReport::onSpeakerTuning(const DeviceTuning* binding, const ParameterValues* tuning) {
+    speakerBound = binding != nullptr;
+    speakerTuning = tuning != nullptr ? recordIndex(*tuning) : -1;
+}
+
+void LoadReport::onLoaderDefault(LoaderDefault what) {
+    loaderDefaults.push_back(what);
+}
+
+void LoadReport::onBlobBegin(const BlobKey& blob) {
+    blobs.push_back({blob.isTuning, blob.profileId, blob.device, {}});
+}
+
+void LoadReport::onPartnerMissing(MissingPartner what, const ParameterValues* record,
+                                  const DeviceTuning* binding) {
+    partnersMissing.push_back({what, record != nullptr ? recordIndex(*record) : -1,
+                               binding != nullptr ? bindingOf(*binding) : BindingSnapshot{}});
+}
+
+void LoadReport::onBlobFiled(const BlobKey&, const std::vector<int>& words, BlobFate fate) {
+    if (!blobs.empty()) {
+        blobs.back().words = words;
+        blobs.back().fate = fate;
+        blobs.back().filed = true;
+    }
+}
+
+void LoadReport::onDefaultSelectionMissing(int port, const std::string& device) {
+    defaultSelectionsMissing.emplace_back(port, device);
+}
+
+void LoadReport::onLoadEnd() {
+    loadEnded = true;
+}
+
+}  // namespace korva::tool
