@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "reader/NodeParseUtils.h"
-#include "reader/String2Int.h"
+#include "reader/ReadTrace.h"
 
 namespace korva {
 
@@ -16,13 +16,15 @@ AudioOptimizerValueSetter::AudioOptimizerValueSetter(std::string nodeName,
 
 void AudioOptimizerValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<std::vector<int>> columns(kAttrNames.size());
-    for (const std::vector<std::string>& band :
-         NodeParseUtils::parseChildRows(iterator, 1, kAttrNames)) {
-        for (size_t i = 0; i < band.size(); i++) {
-            columns[i].push_back(string2Int(band[i]));
+    std::vector<const xmlNode*> bands;
+    const auto rows = NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", &bands);
+    for (size_t row = 0; row < rows.size(); row++) {
+        for (size_t i = 0; i < rows[row].size(); i++) {
+            columns[i].push_back(
+                ReadTrace::readInt(bands[row], kAttrNames[i].c_str(), rows[row][i]));
         }
     }
-    setColumns(values, columns);
+    setColumns(values, iterator, std::move(columns));
 }
 
 }  // namespace korva

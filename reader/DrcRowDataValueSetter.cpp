@@ -15,7 +15,7 @@ void DrcRowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) 
     if (row.empty()) {
         row.push_back(0);
     }
-    values.set(mParameter, std::move(row));
+    write(values, iterator, mParameter, std::move(row));
 }
 
 }  // namespace korva

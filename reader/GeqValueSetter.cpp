@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "model/LoadObserver.h"
 #include "reader/NodeParseUtils.h"
 
 namespace korva {
@@ -12,7 +13,10 @@ GeqValueSetter::GeqValueSetter(std::string nodeName, std::vector<Parameter> para
     : MultiParameterSetter(std::move(nodeName), std::move(parameters)) {}
 
 void GeqValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    setColumns(values, joinedColumns(NodeParseUtils::parseChildRows(iterator, 3, kAttrNames)));
+    std::vector<const xmlNode*> bands;
+    std::vector<const xmlNode*>* report = LoadObserver::current() != nullptr ? &bands : nullptr;
+    const auto rows = NodeParseUtils::parseChildRows(iterator, 3, kAttrNames, "", report);
+    setColumns(values, iterator, joinedColumns(rows, kAttrNames, report));
 }
 
 }  // namespace korva

@@ -10,7 +10,7 @@ MixMatrixValueSetter::MixMatrixValueSetter(std::string nodeName, Parameter param
     : SingleParameterSetter(std::move(nodeName), parameter) {}
 
 void MixMatrixValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    values.set(mParameter, NodeParseUtils::parseMixMatrix(iterator));
+    write(values, iterator, mParameter, NodeParseUtils::parseMixMatrix(iterator));
 }
 
 }  // namespace korva

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "model/LoadObserver.h"
 #include "reader/String2Int.h"
 
 namespace korva {
@@ -9,15 +10,17 @@ namespace korva {
 MultiParameterSetter::MultiParameterSetter(std::string nodeName, std::vector<Parameter> parameters)
     : ValueSetter(std::move(nodeName)), mParameters(std::move(parameters)) {}
 
-void MultiParameterSetter::setColumns(ParameterValues& values,
-                                      const std::vector<std::vector<int>>& columns) {
+void MultiParameterSetter::setColumns(ParameterValues& values, TagIterator& iterator,
+                                      std::vector<std::vector<int>> columns) {
     for (size_t i = 0; i < mParameters.size(); i++) {
-        values.set(mParameters[i], i < columns.size() ? columns[i] : std::vector<int>());
+        write(values, iterator, mParameters[i],
+              i < columns.size() ? std::move(columns[i]) : std::vector<int>());
     }
 }
 
 std::vector<std::vector<int>> MultiParameterSetter::joinedColumns(
-    const std::vector<std::vector<std::string>>& rows) const {
+    const std::vector<std::vector<std::string>>& rows, const std::vector<std::string>& attrNames,
+    const std::vector<const xmlNode*>* rowNodes) const {
     std::vector<std::string> texts(mParameters.size());
     for (const std::vector<std::string>& row : rows) {
         for (size_t i = 0; i < texts.size() && i < row.size(); i++) {
@@ -25,8 +28,23 @@ std::vector<std::vector<int>> MultiParameterSetter::joinedColumns(
         }
     }
     std::vector<std::vector<int>> columns(texts.size());
+    LoadObserver* observer = rowNodes != nullptr ? LoadObserver::current() : nullptr;
     for (size_t i = 0; i < texts.size(); i++) {
-        string2IntVector(texts[i], columns[i]);
+        const size_t end = intListEnd(texts[i], columns[i]);
+        if (observer == nullptr || end >= texts[i].size()) {
+            continue;
+        }
+        // The band whose text holds the place where reading stopped.
+        size_t start = 0;
+        for (size_t row = 0; row < rows.size() && row < rowNodes->size(); row++) {
+            const size_t length = i < rows[row].size() ? rows[row][i].size() + 1 : 0;
+            if (end < start + length) {
+                observer->onNumberList((*rowNodes)[row], attrNames[i].c_str(), rows[row][i],
+                                       columns[i], false);
+                break;
+            }
+            start += length;
+        }
     }
     return columns;
 }

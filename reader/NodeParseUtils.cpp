@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 
+#include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
 namespace korva {
@@ -14,13 +15,12 @@ int parseValue(TagIterator& iterator) {
     if (value.empty()) {
         return 0;
     }
-    if (value[0] == "true") {
-        return 1;
+    if (value[0] == "true" || value[0] == "false") {
+        const int flag = value[0] == "true" ? 1 : 0;
+        ReadTrace::word(iterator.currentNode(), "value", value[0], flag);
+        return flag;
     }
-    if (value[0] == "false") {
-        return 0;
-    }
-    return string2Int(value[0]);
+    return ReadTrace::readInt(iterator.currentNode(), "value", value[0]);
 }
 
 std::vector<int> parseDataRow(TagIterator& iterator) {
@@ -28,7 +28,9 @@ std::vector<int> parseDataRow(TagIterator& iterator) {
     iterator.parseNodeAll(attributes);
     std::vector<int> row;
     if (!attributes.empty()) {
-        string2IntVector(attributes[0], row);
+        const xmlNode* element = iterator.currentNode();
+        ReadTrace::ignoredAfterFirst(element);
+        ReadTrace::readIntList(element, nullptr, attributes[0], row);
     }
     return row;
 }
@@ -36,13 +38,21 @@ std::vector<int> parseDataRow(TagIterator& iterator) {
 std::vector<int> parseMixMatrix(TagIterator& iterator) {
     std::vector<int> matrix;
     iterator.pushNode();
-    if (descend(iterator, 2)) {
-        for (; iterator.isCurValid(); iterator.next()) {
-            std::vector<std::string> row;
-            iterator.parseNodeAll(row);
-            if (!row.empty()) {
-                string2IntVector(row[0], matrix);
-            }
+    iterator.childrenNext();
+    if (!iterator.isChildrenValid()) {
+        iterator.popNode();
+        return matrix;
+    }
+    ReadTrace::structure(iterator.currentNode(), Structure::kSetterLevel);
+    iterator.childrenNext();
+    for (; iterator.isCurValid(); iterator.next()) {
+        std::vector<std::string> row;
+        iterator.parseNodeAll(row);
+        if (!row.empty()) {
+            const xmlNode* element = iterator.currentNode();
+            ReadTrace::structure(element, Structure::kSetterRow);
+            ReadTrace::ignoredAfterFirst(element);
+            ReadTrace::readIntList(element, nullptr, row[0], matrix);
         }
     }
     iterator.popNode();
@@ -51,38 +61,36 @@ std::vector<int> parseMixMatrix(TagIterator& iterator) {
 
 std::vector<std::vector<std::string>> parseChildRows(TagIterator& iterator, int levels,
                                                      const std::vector<std::string>& attrNames,
-                                                     const std::string& rowName) {
+                                                     const std::string& rowName,
+                                                     std::vector<const xmlNode*>* rowNodes) {
     std::vector<std::vector<std::string>> rows;
     iterator.pushNode();
-    if (descend(iterator, levels)) {
-        for (; iterator.isCurValid(); iterator.next()) {
-            if (!iterator.isElementNode()) {
-                continue;
-            }
-            if (!rowName.empty() && iterator.getNodeName() != rowName) {
-                __android_log_print(ANDROID_LOG_INFO, "ValueSetter", "No attribute %s was found!",
-                                    rowName.c_str());
-                break;
-            }
-            std::vector<std::string> row;
-            iterator.parseNodeWithName(attrNames, row);
-            rows.push_back(std::move(row));
+    for (int level = 0; level < levels; level++) {
+        iterator.childrenNext();
+        if (level + 1 < levels && iterator.isElementNode()) {
+            ReadTrace::structure(iterator.currentNode(), Structure::kSetterLevel);
+        }
+    }
+    for (; iterator.isCurValid(); iterator.next()) {
+        if (!iterator.isElementNode()) {
+            continue;
+        }
+        if (!rowName.empty() && iterator.getNodeName() != rowName) {
+            ReadTrace::skipped(iterator.currentNode(), Skip::kEndsList);
+            __android_log_print(ANDROID_LOG_INFO, "ValueSetter", "No attribute %s was found!",
+                                rowName.c_str());
+            break;
+        }
+        ReadTrace::structure(iterator.currentNode(), Structure::kSetterRow);
+        std::vector<std::string> row;
+        iterator.parseNodeWithName(attrNames, row);
+        rows.push_back(std::move(row));
+        if (rowNodes != nullptr) {
+            rowNodes->push_back(iterator.currentNode());
         }
     }
     iterator.popNode();
     return rows;
-}
-
-bool descend(TagIterator& iterator, int levels) {
-    // Without the check, stepping down from a childless element would leave the cursor on it
-    // and the caller would read the element's siblings as its children.
-    for (int level = 0; level < levels; level++) {
-        if (!iterator.isChildrenValid()) {
-            return false;
-        }
-        iterator.childrenNext();
-    }
-    return iterator.isCurValid();
 }
 
 }  // namespace NodeParseUtils

@@ -2,6 +2,8 @@
 // the cursor and leaves the cursor where it found it.
 #pragma once
 
+#include <libxml/tree.h>
+
 #include <string>
 #include <vector>
 
@@ -21,26 +23,24 @@ std::vector<int> parseDataRow(TagIterator& iterator);
 // holding its comma-separated coefficients. The rows are concatenated.
 std::vector<int> parseMixMatrix(TagIterator& iterator);
 
-// The attributes attrNames of every element found the given number of levels below the element
-// under the cursor, one row per element, one slot per name (empty when missing). With a rowName,
-// the first element of another name ends the rows and is logged.
+// The rows of a band list: steps into the element under the cursor the given number of times
+// (each time onto the second child, whatever is there) and reads the attributes attrNames of
+// every element from there to the end of that sibling list, one row per element, one slot per
+// name (empty when missing). With a rowName, the first element of another name ends the rows and
+// is logged. rowNodes, when given, gets the element of each row.
 std::vector<std::vector<std::string>> parseChildRows(TagIterator& iterator, int levels,
                                                      const std::vector<std::string>& attrNames,
-                                                     const std::string& rowName = "");
-
-// Steps down the given number of levels, each time onto the first child element of an indented
-// file. Returns false, somewhere on the way down, when a level has nothing below it. The caller
-// saves the cursor before and restores it after.
-bool descend(TagIterator& iterator, int levels);
+                                                     const std::string& rowName = "",
+                                                     std::vector<const xmlNode*>* rowNodes =
+                                                             nullptr);
 
 // Steps into a tuning element, whose device bindings come first, and calls onBinding() with the
 // cursor on each "device_id" element. Returns true with the cursor on the first other element,
-// the tuning's data; false when there is none. The caller saves and restores the cursor.
+// the tuning's data; false when the walk ran off the end. A tuning without children leaves the
+// cursor on itself, which then counts as that other element. The caller saves and restores the
+// cursor.
 template <typename OnBinding>
 bool walkDeviceBindings(TagIterator& iterator, OnBinding onBinding) {
-    if (!iterator.isChildrenValid()) {
-        return false;
-    }
     iterator.childrenNext();
     for (; iterator.isCurValid(); iterator.next()) {
         if (!iterator.isElementNode()) {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "reader/NodeParseUtils.h"
-#include "reader/String2Int.h"
+#include "reader/ReadTrace.h"
 
 namespace korva {
 
@@ -17,14 +17,23 @@ RegulatorTuningValueSetter::RegulatorTuningValueSetter(std::string nodeName,
 void RegulatorTuningValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     constexpr size_t kIsolatedBand = 3;
     std::vector<std::vector<int>> columns(kAttrNames.size());
-    for (const std::vector<std::string>& band :
-         NodeParseUtils::parseChildRows(iterator, 1, kAttrNames)) {
+    std::vector<const xmlNode*> bands;
+    const auto rows = NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", &bands);
+    for (size_t row = 0; row < rows.size(); row++) {
+        const std::vector<std::string>& band = rows[row];
         for (size_t i = 0; i < band.size(); i++) {
-            columns[i].push_back(i == kIsolatedBand ? (band[i] == "true" ? 1 : 0)
-                                                    : string2Int(band[i]));
+            const char* name = kAttrNames[i].c_str();
+            if (i == kIsolatedBand) {
+                const int flag = band[i] == "true" ? 1 : 0;
+                ReadTrace::keyword(bands[row], name, band[i], flag,
+                                   band[i] == "true" || band[i] == "false");
+                columns[i].push_back(flag);
+            } else {
+                columns[i].push_back(ReadTrace::readInt(bands[row], name, band[i]));
+            }
         }
     }
-    setColumns(values, columns);
+    setColumns(values, iterator, std::move(columns));
 }
 
 }  // namespace korva

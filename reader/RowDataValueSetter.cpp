@@ -10,7 +10,7 @@ RowDataValueSetter::RowDataValueSetter(std::string nodeName, Parameter parameter
     : SingleParameterSetter(std::move(nodeName), parameter) {}
 
 void RowDataValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    values.set(mParameter, NodeParseUtils::parseDataRow(iterator));
+    write(values, iterator, mParameter, NodeParseUtils::parseDataRow(iterator));
 }
 
 }  // namespace korva

@@ -10,7 +10,7 @@ SimpleValueSetter::SimpleValueSetter(std::string nodeName, Parameter parameter)
     : SingleParameterSetter(std::move(nodeName), parameter) {}
 
 void SimpleValueSetter::set(ParameterValues& values, TagIterator& iterator) {
-    values.set(mParameter, {NodeParseUtils::parseValue(iterator)});
+    write(values, iterator, mParameter, {NodeParseUtils::parseValue(iterator)});
 }
 
 }  // namespace korva

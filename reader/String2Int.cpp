@@ -61,6 +61,10 @@ int string2Int(const std::string& text) {
 }
 
 void string2IntVector(const std::string& text, std::vector<int>& out) {
+    intListEnd(text, out);
+}
+
+size_t intListEnd(const std::string& text, std::vector<int>& out) {
     const char* at = text.data();
     const char* const end = at + text.size();
     int value = 0;
@@ -72,6 +76,29 @@ void string2IntVector(const std::string& text, std::vector<int>& out) {
             at++;
         }
     }
+    return static_cast<size_t>(at - text.data());
+}
+
+NumberRead classifyInt(const std::string& text) {
+    int value = 0;
+    bool ok = false;
+    const char* const end = text.data() + text.size();
+    const char* at = extractInt(text.data(), end, value, ok);
+    if (!ok) {
+        // Digits that did not fit clamp; no digits at all read as 0.
+        const char* digits = text.data();
+        while (digits < end && isSpace(*digits)) {
+            digits++;
+        }
+        if (digits < end && (*digits == '+' || *digits == '-')) {
+            digits++;
+        }
+        return digits < end && isDigit(*digits) ? NumberRead::kClamped : NumberRead::kNone;
+    }
+    while (at < end && isSpace(*at)) {
+        at++;
+    }
+    return at == end ? NumberRead::kWhole : NumberRead::kPart;
 }
 
 }  // namespace korva

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "model/LoadObserver.h"
+
 namespace korva {
 
 // One decimal int read the way a stream reads it: leading white space skipped, an optional sign,
@@ -14,5 +16,11 @@ int string2Int(const std::string& text);
 // Appends the ints of a list such as "1,2,3", "1 2 3" or "1, 2, 3," to out. Reading stops at the
 // first text that is not a number, so "1,,2" gives [1] and "1.5,2" gives [1].
 void string2IntVector(const std::string& text, std::vector<int>& out);
+
+// As string2IntVector; returns where reading stopped (the text's size when it read to the end,
+// a trailing separator included).
+size_t intListEnd(const std::string& text, std::vector<int>& out);
+// How string2Int reads the text, for the load's report.
+NumberRead classifyInt(const std::string& text);
 
 }  // namespace korva

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "model/LoadObserver.h"
+#include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
 namespace korva {
@@ -64,6 +66,9 @@ int TagIterator::init(std::string& path) {
     xmlDoc* document = xmlReadFile(path.c_str(), nullptr, 0);
     if (document == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "fail to call xmlReadFile,  %d", __LINE__);
+        if (LoadObserver* observer = LoadObserver::current()) {
+            observer->onReadFailed(path, -EINVAL, xmlGetLastError());
+        }
         return -EINVAL;
     }
     return adoptDocument(document);
@@ -76,21 +81,29 @@ int TagIterator::adoptDocument(xmlDoc* document) {
         // The document stays owned until clearAll or the destructor.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "fail to call xmlDocGetRootElement, %d",
                             __LINE__);
+        if (LoadObserver* observer = LoadObserver::current()) {
+            static const std::string kUnnamed;
+            observer->onReadFailed(kUnnamed, -ENODEV, nullptr);
+        }
         return -ENODEV;
     }
     mCurrent = mRoot->children;
+    ReadTrace::landed(mCurrent);
     return 0;
 }
 
 void TagIterator::next() {
     if (mCurrent != nullptr) {
         mCurrent = mCurrent->next;
+        ReadTrace::landed(mCurrent);
     }
 }
 
 void TagIterator::childrenNext() {
     if (mCurrent != nullptr && mCurrent->children != nullptr) {
+        ReadTrace::steppedOver(mCurrent);
         mCurrent = mCurrent->children->next;
+        ReadTrace::landed(mCurrent);
     }
 }
 
@@ -151,9 +164,16 @@ void TagIterator::parseNodeIntVector(std::vector<int>& out) {
     if (!isReadableElement()) {
         return;
     }
+    LoadObserver* observer = LoadObserver::current();
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
-        out.push_back(string2Int(attributeValue(mCurrent, attribute)));
+        const std::string text = attributeValue(mCurrent, attribute);
+        out.push_back(string2Int(text));
+        if (observer != nullptr) {
+            const char* name = reinterpret_cast<const char*>(attribute->name);
+            observer->onAttribute(mCurrent, name, text, AttributeRead::kRead);
+            ReadTrace::number(mCurrent, name, text, out.back());
+        }
     }
 }
 
@@ -169,19 +189,41 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
     if (!names.empty()) {
         out.resize(names.size());
     }
+    LoadObserver* observer = LoadObserver::current();
+    // Which names found their attribute, for the listener's account of the missing ones.
+    std::vector<bool> found(observer != nullptr ? names.size() : 0);
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
+        const char* name = reinterpret_cast<const char*>(attribute->name);
         if (names.empty()) {
             out.push_back(attributeValue(mCurrent, attribute));
+            if (observer != nullptr) {
+                observer->onAttribute(mCurrent, name, out.back(), AttributeRead::kRead);
+            }
             continue;
         }
         // Lengths first: most names differ in length, and this runs for every attribute read.
-        const char* name = reinterpret_cast<const char*>(attribute->name);
         const size_t length = strlen(name);
+        bool used = false;
         for (size_t i = 0; i < names.size(); i++) {
             if (names[i].size() == length && memcmp(names[i].data(), name, length) == 0) {
                 out[i] = attributeValue(mCurrent, attribute);
+                used = true;
+                if (observer != nullptr) {
+                    found[i] = true;
+                    observer->onAttribute(mCurrent, name, out[i], AttributeRead::kRead);
+                }
             }
+        }
+        if (observer != nullptr && !used) {
+            observer->onAttribute(mCurrent, name, attributeValue(mCurrent, attribute),
+                                  AttributeRead::kIgnored);
+        }
+    }
+    for (size_t i = 0; i < found.size(); i++) {
+        if (!found[i]) {
+            static const std::string kEmpty;
+            observer->onAttribute(mCurrent, names[i].c_str(), kEmpty, AttributeRead::kMissing);
         }
     }
 }

@@ -56,6 +56,9 @@ public:
 
     static int instanceCount() { return mInstanceCount; }
 
+    // The node under the cursor, for the reader's report of where a value came from.
+    const xmlNode* currentNode() const { return mCurrent; }
+
 protected:
     // Takes ownership of an already parsed document and moves to its root's first child.
     int adoptDocument(xmlDoc* document);

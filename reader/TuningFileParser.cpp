@@ -8,6 +8,7 @@
 
 #include "reader/FormatVersion.h"
 #include "reader/NodeParseUtils.h"
+#include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
 namespace korva {
@@ -25,6 +26,24 @@ void deleteAll(std::set<T*>& records) {
         delete record;
     }
     records.clear();
+}
+
+// The canonical preset number named in the text, and whether the text named one at all. The order
+// matters for names that contain more than one of the words.
+int ieqPresetIdOf(const std::string& name, bool* found) {
+    *found = true;
+    if (name.find("off") != std::string::npos) return 0;
+    if (name.find("balanced") != std::string::npos) return 2;
+    if (name.find("warm") != std::string::npos) return 3;
+    if (name.find("detailed") != std::string::npos) return 1;
+    *found = false;
+    return 0;
+}
+
+// Writes a value that a rule of the format decides, not the file.
+void writeByRule(const xmlNode* element, ParameterValues& record, Parameter parameter,
+                 std::vector<int> values, ValueSource source) {
+    ReadTrace::write(element, record, parameter, std::move(values), source);
 }
 
 // Reads the listed attributes of the element under the cursor, one slot per name.
@@ -70,6 +89,8 @@ int TuningFileParser::setTuningFile(std::string path) {
 }
 
 void TuningFileParser::parseTuningFile() {
+    ReadTrace::beginDocument();
+    const xmlNode* first = mIterator.currentNode();
     // The versions and global settings come first: every later step depends on them.
     mIterator.pushNode();
     for (; mIterator.isCurValid(); mIterator.next()) {
@@ -78,17 +99,21 @@ void TuningFileParser::parseTuningFile() {
         }
         const std::string name = mIterator.getNodeName();
         if (name == "tool_version") {
+            ReadTrace::structure(mIterator.currentNode(), Structure::kToolVersion);
             mToolVersion = parseVersion();
         } else if (name == "format_version") {
+            ReadTrace::structure(mIterator.currentNode(), Structure::kFormatVersion);
             mFormatVersion = parseVersion();
             __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "xml version: %s",
                                 mFormatVersion.c_str());
         } else if (name == "authorized_technologies") {
+            ReadTrace::structure(mIterator.currentNode(), Structure::kAuthorizedTechnologies);
             parseAuthorizedTechnologies();
         }
     }
     mIterator.popNode();
 
+    const xmlNode* cutAt = nullptr;
     for (; mIterator.isCurValid(); mIterator.next()) {
         if (!mIterator.isElementNode()) {
             continue;
@@ -98,11 +123,19 @@ void TuningFileParser::parseTuningFile() {
             parseProfile();
         } else if (name == "preset") {
             parsePreset();
-        } else if (name == "tuning" && !parseTuning()) {
-            break;
+        } else if (name == "tuning") {
+            const xmlNode* tuning = mIterator.currentNode();
+            if (!parseTuning()) {
+                cutAt = tuning;
+                break;
+            }
+        } else if (name != "tool_version" && name != "format_version" &&
+                   name != "authorized_technologies") {
+            ReadTrace::skipped(mIterator.currentNode(), Skip::kUnknown);
         }
     }
     mIsParsed = true;
+    ReadTrace::endDocument(first != nullptr ? first->parent : nullptr, cutAt);
 }
 
 std::string TuningFileParser::getProfileName(int id) {
@@ -110,13 +143,23 @@ std::string TuningFileParser::getProfileName(int id) {
 }
 
 int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
-    // The order matters for names that contain more than one of the words.
-    if (name.find("off") != std::string::npos) return 0;
-    if (name.find("balanced") != std::string::npos) return 2;
-    if (name.find("warm") != std::string::npos) return 3;
-    if (name.find("detailed") != std::string::npos) return 1;
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "name is invalid, %d", 310);
-    return 0;
+    bool found = false;
+    const int id = ieqPresetIdOf(name, &found);
+    if (!found) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "name is invalid, %d", 310);
+    }
+    return id;
+}
+
+int TuningFileParser::readIeqPresetName(const xmlNode* element, const char* attribute,
+                                        const std::string& name) {
+    const int id = getIeqPresetIdByName(name);
+    if (LoadObserver::current() != nullptr) {
+        bool found = false;
+        ieqPresetIdOf(name, &found);
+        ReadTrace::keyword(element, attribute, name, id, found);
+    }
+    return id;
 }
 
 std::string TuningFileParser::parseVersion() {
@@ -126,28 +169,39 @@ std::string TuningFileParser::parseVersion() {
 
 void TuningFileParser::parseAuthorizedTechnologies() {
     if (isVersion32()) {
+        ReadTrace::skipped(mIterator.currentNode(), Skip::kVersionRule);
         mVirtualBassProcessMode = 2;
         return;
     }
     mIterator.pushNode();
-    if (NodeParseUtils::descend(mIterator, 1)) {
-        for (; mIterator.isCurValid(); mIterator.next()) {
-            if (!mIterator.isElementNode() || mIterator.getNodeName() != "global_setting") {
-                continue;
-            }
-            const std::vector<std::string> names = mIterator.getAttrsName();
-            std::vector<std::string> values;
-            mIterator.parseNodeAll(values);
-            for (size_t i = 0; i < names.size() && i < values.size(); i++) {
-                if (names[i] == "dynamic_speaker_optimization_enable") {
-                    mDsoEnable = values[i] == "true";
-                    __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s(): mDsoEnable = %d",
-                                        "parseAuthorizedTechnologies", mDsoEnable);
-                } else if (names[i] == "orbex_game_system_gain") {
-                    mGameSystemGain = string2Int(values[i]);
-                } else if (names[i] == "virtual_bass_process") {
-                    mVirtualBassProcessMode = string2Int(values[i]);
-                }
+    mIterator.childrenNext();
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        if (!mIterator.isElementNode()) {
+            continue;
+        }
+        const xmlNode* element = mIterator.currentNode();
+        if (mIterator.getNodeName() != "global_setting") {
+            ReadTrace::skipped(element, Skip::kUnknown);
+            continue;
+        }
+        ReadTrace::structure(element, Structure::kGlobalSetting);
+        const std::vector<std::string> names = mIterator.getAttrsName();
+        std::vector<std::string> values;
+        mIterator.parseNodeAll(values);
+        for (size_t i = 0; i < names.size() && i < values.size(); i++) {
+            const char* name = names[i].c_str();
+            if (names[i] == "dynamic_speaker_optimization_enable") {
+                mDsoEnable = values[i] == "true";
+                ReadTrace::keyword(element, name, values[i], mDsoEnable,
+                                   mDsoEnable || values[i] == "false");
+                __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s(): mDsoEnable = %d",
+                                    "parseAuthorizedTechnologies", mDsoEnable);
+            } else if (names[i] == "orbex_game_system_gain") {
+                mGameSystemGain = ReadTrace::readInt(element, name, values[i]);
+            } else if (names[i] == "virtual_bass_process") {
+                mVirtualBassProcessMode = ReadTrace::readInt(element, name, values[i]);
+            } else if (LoadObserver* observer = LoadObserver::current()) {
+                observer->onAttribute(element, name, values[i], AttributeRead::kIgnored);
             }
         }
     }
@@ -155,35 +209,40 @@ void TuningFileParser::parseAuthorizedTechnologies() {
 }
 
 void TuningFileParser::parsePreset() {
+    const xmlNode* element = mIterator.currentNode();
+    ReadTrace::structure(element, Structure::kPreset);
     const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "name", "type"});
     const std::string& idText = attributes[0];
     const std::string& type = attributes[2];
+    ReadTrace::keyword(element, "type", type, type == "ieq" ? 0 : 1, type == "ieq" || type == "geq");
     if (type == "ieq") {
         int presetId;
         std::string name;
         if (isVersion32() || isVersion330()) {
-            presetId = getIeqPresetIdByName(idText);
+            presetId = readIeqPresetName(element, "id", idText);
             name = kIeqPresetNames[presetId];
         } else {
             presetId = std::atoi(idText.c_str());
+            ReadTrace::number(element, "id", idText, presetId);
             name = attributes[1];
         }
         IeqPreset* preset = new IeqPreset(presetId, name);
-        if (ValueSetter* setter = sSetterCollection->getValueSetter("ieq")) {
-            setter->set(*preset, mIterator);
-        }
+        ReadTrace::record(element, *preset, RecordKind::kIeqPreset);
+        applySetter("ieq", *preset);
         mIeqPresets.insert(preset);
     } else if (type == "geq") {
         GeqPreset* preset = new GeqPreset(std::atoi(idText.c_str()));
-        if (ValueSetter* setter = sSetterCollection->getValueSetter("geq")) {
-            setter->set(*preset, mIterator);
-        }
+        ReadTrace::number(element, "id", idText, preset->getProfileId());
+        ReadTrace::record(element, *preset, RecordKind::kGeqPreset);
+        applySetter("geq", *preset);
         mGeqPresets.insert(preset);
     }
 }
 
 void TuningFileParser::parseProfile() {
     mNumOfProfiles++;
+    const xmlNode* element = mIterator.currentNode();
+    ReadTrace::structure(element, Structure::kProfile);
 
     int presetId = 0;
     if (isVersion32()) {
@@ -192,64 +251,77 @@ void TuningFileParser::parseProfile() {
                             "parseProfile");
         std::string presetName;
         mIterator.pushNode();
-        if (mIterator.isChildrenValid()) {
-            mIterator.childrenNext();
-            mIterator.next();
-            mIterator.next();
-            if (mIterator.isElementNode() && mIterator.getNodeName() == "include") {
-                presetName = readAttributes(mIterator, {"preset"})[0];
-            }
+        mIterator.childrenNext();
+        mIterator.next();
+        mIterator.next();
+        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == "include";
+        const xmlNode* include = mIterator.currentNode();
+        ReadTrace::lookup(include, Structure::kInclude, found);
+        if (found) {
+            ReadTrace::structure(include, Structure::kInclude);
+            presetName = readAttributes(mIterator, {"preset"})[0];
         }
+        presetId = readIeqPresetName(found ? include : element, "preset", presetName);
         mIterator.popNode();
-        presetId = getIeqPresetIdByName(presetName);
     }
 
     mIterator.pushNode();
     const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "name", "group"});
-    const int id = string2Int(attributes[0]);
+    const int id = ReadTrace::readInt(element, "id", attributes[0]);
     const bool mobility = !isVersion32() && attributes[2] == "mobility";
     mProfileNames[id] = attributes[1];
     Profile* profile = new Profile(id, attributes[1], mobility);
+    ReadTrace::record(element, *profile, RecordKind::kProfile);
 
     // Parameters sit in the profile's first element, a wrapper whose name is not checked.
-    if (NodeParseUtils::descend(mIterator, 2)) {
-        int ieqEnable = 0;
-        int ieqAmount = 0;
-        for (; mIterator.isCurValid(); mIterator.next()) {
-            if (!mIterator.isElementNode()) {
-                continue;
+    mIterator.childrenNext();
+    if (mIterator.isElementNode()) {
+        ReadTrace::structure(mIterator.currentNode(), Structure::kProfileData);
+    }
+    mIterator.childrenNext();
+    int ieqEnable = 0;
+    int ieqAmount = 0;
+    for (; mIterator.isCurValid(); mIterator.next()) {
+        if (!mIterator.isElementNode()) {
+            continue;
+        }
+        const std::string name = mIterator.getNodeName();
+        if (ValueSetter* setter = sSetterCollection->getValueSetter(name)) {
+            // These two belong to the endpoints that follow them, not to the profile.
+            if (name == "ieq-enable") {
+                ReadTrace::structure(mIterator.currentNode(), Structure::kProfileIeqSwitch);
+                ieqEnable = NodeParseUtils::parseValue(mIterator);
+            } else if (name == "ieq-amount") {
+                ReadTrace::structure(mIterator.currentNode(), Structure::kProfileIeqSwitch);
+                ieqAmount = NodeParseUtils::parseValue(mIterator);
+            } else {
+                ReadTrace::setter(mIterator.currentNode(), *setter, *profile);
+                setter->set(*profile, mIterator);
             }
-            const std::string name = mIterator.getNodeName();
-            if (ValueSetter* setter = sSetterCollection->getValueSetter(name)) {
-                // These two belong to the endpoints that follow them, not to the profile.
-                if (name == "ieq-enable") {
-                    ieqEnable = NodeParseUtils::parseValue(mIterator);
-                } else if (name == "ieq-amount") {
-                    ieqAmount = NodeParseUtils::parseValue(mIterator);
-                } else {
-                    setter->set(*profile, mIterator);
-                }
-            }
-            if (name == "endpoint_type") {
-                parseProfileEndpoint(id, ieqEnable, ieqAmount, presetId);
-            }
+        } else if (name != "endpoint_type") {
+            ReadTrace::skipped(mIterator.currentNode(), Skip::kNoSetter);
+        }
+        if (name == "endpoint_type") {
+            parseProfileEndpoint(id, ieqEnable, ieqAmount, presetId);
         }
     }
     mIterator.popNode();
 
     // Older formats had no such settings; their fixed values override whatever the file says.
     if (isVersion32()) {
-        profile->set(REVERB_SUPPRESSION_ENABLE, {0});
-        profile->set(REVERB_SUPPRESSION_AMOUNT, {0});
+        writeByRule(element, *profile, REVERB_SUPPRESSION_ENABLE, {0}, ValueSource::kVersion32);
+        writeByRule(element, *profile, REVERB_SUPPRESSION_AMOUNT, {0}, ValueSource::kVersion32);
     }
     if (isBeforeVersion34()) {
-        profile->set(HEADPHONE_VIRTUALIZER_MODE, {1});
+        writeByRule(element, *profile, HEADPHONE_VIRTUALIZER_MODE, {1}, ValueSource::kBefore34);
     }
     mProfiles.insert(profile);
 }
 
 void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount,
                                             int ieqPresetId) {
+    const xmlNode* element = mIterator.currentNode();
+    ReadTrace::structure(element, Structure::kEndpoint);
     mIterator.pushNode();
     const std::string idText = readAttributes(mIterator, {"id"})[0];
     // Unlike a tuning's endpoint_type, an unknown name here means "other".
@@ -259,25 +331,36 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
     } else if (idText == "headphone") {
         endpoint = ENDPOINT_HEADPHONE;
     }
+    ReadTrace::keyword(element, "id", idText, endpoint,
+                       endpoint != ENDPOINT_OTHER || idText == "other");
 
     int presetId = ieqPresetId;
     if (!isVersion32()) {
         __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s(): %s, parse the include ieq preset",
                             "parseProfileEndpoint", idText.c_str());
         mIterator.pushNode();
-        if (NodeParseUtils::descend(mIterator, 1) && mIterator.isElementNode() &&
-            mIterator.getNodeName() == "include") {
-            presetId = isVersion330()
-                           ? getIeqPresetIdByName(readAttributes(mIterator, {"preset"})[0])
-                           : std::atoi(readAttributes(mIterator, {"ieq_preset"})[0].c_str());
+        mIterator.childrenNext();
+        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == "include";
+        ReadTrace::lookup(mIterator.currentNode(), Structure::kInclude, found);
+        if (found) {
+            const xmlNode* include = mIterator.currentNode();
+            ReadTrace::structure(include, Structure::kInclude);
+            if (isVersion330()) {
+                presetId = readIeqPresetName(include, "preset",
+                                             readAttributes(mIterator, {"preset"})[0]);
+            } else {
+                const std::string text = readAttributes(mIterator, {"ieq_preset"})[0];
+                presetId = std::atoi(text.c_str());
+                ReadTrace::number(include, "ieq_preset", text, presetId);
+            }
         }
         mIterator.popNode();
     }
 
     ProfileEndpoint* profileEndpoint = new ProfileEndpoint(profileId, endpoint, presetId);
-    if (NodeParseUtils::descend(mIterator, 1)) {
-        applySetters(*profileEndpoint);
-    }
+    ReadTrace::record(element, *profileEndpoint, RecordKind::kProfileEndpoint);
+    mIterator.childrenNext();
+    applySetters(*profileEndpoint);
     mIterator.popNode();
 
     // Steering follows the dialog enhancer switch: its first value is appended to the steering
@@ -287,23 +370,32 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
     if (!steering.empty() && !dialogEnhancer.empty()) {
         std::vector<int> combined = steering;
         combined.push_back(dialogEnhancer[0]);
-        profileEndpoint->set(MI_DIALOG_ENHANCER_STEERING_ENABLE, combined);
+        writeByRule(element, *profileEndpoint, MI_DIALOG_ENHANCER_STEERING_ENABLE,
+                    std::move(combined), ValueSource::kDialogSteering);
     }
 
     if (isVersion32()) {
-        profileEndpoint->set(IEQ_ENABLE, {ieqEnable});
-        profileEndpoint->set(IEQ_AMOUNT, {ieqAmount});
+        writeByRule(element, *profileEndpoint, IEQ_ENABLE, {ieqEnable},
+                    ValueSource::kProfileIeqSwitch);
+        writeByRule(element, *profileEndpoint, IEQ_AMOUNT, {ieqAmount},
+                    ValueSource::kProfileIeqSwitch);
         if (isVersion322()) {
-            profileEndpoint->set(HEARING_PROTECTION_ENABLE, {0});
-            profileEndpoint->set(VIRTUALIZER_START_BAND, {0});
+            writeByRule(element, *profileEndpoint, HEARING_PROTECTION_ENABLE, {0},
+                        ValueSource::kVersion322);
+            writeByRule(element, *profileEndpoint, VIRTUALIZER_START_BAND, {0},
+                        ValueSource::kVersion322);
         }
-        profileEndpoint->set(HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, {4});
+        writeByRule(element, *profileEndpoint, HEADPHONE_VIRTUALIZER_STEERER_SOURCE_DISTANCE, {4},
+                    ValueSource::kVersion32);
     }
-    profileEndpoint->set(VIRTUAL_BASS_TYPE, {mVirtualBassProcessMode});
+    writeByRule(element, *profileEndpoint, VIRTUAL_BASS_TYPE, {mVirtualBassProcessMode},
+                ValueSource::kGlobalSetting);
     mProfileEndpoints.insert(profileEndpoint);
 }
 
 bool TuningFileParser::parseTuning() {
+    const xmlNode* element = mIterator.currentNode();
+    ReadTrace::structure(element, Structure::kTuning);
     mIterator.pushNode();
     const std::vector<std::string> attributes = readAttributes(
         mIterator, {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
@@ -316,38 +408,59 @@ bool TuningFileParser::parseTuning() {
     } else if (endpointText == "headphone") {
         endpoint = ENDPOINT_HEADPHONE;
     }
-    Tuning* tuning = new Tuning(name, endpoint, attributes[2] == "true");
-    tuning->set(ORIENTATION, {string2Int(attributes[3])});
-    tuning->set(OUTPUT_CHANNELS, {string2Int(attributes[4])});
+    ReadTrace::keyword(element, "endpoint_type", endpointText, endpoint,
+                       endpoint != ENDPOINT_SPEAKER || endpointText == "speaker");
+    const bool mono = attributes[2] == "true";
+    ReadTrace::keyword(element, "mono_device", attributes[2], mono,
+                       mono || attributes[2] == "false");
+    Tuning* tuning = new Tuning(name, endpoint, mono);
+    ReadTrace::record(element, *tuning, RecordKind::kTuning);
+    writeByRule(element, *tuning, ORIENTATION,
+                {ReadTrace::readInt(element, "orientation", attributes[3])},
+                ValueSource::kRecordAttribute);
+    writeByRule(element, *tuning, OUTPUT_CHANNELS,
+                {ReadTrace::readInt(element, "output_channels", attributes[4])},
+                ValueSource::kRecordAttribute);
 
     const bool hasData =
         NodeParseUtils::walkDeviceBindings(mIterator, [&] { parseDeviceTuning(name); });
     if (!hasData) {
+        // The cursor has run off the end of the tuning's children and is not restored: the
+        // document's walk ends here.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "There is no <data> in Tuning section");
+        if (LoadObserver* observer = LoadObserver::current()) {
+            observer->onRecordDropped(*tuning);
+        }
         delete tuning;
-        mIterator.popNode();
         return false;
     }
 
-    if (NodeParseUtils::descend(mIterator, 1)) {
-        applySetters(*tuning);
-    }
+    ReadTrace::structure(mIterator.currentNode(), Structure::kTuningData);
+    mIterator.childrenNext();
+    applySetters(*tuning);
     mIterator.popNode();
 
     if (isVersion322()) {
-        tuning->set(BASS_MBDRC_ENABLE, {0});
+        writeByRule(element, *tuning, BASS_MBDRC_ENABLE, {0}, ValueSource::kVersion322);
     }
     if (isBeforeVersion34()) {
-        tuning->set(SPEAKER_VIRTUALIZER_MODE, {1});
+        writeByRule(element, *tuning, SPEAKER_VIRTUALIZER_MODE, {1}, ValueSource::kBefore34);
     }
-    tuning->set(DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {mDsoEnable ? 1 : 0});
+    writeByRule(element, *tuning, DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {mDsoEnable ? 1 : 0},
+                ValueSource::kGlobalSetting);
     mTunings.insert(tuning);
     return true;
 }
 
 void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
+    const xmlNode* element = mIterator.currentNode();
+    ReadTrace::structure(element, Structure::kDeviceBinding);
     const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "endpoint_port"});
-    mDeviceTunings.insert(new DeviceTuning(attributes[0], attributes[1], tuningName));
+    DeviceTuning* binding = new DeviceTuning(attributes[0], attributes[1], tuningName);
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onDeviceTuning(element, *binding);
+    }
+    mDeviceTunings.insert(binding);
 }
 
 void TuningFileParser::applySetters(ParameterValues& record) {
@@ -356,8 +469,18 @@ void TuningFileParser::applySetters(ParameterValues& record) {
             continue;
         }
         if (ValueSetter* setter = sSetterCollection->getValueSetter(mIterator.getNodeName())) {
+            ReadTrace::setter(mIterator.currentNode(), *setter, record);
             setter->set(record, mIterator);
+        } else {
+            ReadTrace::skipped(mIterator.currentNode(), Skip::kNoSetter);
         }
+    }
+}
+
+void TuningFileParser::applySetter(const std::string& name, ParameterValues& record) {
+    if (ValueSetter* setter = sSetterCollection->getValueSetter(name)) {
+        ReadTrace::setter(mIterator.currentNode(), *setter, record);
+        setter->set(record, mIterator);
     }
 }
 

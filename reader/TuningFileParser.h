@@ -56,8 +56,12 @@ private:
     bool parseTuning();
     void parseDeviceTuning(const std::string& tuningName);
 
-    // Applies the registered setter of every element among the siblings under the cursor.
+    // Applies the registered setter of every element from the cursor to the end of its siblings.
     void applySetters(ParameterValues& record);
+    // Applies the setter of that name to the element under the cursor, if there is one.
+    void applySetter(const std::string& name, ParameterValues& record);
+    // getIeqPresetIdByName of an attribute's text, reported with the element.
+    int readIeqPresetName(const xmlNode* element, const char* attribute, const std::string& name);
 
     bool isVersion32() const;
     bool isVersion322() const;

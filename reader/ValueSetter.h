@@ -3,7 +3,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "model/Parameter.h"
 #include "model/ParameterValues.h"
 #include "reader/TagIterator.h"
 
@@ -23,6 +25,10 @@ public:
 
 protected:
     explicit ValueSetter(std::string nodeName);
+
+    // Writes the parameter's values read from the element under the cursor.
+    static void write(ParameterValues& values, TagIterator& iterator, Parameter parameter,
+                      std::vector<int> list);
 
 private:
     const std::string mNodeName;

@@ -12,7 +12,7 @@ VirtualBassSubgainValueSetter::VirtualBassSubgainValueSetter(std::string nodeNam
 void VirtualBassSubgainValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<int> subgains;
     iterator.parseNodeIntVector(subgains);
-    values.set(mParameter, std::move(subgains));
+    write(values, iterator, mParameter, std::move(subgains));
 }
 
 }  // namespace korva

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "reader/String2Int.h"
+#include "reader/ReadTrace.h"
 
 namespace korva {
 
@@ -19,7 +19,10 @@ void VirtualBassValueSetter::set(ParameterValues& values, TagIterator& iterator)
     if (range.empty()) {
         return;
     }
-    setColumns(values, {{string2Int(range[0])}, {string2Int(range[1])}});
+    const xmlNode* element = iterator.currentNode();
+    setColumns(values, iterator,
+               {{ReadTrace::readInt(element, kAttrNames[0].c_str(), range[0])},
+                {ReadTrace::readInt(element, kAttrNames[1].c_str(), range[1])}});
 }
 
 }  // namespace korva

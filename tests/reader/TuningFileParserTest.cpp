@@ -117,7 +117,7 @@ TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
          "endpoint 0 other ieq 0: dialog_enhancer_enable= mi_dialog_enhancer_steering_enable= "
          "surround_boost=64 virtual_bass_type=1\n"
          "endpoint 0 other ieq 0: dialog_enhancer_enable= mi_dialog_enhancer_steering_enable= "
-         "virtual_bass_type=1\n"
+         "virtual_bass_type=1 volume_leveler_enable=1\n"
          "endpoint 0 other ieq 0: dialog_enhancer_enable= mi_dialog_enhancer_steering_enable= "
          "virtual_bass_type=1 volume_leveler_enable=1\n"
          "tuning capital_headphone speaker: dynamic_speaker_optimization_enable=0 orientation=0 "
@@ -143,8 +143,30 @@ TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
          "device wired_alt headphone broken\n",
          {"There is no <data> in Tuning section"}},
         {"childless-tuning.xml",
-         "format=3.4.0 tool= orbex=0 profiles=0 names:\n",
-         {"There is no <data> in Tuning section"}},
+         "format=3.4.0 tool= orbex=0 profiles=0 names:\n"
+         "tuning after speaker: dynamic_speaker_optimization_enable=0 orientation=0 "
+         "output_channels=0\n"
+         "tuning empty speaker: dynamic_speaker_optimization_enable=0 orientation=0 "
+         "output_channels=0 regulator_enable=1\n",
+         {}},
+        {"childless-elements.xml",
+         "format=3.4.0 tool= orbex=-12 profiles=0 names:\n"
+         "ieq 7 shallow: ieq_frequency=100,200 ieq_id=7 ieq_target=1,2\n"
+         "geq 0: geq_frequency=63 geq_gain=4\n"
+         "tuning spk speaker: audio_optimizer_frequency=0,0,0 audio_optimizer_gain_l=0,0,0 "
+         "audio_optimizer_gain_ls=0,0,0 audio_optimizer_gain_r=0,0,0 "
+         "audio_optimizer_gain_rs=0,0,0 dynamic_speaker_optimization_enable=0 orientation=0 "
+         "output_channels=2 regulator_enable=1 regulator_frequency=0 regulator_isolated_band=0 "
+         "regulator_threshold_high=0 regulator_threshold_low=0\n",
+         {}},
+        {"childless-profile-3.2.xml",
+         "format=3.2.0 tool= orbex=0 profiles=1 names: 1:movie\n"
+         "profile 1 movie: headphone_virtualizer_mode=1 reverb_suppression_amount=0 "
+         "reverb_suppression_enable=0\n"
+         "endpoint 1 speaker ieq 3: dialog_enhancer_enable= "
+         "headphone_virtualizer_steerer_source_distance=4 ieq_amount=0 ieq_enable=0 "
+         "mi_dialog_enhancer_steering_enable= virtual_bass_type=1\n",
+         {}},
         // Records with the same id are all kept; the later profile name wins.
         {"duplicate-profiles.xml",
          "format=3.4.0 tool= orbex=0 profiles=2 names: 3:theatre 3:theatre\n"
