@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "model/CreationOrder.h"
 #include "model/DeviceData.h"
+#include "model/LoadObserver.h"
 #include "model/Parameter.h"
 #include "reader/TuningFileParser.h"
 #include "store/LogLevel.h"
@@ -49,6 +51,22 @@ std::vector<int> blobOf(SetParamCommand& cmd) {
     return cmd.mBuffer;
 }
 
+// A value the loader decides for every record of a kind, reported to the load's listener.
+void writeByLoader(ParameterValues& record, Parameter parameter, const std::vector<int>& values,
+                   ValueSource source) {
+    record.set(parameter, values);
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onValue(nullptr, record, parameter, values, source);
+    }
+}
+
+void missingPartner(MissingPartner what, const ParameterValues* record,
+                    const DeviceTuning* binding) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onPartnerMissing(what, record, binding);
+    }
+}
+
 // The first record that matches, or null.
 template <typename T, typename Matches>
 T* findFirst(const std::vector<T*>& records, Matches matches) {
@@ -60,22 +78,23 @@ Tuning* findTuning(const std::vector<Tuning*>& tunings, const std::string& name)
     return findFirst(tunings, [&name](const Tuning* tuning) { return tuning->getName() == name; });
 }
 
-// The tuning bound to a tuning device, through the first binding of that device name.
-Tuning* findDeviceTuning(const std::vector<DeviceTuning*>& deviceTunings,
-                         const std::vector<Tuning*>& tunings, const std::string& device) {
-    const DeviceTuning* binding = findFirst(
-        deviceTunings, [&device](const DeviceTuning* dt) { return dt->getDevice() == device; });
-    return binding != nullptr ? findTuning(tunings, binding->getTuning()) : nullptr;
+// The first binding of a tuning device name, or null.
+DeviceTuning* findBinding(const std::vector<DeviceTuning*>& deviceTunings,
+                          const std::string& device) {
+    return findFirst(deviceTunings,
+                     [&device](const DeviceTuning* dt) { return dt->getDevice() == device; });
 }
 
 // The IEQ preset translator. An endpoint whose preset does not exist is translated with the
 // preset used last; before any preset was found there is none to translate.
 class IeqTranslation {
 public:
-    void select(IeqPreset* preset, Endpoint endpoint) {
+    void select(IeqPreset* preset, Endpoint endpoint, const ProfileEndpoint& selector) {
         if (preset != nullptr) {
             mTranslator.setSource(preset, endpoint, false);
             mHasSource = true;
+        } else {
+            missingPartner(MissingPartner::kIeqPreset, &selector, nullptr);
         }
     }
     void translateAll(SetParamCommand& cmd) {
@@ -176,9 +195,16 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
 
     // Owns the records and the DeviceData: they go when the load ends, whichever way.
     auto parser = std::make_unique<TuningFileParser>();
+    LoadObserver* observer = LoadObserver::current();
     if (parser->setTuningFile(path) != 0 || parser->getDeviceData() == nullptr) {
         KORVA_LOGE(kStoreLogTag, "Spatializer Tuning XML parses error!");
+        if (observer != nullptr) {
+            observer->onLoadEnd();
+        }
         return;
+    }
+    if (observer != nullptr) {
+        observer->onParsed(*parser);
     }
     const OrderedRecords records(*parser->getDeviceData());
     const RecordIndex index(records);
@@ -188,19 +214,31 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
     // without a device id then serves the speaker.
     SpeakerValues speaker;
     const std::string speakerDevice = mSelectedTuningDevices[DEVICE_INTERNAL_SPEAKER];
-    if (const Tuning* tuning =
-            findDeviceTuning(records.deviceTunings, records.tunings, speakerDevice)) {
-        speaker.mixMatrix = valuesOf(*tuning, OUTPUT_MIX_MATRIX);
-        speaker.vbMode = valuesOf(*tuning, VIRTUAL_BASS_MODE);
-        mTuningParamValue = firstValueOf(*tuning, OUTPUT_CHANNELS);
+    const DeviceTuning* speakerBinding = findBinding(records.deviceTunings, speakerDevice);
+    const Tuning* speakerTuning = speakerBinding != nullptr
+                                          ? findTuning(records.tunings, speakerBinding->getTuning())
+                                          : nullptr;
+    if (speakerTuning != nullptr) {
+        speaker.mixMatrix = valuesOf(*speakerTuning, OUTPUT_MIX_MATRIX);
+        speaker.vbMode = valuesOf(*speakerTuning, VIRTUAL_BASS_MODE);
+        mTuningParamValue = firstValueOf(*speakerTuning, OUTPUT_CHANNELS);
+    }
+    if (observer != nullptr) {
+        observer->onSpeakerTuning(speakerBinding, speakerTuning);
     }
     if (speaker.mixMatrix.empty()) {
         KORVA_LOGD(kStoreLogTag, "use the default mix matrix");
         speaker.mixMatrix = kDefaultMixMatrix;
+        if (observer != nullptr) {
+            observer->onLoaderDefault(LoaderDefault::kMixMatrix);
+        }
     }
     if (speaker.vbMode.empty()) {
         KORVA_LOGD(kStoreLogTag, "use the default vb mode");
         speaker.vbMode = kDefaultVbMode;
+        if (observer != nullptr) {
+            observer->onLoaderDefault(LoaderDefault::kVbMode);
+        }
     }
 
     ParameterTranslator translator;
@@ -208,6 +246,11 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
 
     for (Profile* profile : records.profiles) {
         const int id = profile->getProfileId();
+        static const std::string kNoDevice;
+        const BlobKey key{false, id, kNoDevice};
+        if (observer != nullptr) {
+            observer->onBlobBegin(key);
+        }
         SetParamCommand cmd(kAllDevices);
         translator.setSource(profile, ENDPOINT_OTHER, false);
         cmd.setDeviceId(kAllDevices);
@@ -219,18 +262,22 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
             cmd.setDeviceId(kAllDevices);
             translator.translateAll(cmd);
             mProfileGeqGains.emplace(id, valuesOf(*geq, GEQ_GAIN));
+        } else {
+            missingPartner(MissingPartner::kGeqPreset, profile, nullptr);
         }
 
         for (ProfileEndpoint* endpoint : RecordIndex::find(index.profileEndpoints, id)) {
-            endpoint->set(VIRTUAL_BASS_MODE, speaker.vbMode);
+            writeByLoader(*endpoint, VIRTUAL_BASS_MODE, speaker.vbMode, ValueSource::kLoaderVbMode);
             const Endpoint type = endpoint->getEndpoint();
             translator.setSource(endpoint, type, false);
             ieqTranslation.select(
-                RecordIndex::find(index.firstIeqPreset, endpoint->getSelectedIeqPreset()), type);
+                RecordIndex::find(index.firstIeqPreset, endpoint->getSelectedIeqPreset()), type,
+                *endpoint);
             if (type == ENDPOINT_HEADPHONE) {
                 // The file's headphone values serve Bluetooth and USB outputs; wired headphones
                 // keep the built-in ones.
-                endpoint->set(ORIENTATION, kHeadphoneOrientation);
+                writeByLoader(*endpoint, ORIENTATION, kHeadphoneOrientation,
+                              ValueSource::kLoaderOrientation);
                 for (int device : kA2dpUsbDevices) {
                     cmd.setDeviceId(device);
                     ieqTranslation.translateAll(cmd);
@@ -238,17 +285,26 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
                 }
             } else if (type == ENDPOINT_SPEAKER) {
                 cmd.setDeviceId(kSpeakerDevice);
-                endpoint->set(ORIENTATION, kSpeakerOrientation);
-                endpoint->set(OUTPUT_MIX_MATRIX, speaker.mixMatrix);
+                writeByLoader(*endpoint, ORIENTATION, kSpeakerOrientation,
+                              ValueSource::kLoaderOrientation);
+                writeByLoader(*endpoint, OUTPUT_MIX_MATRIX, speaker.mixMatrix,
+                              ValueSource::kLoaderMixMatrix);
                 ieqTranslation.translateAll(cmd);
                 translator.translateAll(cmd);
+            } else {
+                missingPartner(MissingPartner::kEndpointOther, endpoint, nullptr);
             }
         }
 
         std::vector<int> blob = blobOf(cmd);
         KORVA_LOGD(kStoreLogTag, "Profile %d, numParameters = %d", id, cmd.mCount);
         // A second profile with the same id is counted but does not replace the first.
-        mXMLProfileParams.emplace(id, std::move(blob));
+        const auto [slot, stored] = mXMLProfileParams.try_emplace(id, std::move(blob));
+        if (observer != nullptr) {
+            // Not moved from when the id had its blob already.
+            observer->onBlobFiled(key, stored ? slot->second : blob,
+                                  stored ? BlobFate::kStored : BlobFate::kDropped);
+        }
         mXMLProfileCount++;
     }
 
@@ -259,6 +315,13 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
             const std::string port = deviceTuning->getPort();
             // A port the store does not know is filed with no device bit.
             const int deviceBit = kPortNameToDevice[port];
+            if (deviceBit == 0) {
+                missingPartner(MissingPartner::kPortDevice, tuning, deviceTuning);
+            }
+            const BlobKey key{true, 0, device};
+            if (observer != nullptr) {
+                observer->onBlobBegin(key);
+            }
 
             SetParamCommand cmd(kAllDevices);
             translator.setSource(tuning, tuning->getEndpoint(), false);
@@ -267,6 +330,11 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
             std::vector<int> blob = blobOf(cmd);
             KORVA_LOGD(kStoreLogTag, "Tuning id(%s), tuningName(%s) numParameters = %d",
                        device.c_str(), name.c_str(), cmd.mCount);
+            if (observer != nullptr) {
+                observer->onBlobFiled(key, blob,
+                                      mXMLTuningParams.count(device) > 0 ? BlobFate::kReplaced
+                                                                         : BlobFate::kStored);
+            }
             mXMLTuningParams[device] = std::move(blob);
             mXMLTuningCount++;
             mTuningDevicePorts[device] = port;
@@ -274,7 +342,22 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
         }
     }
 
+    if (observer != nullptr) {
+        // Bindings whose tuning name no tuning has are never reached by the walk above.
+        std::set<std::string> names;
+        for (const Tuning* tuning : records.tunings) {
+            names.insert(tuning->getName());
+        }
+        for (const DeviceTuning* binding : records.deviceTunings) {
+            if (names.count(binding->getTuning()) == 0) {
+                observer->onPartnerMissing(MissingPartner::kTuning, nullptr, binding);
+            }
+        }
+    }
     checkDefaultTuningDevices();
+    if (observer != nullptr) {
+        observer->onLoadEnd();
+    }
 }
 
 }  // namespace korva

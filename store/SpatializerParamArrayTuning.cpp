@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "model/LoadObserver.h"
 #include "model/Parameter.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArray.h"
@@ -119,6 +120,9 @@ void SpatializerParamArray::checkDefaultTuningDevices() {
                        "loadSpatializerXMLFile", device.c_str(),
                        shown(portName(port, "loadSpatializerXMLFile")));
             mXMLTuningCount = 0;
+            if (LoadObserver* observer = LoadObserver::current()) {
+                observer->onDefaultSelectionMissing(port, device);
+            }
             return;
         }
     }

@@ -2,6 +2,7 @@
 // parameters feed, then runs each of them once.
 #pragma once
 
+#include "model/LoadObserver.h"
 #include "model/Parameter.h"
 #include "model/ParameterValues.h"
 #include "translator/SetParamCommand.h"
@@ -31,6 +32,9 @@ public:
     static TranslatorCollection* sTranslatorCollection;
 
 private:
+    // As vexTranslate, telling the load's listener what it changed and which entries it added.
+    void translateObserved(Translator& translator, SetParamCommand& cmd, LoadObserver& observer);
+
     TranslatorSet mPending;
     ParameterValues* mSource;
     Endpoint mEndpoint;
