@@ -235,10 +235,16 @@ std::vector<Finding> LintRules::run(const LoadReport& report) {
 void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) {
     static const std::set<std::string> kSetterNames = parameterElementNames();
     std::set<std::string> structural;
+    std::set<int> read;
     for (const Report::NodeEvent& structure : report.structures) {
         structural.insert(report.node(structure.node).name);
+        read.insert(structure.node);
     }
     for (const Report::NodeEvent& skip : report.skips) {
+        // A walk that passes over what another step of the reader read takes nothing away.
+        if (read.count(skip.node) > 0) {
+            continue;
+        }
         const std::string what = describe(report, skip.node);
         const std::string where = parentTag(report, skip.node);
         const bool isElement = report.node(skip.node).isElement;
@@ -364,16 +370,27 @@ void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
             out->push_back(std::move(f));
         }
     }
+    // An absent attribute matters where its empty text became a number or a word.
     for (const Report::AttributeEvent& attribute : report.attributes) {
-        if (attribute.how == AttributeRead::kMissing &&
-            covered.insert({attribute.node, attribute.name}).second) {
-            std::string readAs = "empty";
-            for (const Report::NumberEvent& number : report.numbers) {
-                if (number.node == attribute.node && number.attribute == attribute.name) {
-                    readAs = number.isList ? NumberText::bracketed(number.values)
-                                           : std::to_string(number.values[0]);
-                }
+        if (attribute.how != AttributeRead::kMissing ||
+            covered.count({attribute.node, attribute.name}) > 0) {
+            continue;
+        }
+        std::string readAs;
+        for (const Report::NumberEvent& number : report.numbers) {
+            if (number.node == attribute.node && number.attribute == attribute.name) {
+                readAs = number.isList ? NumberText::bracketed(number.values)
+                                       : std::to_string(number.values[0]);
             }
+        }
+        for (const Report::KeywordEvent& keyword : report.keywords) {
+            if (keyword.node == attribute.node && keyword.attribute == attribute.name &&
+                !keyword.recognised) {
+                readAs = std::to_string(keyword.value);
+            }
+        }
+        if (!readAs.empty()) {
+            covered.insert({attribute.node, attribute.name});
             Finding f = finding(report, attribute.node, Severity::kWarning,
                                 describe(report, attribute.node) + " has no " + attribute.name +
                                     " attribute: read as " + readAs);
@@ -456,27 +473,49 @@ void LintRules::valuesChanged(const LoadReport& report, std::vector<Finding>* ou
                                  ? std::string(" (the file has no format version)")
                                  : " by the rules of format version " + report.formatVersion)));
         }
-        if (value.source != ValueSource::kTranslatorEmpty) {
+    }
+    emptyEntries(report, out);
+}
+
+void LintRules::emptyEntries(const LoadReport& report, std::vector<Finding>* out) {
+    // The parameters each translation read as empty lists: they are reported just before it.
+    std::map<size_t, std::vector<Parameter>> absent;
+    for (const Report::ValueEvent& value : report.values) {
+        if (value.source == ValueSource::kTranslatorEmpty) {
+            absent[value.nextTranslated].push_back(value.parameter);
+        }
+    }
+    // One finding per record and empty entry code, with a note for each blob it is in.
+    std::map<std::pair<int, std::string>, size_t> made;
+    for (const auto& [index, parameters] : absent) {
+        if (index >= report.translated.size()) {
             continue;
         }
-        // The translation reported next reads the absent parameter as an empty list.
-        for (size_t t = 0; t < report.translated.size(); t++) {
-            const Report::TranslatedEvent& event = report.translated[t];
-            if (event.record != value.record) {
+        const Report::TranslatedEvent& event = report.translated[index];
+        if (event.blob < 0 || report.blobs[event.blob].fate == BlobFate::kDropped) {
+            continue;
+        }
+        const RecordSnapshot& record = report.records[event.record];
+        std::string names;
+        for (Parameter parameter : parameters) {
+            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[parameter]);
+        }
+        for (const BlobEntry& entry : entriesOf(report, event)) {
+            if (!entry.values.empty()) {
                 continue;
             }
-            for (const BlobEntry& entry : entriesOf(report, event)) {
-                if (entry.values.empty()) {
-                    Finding f =
-                        finding(report, record.node, Severity::kWarning,
-                                recordTitle(record) + " has no " + name + ": the effect gets " +
-                                    quoted(BlobDecoder::codeText(entry.code)) + " for " +
-                                    BlobDecoder::deviceName(entry.deviceId) + " with no values");
-                    f.notes.push_back(
-                        note(report, record.node, "in " + blobTitle(report.blobs[event.blob])));
-                    out->push_back(std::move(f));
-                }
+            const std::string code = BlobDecoder::codeText(entry.code);
+            auto [at, isNew] = made.emplace(std::make_pair(event.record, code), out->size());
+            if (isNew) {
+                out->push_back(finding(report, record.node, Severity::kWarning,
+                                       recordTitle(record) + " has no " + names +
+                                           ": the effect gets " + quoted(code) +
+                                           " with no values"));
             }
+            (*out)[at->second].notes.push_back(
+                note(report, record.node,
+                     "for " + BlobDecoder::deviceName(entry.deviceId) + " in " +
+                         blobTitle(report.blobs[event.blob])));
         }
     }
 }
@@ -502,7 +541,12 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
             out->push_back(std::move(f));
         }
     }
+    std::set<std::pair<MissingPartner, std::pair<int, int>>> partners;
     for (const Report::PartnerEvent& partner : report.partnersMissing) {
+        // The loader meets a record once per blob it goes into.
+        if (!partners.insert({partner.what, {partner.record, partner.binding.node}}).second) {
+            continue;
+        }
         const RecordSnapshot* record =
             partner.record >= 0 ? &report.records[partner.record] : nullptr;
         const int node = record != nullptr ? record->node : partner.binding.node;
@@ -606,14 +650,25 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
             }
             const DecodedBlob decoded = BlobDecoder::decode(kept.words);
             std::map<std::pair<int, int>, int> sent;
+            // Each profile or endpoint record's entries in the kept blob, first to last.
+            std::vector<std::pair<int, std::pair<int, int>>> ranges;
             for (const Report::TranslatedEvent& event : report.translated) {
-                if (event.blob == static_cast<int>(k) && event.endEntry > event.firstEntry) {
-                    f.notes.push_back(recordNote(report, event.record,
-                                                 "goes into the kept " + blobTitle(kept) +
-                                                     " as entries " +
-                                                     std::to_string(event.firstEntry + 1) + "-" +
-                                                     std::to_string(event.endEntry)));
+                const RecordKind kind = report.records[event.record].kind;
+                if (event.blob != static_cast<int>(k) || event.endEntry <= event.firstEntry ||
+                    (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
+                    continue;
                 }
+                if (!ranges.empty() && ranges.back().first == event.record) {
+                    ranges.back().second.second = event.endEntry;
+                } else {
+                    ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
+                }
+            }
+            for (const auto& [record, range] : ranges) {
+                f.notes.push_back(recordNote(report, record,
+                                             "goes into the kept " + blobTitle(kept) +
+                                                 " as entries " + std::to_string(range.first + 1) +
+                                                 "-" + std::to_string(range.second)));
             }
             for (const BlobEntry& entry : decoded.entries) {
                 if (++sent[{entry.deviceId, entry.code}] == 2) {

@@ -21,6 +21,8 @@ public:
     static void textRead(const LoadReport& report, std::vector<Finding>* out);
     // Values written twice, not used by their record, replaced by a rule or sent empty.
     static void valuesChanged(const LoadReport& report, std::vector<Finding>* out);
+    // Entries the effect gets with no values, because their record lacks a parameter.
+    static void emptyEntries(const LoadReport& report, std::vector<Finding>* out);
     // Records whose partner is missing, loader defaults and blobs one id or name files twice.
     static void loaded(const LoadReport& report, std::vector<Finding>* out);
     // Presets whose band lists disagree.

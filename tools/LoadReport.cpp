@@ -196,7 +196,8 @@ void LoadReport::onSetter(const xmlNode* element, const ValueSetter&,
 
 void LoadReport::onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
                          const std::vector<int>& list, ValueSource source) {
-    values.push_back({nodeIndex(element), recordIndex(record), parameter, list, source});
+    values.push_back(
+        {nodeIndex(element), recordIndex(record), parameter, list, source, translated.size()});
 }
 
 void LoadReport::onParsed(TuningFileParser& parser) {

@@ -85,6 +85,7 @@ struct LoadReport : public LoadObserver {
         Parameter parameter;
         std::vector<int> values;
         ValueSource source;
+        size_t nextTranslated;  // the index the translation reported next takes
     };
     struct SetterEvent {
         int node;
