@@ -1,5 +1,6 @@
-// Tuning file bytes through the store's own loader: reader, translators and blob assembly. Every
-// blob and mix matrix the load files is then walked, and the effect parameter cache sends them to
+// Tuning file bytes through the store's own loader: reader, translators and blob assembly, with
+// the tool's listener registered and its findings made from the load's report. Every blob and mix
+// matrix the load files is then walked, and the effect parameter cache sends them to
 // an effect that reads every value, as a device would after loading such a file.
 //
 // The loader runs on the one store instance, from the state construction left (StoreSnapshot).
@@ -22,6 +23,8 @@
 #include "model/Parameter.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamParser.h"
+#include "tools/LintRules.h"
+#include "tools/LoadReport.h"
 
 namespace {
 
@@ -123,7 +126,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     SpatializerParamArray& store = SpatializerParamArray::getInstance();
     SpatializerParamArrayTestPeer peer(store);
     sInitial->restore(peer);
-    store.loadSpatializerXMLFile(sPath);
+    korva::tool::LoadReport report;
+    {
+        korva::LoadObserver::Scope listening(&report);
+        store.loadSpatializerXMLFile(sPath);
+    }
+    for (const korva::tool::Finding& finding : korva::tool::LintRules::run(report)) {
+        korva::fuzz::consume(static_cast<int>(finding.message.size() + finding.notes.size()));
+    }
 
     for (auto& [id, blob] : peer.xmlProfileParams()) {
         walkBlob(blob);

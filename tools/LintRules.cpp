@@ -45,6 +45,9 @@ std::string describe(const Report& report, int index) {
     if (node.isElement) {
         return tag(node.name);
     }
+    if (!node.isComment && node.content.find_first_not_of(" \t\r\n") == std::string::npos) {
+        return "blank text";
+    }
     std::string content = node.content;
     content.erase(0, content.find_first_not_of(" \t\r\n"));
     content.erase(content.find_last_not_of(" \t\r\n") + 1);
@@ -240,11 +243,28 @@ void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) 
         structural.insert(report.node(structure.node).name);
         read.insert(structure.node);
     }
+    std::set<int> skipped;
     for (const Report::NodeEvent& skip : report.skips) {
+        skipped.insert(skip.node);
+    }
+    std::set<std::pair<int, int>> seen;
+    // Index in out of the finding each skipped node got, for what passing over it cost.
+    std::map<int, size_t> findingOf;
+    for (const Report::NodeEvent& skip : report.skips) {
+        const Skip why = static_cast<Skip>(skip.what);
         // A walk that passes over what another step of the reader read takes nothing away.
-        if (read.count(skip.node) > 0) {
+        if (!seen.insert({skip.node, skip.what}).second ||
+            (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
             continue;
         }
+        if (why == Skip::kNotWalked && findingOf.count(report.node(skip.node).parent) > 0) {
+            Finding& held = (*out)[findingOf[report.node(skip.node).parent]];
+            held.notes.push_back(
+                note(report, skip.node, "so " + describe(report, skip.node) + " is not read"));
+            findingOf[skip.node] = findingOf[report.node(skip.node).parent];
+            continue;
+        }
+        const size_t before = out->size();
         const std::string what = describe(report, skip.node);
         const std::string where = parentTag(report, skip.node);
         const bool isElement = report.node(skip.node).isElement;
@@ -319,6 +339,9 @@ void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) 
                 out->push_back(std::move(f));
                 break;
             }
+        }
+        if (out->size() > before) {
+            findingOf[skip.node] = before;
         }
     }
 }
@@ -509,8 +532,7 @@ void LintRules::emptyEntries(const LoadReport& report, std::vector<Finding>* out
             if (isNew) {
                 out->push_back(finding(report, record.node, Severity::kWarning,
                                        recordTitle(record) + " has no " + names +
-                                           ": the effect gets " + quoted(code) +
-                                           " with no values"));
+                                           ": the effect gets " + quoted(code) + " with no values"));
             }
             (*out)[at->second].notes.push_back(
                 note(report, record.node,

@@ -16,7 +16,6 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 DATA = os.path.join(HERE, "data")
 EXAMPLE = os.path.join(os.path.dirname(os.path.dirname(HERE)), "examples",
                        "kvx-default-spatializer.xml")
-LINT_FINDINGS = os.path.join(DATA, "lint-findings.xml")
 VERSION_OVERRIDES = os.path.join(DATA, "version-overrides.xml")
 BROKEN = os.path.join(DATA, "broken.xml")
 
@@ -51,183 +50,172 @@ def entries(blob):
     return [(e["device"], e["code"], e["values"]) for e in blob["entries"]]
 
 
-class CheckTest(unittest.TestCase):
-    # (text found on the finding's line only, severity, part of the message)
-    LINT_EXPECTED = [
-        ("<lint_findings_tuning>", "error", '"default_bluetooth" for port bluetooth is missing'),
-        ("<lint_findings_tuning>", "error", '"default_usb" for port usb is missing'),
-        ('dynamic_speaker_optimization_enable="yes"', "warning", '"yes" is neither true nor false'),
-        ('dynamic_speaker_optimization_enable="yes"', "warning", '"-4.5" is not a whole decimal'),
-        ('dynamic_speaker_optimization_enable="yes"', "warning", 'did you mean "virtual_bass_process"'),
-        ("<profiles/>", "warning", "did you mean <profile>"),
-        ('name="flat" type="ieq"', "warning", "3 band frequencies but 1 targets"),
-        ('<band_ieq frequency="1000"/>', "warning", "no target: the target list is cut here"),
-        ('name="flat again"', "warning", "IEQ preset 0 is already defined at line 11"),
-        ('name="flat again"', "warning", "has 2 bands, but IEQ preset 0 at line 11 has 3"),
-        ("<band_eq ", "warning", "ends the list of <band_ieq> bands"),
-        ('id="1.5"', "warning", '"1.5" is not a whole decimal number: read as 1'),
-        ('id="1.5"', "warning", "IEQ preset 1 has 1 band, but IEQ preset 0 at line 11 has 3"),
-        ('name="short"', "warning", 'makes a "gebs" of 5 values'),
-        ('gain="0x10"', "warning", '"0x10" is not a whole decimal number: the gain list is cut'),
-        ('name="shorter"', "warning", "profile 1 already has a GEQ preset at line 36"),
-        ('name="shorter"', "warning", 'makes a "gebs" of 3 values'),
-        ('<band frequency="50" gain="1"/>', None, None),
-        ('type="peq"', "warning", '"peq" is neither ieq nor geq'),
-        ("<volume-levelr-enable", "warning", "did you mean <volume-leveler-enable>"),
-        ('value="12abc"', "warning", "dialog_enhancer_amount, which a profile does not use"),
-        ('value="12abc"', "warning", '"12abc" is neither true, false nor a whole decimal number: '
-                                     "read as 12"),
-        ('value="1.5,2"', "warning", "not a list of whole decimal numbers: read as [1]"),
-        ("<bass-enhancer-boost", "warning", "belongs in a tuning's data"),
-        ('<headphone-virtualizer-mode value="2"/>', "warning", "again: the value at line 58"),
-        ("<drc-metadata/>", "warning", "has no values: read as [0]"),
-        ('vaule="true"', "warning", 'did you mean "value"'),
-        ('vaule="true"', "warning", "has no value attribute: read as 0"),
-        ('id="Speaker"', "warning", '"Speaker" is read as other'),
-        ('value="0x10"', "warning", '"0x10" is neither true, false nor a whole decimal number'),
-        ('ieq_preset="9"', None, None),
-        ('<endpoint_type id="headphone">', "warning", "IEQ preset 9, which the file does not "
-                                                      "define"),
-        ('value="TRUE"', "warning", "read as 0"),
-        ("frequencyhigh=", "warning", "virtual_bass_mix_freq_high, which a profile endpoint does "
-                                      "not use"),
-        ("frequencyhigh=", "warning", "virtual_bass_mix_freq_low, which a profile endpoint does "
-                                      "not use"),
-        ("frequencyhigh=", "warning", "has no frequency_high: read as 0"),
-        ("frequencyhigh=", "warning", 'did you mean "frequency_high"'),
-        ('name="movie twice"', "warning", "profile id 1 is already used at line 52"),
-        ('name="no geq"', "warning", "profile 7 has no GEQ preset"),
-        ("<data><mi-dv-leveler", "warning", "follows <data> on the same line"),
-        ('<volume-modeler-enable value="1"/>', "warning", "after the profile's data element"),
-        ('mono_device="no"', "warning", '"no" is neither true nor false'),
-        ('mono_device="no"', "warning", '"2.5" is not a whole decimal number: read as 2'),
-        ('mono_device="no"', "warning", 'speaker tuning "stereo" has no mix matrix'),
-        ('mono_device="no"', "warning", 'speaker tuning "stereo" has no <virtual-bass-mode>'),
-        ('endpoint_port="hdmi"', "error", "filed for device 0"),
-        ("<datta>", "warning", "is taken as the data element"),
-        ("<output-mode>", "warning", "holds no matrix"),
-        ('isolated_band="yes"', "warning", '"yes" is neither true nor false'),
-        ('id="late_device"', "warning", "device_ids come first"),
-        ('endpoint_type="Headphone"', "warning", '"Headphone" of tuning "headphones" is read as '
-                                                 "speaker"),
-        ('<device_id id="default_headphone" endpoint_port="headphone"/>\n        <data>',
-         "warning", 'tuning device "default_headphone" is already bound at line 86'),
-        ('value="1,,2"', "warning", "read as [1]"),
-        ('name="unbound"', "warning", 'tuning "unbound" has no device_id'),
-        ('name="no data"', "error", "has no data element: the reader drops it and stops, so 1 "
-                                    "element after it (from line 114) is not read"),
-        ('id="default_bluetooth"', "error", 'names tuning "no data", which is not kept'),
-    ]
+def tuning(body, version="3.4.0", tail=""):
+    """A tuning file of the given format version: body inside the root, after the version."""
+    major, minor, maintenance = version.split(".")
+    return ('<?xml version="1.0"?>\n<kvx_spatializer_tuning>\n'
+            '    <format_version major="%s" minor="%s" maintenance="%s"/>\n%s'
+            '</kvx_spatializer_tuning>\n%s' % (major, minor, maintenance, body, tail))
 
-    def findings(self, path, *options):
-        result, document = run_json("check", path, *options)
-        return result, document
+
+def profile(pid, name, endpoints, data='<volume-modeler-enable value="true"/>'):
+    return ('    <profile id="%d" name="%s">\n        <data>\n            %s\n%s'
+            '        </data>\n    </profile>\n' % (pid, name, data, endpoints))
+
+
+SPEAKER = ('            <endpoint_type id="speaker">\n                <include ieq_preset="2"/>\n'
+           '                <dialog-enhancer-amount value="4"/>\n            </endpoint_type>\n')
+
+
+class CheckTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="paramtool-test.")
+
+    def tearDown(self):
+        shutil.rmtree(self.folder)
+
+    def write(self, text, name="tuning.xml"):
+        path = os.path.join(self.folder, name)
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(text)
+        return path
+
+    def check(self, text):
+        path = self.write(text)
+        return path, run_json("check", path)[1]
+
+    def finding(self, text, marker, words):
+        """The one finding on the line of marker whose message has words."""
+        path, document = self.check(text)
+        line = line_of(path, marker)
+        found = [f for f in document["findings"] if f["line"] == line and words in f["message"]]
+        self.assertEqual(len(found), 1, "%r on line %d: %s" % (words, line, document["findings"]))
+        return found[0], path
+
+    def assertNote(self, found, path, marker, words):
+        line = line_of(path, marker)
+        self.assertTrue([n for n in found["notes"] if n["line"] == line and words in n["message"]],
+                        "no note %r on line %d: %s" % (words, line, found["notes"]))
 
     def test_example_is_clean(self):
         result = run("check")
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
-        self.assertNotIn(": warning:", result.stdout)
-        self.assertNotIn(": error:", result.stdout)
+        self.assertIn("no findings", result.stdout)
         self.assertIn("tunings usable  yes", result.stdout)
         self.assertEqual(result.stderr, "")
-
-        result, document = self.findings(EXAMPLE)
-        self.assertEqual((document["errors"], document["warnings"], document["status"]), (0, 0, 0))
+        result, document = run_json("check", EXAMPLE)
         summary = document["summary"]
-        self.assertTrue(summary["tunings_usable"])
         self.assertEqual(summary["profile_blobs"], [0, 1, 2, 3, 4])
         _, dump = run_json("dump")
         self.assertEqual(summary["records"], {kind: len(dump[kind]) for kind in (
             "ieq_presets", "geq_presets", "profiles", "profile_endpoints", "tunings",
             "device_tunings")})
         ports = {p["port"]: p for p in summary["ports"]}
-        self.assertEqual(ports["internal_speaker"]["selected"], "")
-        self.assertIn("", ports["internal_speaker"]["tuning_devices"])
         for port in ("headphone", "bluetooth", "usb"):
             self.assertEqual(ports[port]["selected"], "default_" + port)
             self.assertIn("default_" + port, ports[port]["tuning_devices"])
 
-    def test_each_finding_is_reported_on_its_line(self):
-        result, document = self.findings(LINT_FINDINGS)
-        self.assertEqual(result.returncode, 2)
-        remaining = list(document["findings"])
-        for text, severity, message in self.LINT_EXPECTED:
-            line = line_of(LINT_FINDINGS, text.split("\n")[0]) if "\n" not in text else \
-                self.line_of_block(text)
-            if severity is None:
-                # A line that must have no finding at all.
-                self.assertFalse([f for f in document["findings"] if f["line"] == line],
-                                 "unexpected finding on line %d" % line)
-                continue
-            match = [f for f in remaining
-                     if f["line"] == line and f["severity"] == severity and message in f["message"]]
-            self.assertTrue(match, "no %s %r on line %d; findings there: %s" % (
-                severity, message, line, [f for f in document["findings"] if f["line"] == line]))
-            remaining.remove(match[0])
-        self.assertEqual(remaining, [], "findings that no test expects")
-        self.assertEqual(document["errors"],
-                         sum(1 for _, s, _ in self.LINT_EXPECTED if s == "error"))
-        self.assertFalse(document["summary"]["tunings_usable"])
+    def test_a_repeated_profile_id_puts_both_profiles_endpoints_into_the_first_blob(self):
+        text = tuning(profile(1, "first", SPEAKER) + profile(1, "second", SPEAKER.replace(
+            '"4"', '"5"')))
+        found, path = self.finding(text, '"second"', "profile id 1 is used again")
+        self.assertIn('"second" is dropped', found["message"])
+        self.assertNote(found, path, '"first"', "goes into the kept profile 1's blob")
+        self.assertEqual(len([n for n in found["notes"] if "speaker endpoint" in n["message"]]), 2)
+        self.assertTrue([n for n in found["notes"] if 'speaker "dea" is sent more' in n["message"]])
+        _, blobs = run_json("blobs", path)
+        self.assertEqual([(b["id"], b["name"]) for b in blobs["blobs"] if b["kind"] == "profile"],
+                         [(1, "first")])
 
-    @staticmethod
-    def line_of_block(text):
-        """The line of the first line of a block of lines that appears once in the file."""
-        with open(LINT_FINDINGS, encoding="utf-8") as f:
-            content = f.read()
-        self_index = content.find(text)
-        if self_index < 0 or content.find(text, self_index + 1) >= 0:
-            raise AssertionError("%r is not in the file once" % text)
-        return content.count("\n", 0, self_index) + 1
+    def test_a_comment_before_the_include_costs_the_ieq_preset(self):
+        text = tuning(profile(0, "p", SPEAKER.replace(
+            '<endpoint_type id="speaker">', '<endpoint_type id="speaker"><!-- note -->')))
+        found, path = self.finding(text, "<!-- note -->", "the comment \"note\" is the first child")
+        self.assertNote(found, path, "<!-- note -->", "selects IEQ preset 0")
+        self.assertTrue([n for n in found["notes"] if "does not find it" in n["message"]])
+
+    def test_rules_that_change_what_reaches_the_effect(self):
+        cases = [
+            # A 3.3.0 file names its preset; ieq_preset is not read and the preset is 0.
+            (tuning(profile(0, "p", SPEAKER), "3.3.0"), "<include", '"ieq_preset" of <include> '
+             "is not read", "selects IEQ preset 0"),
+            (tuning('    <authorized_technologies>\n        <global_setting '
+                    'orbex_game_system_gain="-48"/>\n    </authorized_technologies>\n', "3.2.0"),
+             "<authorized_technologies>", "is passed over", None),
+            (tuning(profile(0, "p", SPEAKER)), '<profile id="0"', "has no reverb_suppression_"
+             "enable: the effect gets \"rvse\" with no values", "in profile 0's blob"),
+            (tuning(profile(0, "p", SPEAKER, '<volume-levelr-enable value="1"/>')), "levelr",
+             "did you mean <volume-leveler-enable>?", None),
+            (tuning(profile(0, "p", SPEAKER, '<surround-boost value="1.5"/>')), "surround-boost",
+             '"1.5" is not a whole number: read as 1', None),
+            (tuning(profile(0, "p", SPEAKER.replace('"speaker"', '"Speaker"'))), '"Speaker"',
+             '"Speaker" is not a word the reader knows: read as 2', "other endpoint"),
+            (tuning(profile(0, "p", SPEAKER, '<volume-modeler-enable value="1"/>\n'
+                            '<volume-modeler-enable value="0"/>')), 'value="0"/>', "again", None),
+            (tuning('    <tuning name="t" endpoint_type="speaker" orientation="1" '
+                    'output_channels="2">\n        <device_id id="x" endpoint_port="usb"/>\n'
+                    '    </tuning>\n    <profile id="0" name="late"/>\n'),
+             '<tuning name="t"', 'tuning "t" has no data element', "is not read"),
+        ]
+        for text, marker, words, note in cases:
+            with self.subTest(words=words):
+                found, path = self.finding(text, marker, words)
+                if note:
+                    self.assertTrue([n for n in found["notes"] if note in n["message"]],
+                                    found["notes"])
 
     def test_version_overrides_are_reported_where_written(self):
-        result, document = self.findings(VERSION_OVERRIDES)
-        self.assertEqual(result.returncode, 0)
-        found = [(f["line"], f["severity"], f["message"]) for f in document["findings"]]
+        _, document = run_json("check", VERSION_OVERRIDES)
+        found = [(f["line"], f["message"]) for f in document["findings"]
+                 if "written here is replaced" in f["message"]]
         self.assertEqual(found, [
-            (line_of(VERSION_OVERRIDES, '<headphone-virtualizer-mode value="2"/>'), "warning",
+            (line_of(VERSION_OVERRIDES, '<headphone-virtualizer-mode value="2"/>'),
              "headphone_virtualizer_mode [2] written here is replaced by [1] by the rules of "
              "format version 3.3.0"),
-            (line_of(VERSION_OVERRIDES, '<speaker-virtualizer-mode value="2"/>'), "warning",
+            (line_of(VERSION_OVERRIDES, '<speaker-virtualizer-mode value="2"/>'),
              "speaker_virtualizer_mode [2] written here is replaced by [1] by the rules of "
-             "format version 3.3.0"),
-        ])
+             "format version 3.3.0")])
 
-    def test_exit_statuses(self):
-        cases = [
-            (EXAMPLE, [], 0),
-            (EXAMPLE, ["--strict"], 0),
-            (VERSION_OVERRIDES, [], 0),
-            (VERSION_OVERRIDES, ["--strict"], 1),
-            (LINT_FINDINGS, [], 2),
-            (BROKEN, [], 2),
-            (os.path.join(DATA, "no-such-file.xml"), [], 2),
-        ]
+    def test_lines_past_libxml2s_limit_say_at_least(self):
+        path, document = self.check(tuning("\n" * 70000 + "    <profiles/>\n"))
+        found = [f for f in document["findings"] if "<profiles>" in f["message"]]
+        self.assertEqual((found[0]["line"], found[0].get("at_least")), (65535, True))
+        self.assertIn("%s:65535+: warning: <profiles>" % path, run("check", path).stdout)
+
+    def test_pipes_and_stdin_are_read_once_with_the_same_findings(self):
+        text = tuning(profile(0, "p", SPEAKER, '<surround-boost value="1.5"/>'))
+        path = self.write(text)
+        expected = run_json("check", path)[1]["findings"]
+        result = subprocess.run(TOOL + ["check", "/dev/stdin", "--json"], input=text,
+                                capture_output=True, text=True, timeout=300)
+        self.assertEqual(json.loads(result.stdout)["findings"], expected)
+        fifo = os.path.join(self.folder, "fifo")
+        os.mkfifo(fifo)
+        writer = subprocess.Popen(["sh", "-c", 'cat "$0" > "$1"', path, fifo])
+        result = run("check", fifo, "--json")
+        writer.wait(timeout=60)
+        self.assertEqual(json.loads(result.stdout)["findings"], expected)
+        self.assertEqual(sorted(os.listdir(self.folder)), ["fifo", "tuning.xml"])
+
+    def test_exit_statuses_and_unreadable_inputs(self):
+        cases = [(EXAMPLE, [], 0), (EXAMPLE, ["--strict"], 0), (VERSION_OVERRIDES, [], 0),
+                 (VERSION_OVERRIDES, ["--strict"], 1), (BROKEN, [], 2)]
         for path, options, status in cases:
             with self.subTest(path=os.path.basename(path), options=options):
                 self.assertEqual(run("check", path, *options).returncode, status)
-
-    def test_unreadable_files_are_one_line_on_stderr_with_the_path(self):
         for path, words in [(BROKEN, "not a readable XML document"),
-                            (os.path.join(DATA, "no-such-file.xml"), "cannot open")]:
-            for command in (["check"], ["dump"], ["blobs"], ["simulate"]):
-                with self.subTest(path=os.path.basename(path), command=command[0]):
-                    result = run(*command, path)
+                            (os.path.join(DATA, "no-such-file.xml"), "cannot open"),
+                            (DATA, "is a directory")]:
+            for command in ("check", "dump", "blobs", "simulate", "diff"):
+                with self.subTest(path=os.path.basename(path), command=command):
+                    result = run(command, path)
                     self.assertEqual(result.returncode, 2)
                     lines = result.stderr.splitlines()
                     self.assertEqual(len(lines), 1, result.stderr)
                     self.assertIn(path, lines[0])
                     self.assertIn(words, lines[0])
-        result = run("check", BROKEN)
-        self.assertIn("%s:5:" % BROKEN, result.stderr)
-
-    def test_text_reports_the_same_findings_as_json(self):
-        text = run("check", LINT_FINDINGS).stdout
-        _, document = self.findings(LINT_FINDINGS)
-        reported = [line for line in text.splitlines() if line.startswith(LINT_FINDINGS + ":")]
-        self.assertEqual(reported, ["%s:%d: %s: %s" % (LINT_FINDINGS, f["line"], f["severity"],
-                                                        f["message"])
-                                    for f in document["findings"]])
-        self.assertIn("findings        5 errors, %d warnings" % document["warnings"], text)
+        # libxml2 names the line where the document ends unclosed.
+        self.assertIn("%s:7: not a readable" % BROKEN, run("check", BROKEN).stderr)
 
 
 class DumpTest(unittest.TestCase):
