@@ -657,13 +657,15 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
             continue;
         }
         const RecordSnapshot& snapshot = report.records[record];
-        Finding f = finding(report, snapshot.node, Severity::kWarning,
-                            blob.fate == BlobFate::kDropped
-                                ? "profile id " + std::to_string(blob.profileId) +
-                                      " is used again: the blob built for " + recordTitle(snapshot) +
-                                      " is dropped, the first one of the id is kept"
-                                : recordTitle(snapshot) + " replaces the blob of " +
-                                      quoted(blob.device) + " that an earlier tuning made");
+        Finding f = finding(
+            report, snapshot.node, Severity::kWarning,
+            blob.fate == BlobFate::kDropped
+                ? "profile id " + std::to_string(blob.profileId) +
+                      " is used again: the blob built for " + recordTitle(snapshot) +
+                      " is dropped; the blob of the first profile of the id is kept, and the "
+                      "endpoints of both go into it"
+                : recordTitle(snapshot) + " replaces the blob of " + quoted(blob.device) +
+                      " that an earlier tuning made");
         for (size_t k = 0; k < report.blobs.size(); k++) {
             const Report::Blob& kept = report.blobs[k];
             if (kept.fate != BlobFate::kStored || kept.isTuning != blob.isTuning ||
@@ -692,13 +694,16 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
                                                  " as entries " + std::to_string(range.first + 1) +
                                                  "-" + std::to_string(range.second)));
             }
+            std::string twice;
             for (const BlobEntry& entry : decoded.entries) {
                 if (++sent[{entry.deviceId, entry.code}] == 2) {
-                    f.notes.push_back(note(report, snapshot.node,
-                                           BlobDecoder::deviceName(entry.deviceId) + " " +
-                                               quoted(BlobDecoder::codeText(entry.code)) +
-                                               " is sent more than once by the kept blob"));
+                    twice += (twice.empty() ? "" : ", ") + BlobDecoder::deviceName(entry.deviceId) +
+                             " " + quoted(BlobDecoder::codeText(entry.code));
                 }
+            }
+            if (!twice.empty()) {
+                f.notes.push_back(note(report, snapshot.node,
+                                       "the kept blob sends these more than once: " + twice));
             }
             f.notes.push_back(note(report, snapshot.node,
                                    "the kept " + blobTitle(kept) + " has " +
