@@ -346,8 +346,8 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
             const xmlNode* include = mIterator.currentNode();
             ReadTrace::structure(include, Structure::kInclude);
             if (isVersion330()) {
-                presetId = readIeqPresetName(include, "preset",
-                                             readAttributes(mIterator, {"preset"})[0]);
+                presetId =
+                    readIeqPresetName(include, "preset", readAttributes(mIterator, {"preset"})[0]);
             } else {
                 const std::string text = readAttributes(mIterator, {"ieq_preset"})[0];
                 presetId = std::atoi(text.c_str());

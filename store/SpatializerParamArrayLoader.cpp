@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -216,8 +216,8 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
     const std::string speakerDevice = mSelectedTuningDevices[DEVICE_INTERNAL_SPEAKER];
     const DeviceTuning* speakerBinding = findBinding(records.deviceTunings, speakerDevice);
     const Tuning* speakerTuning = speakerBinding != nullptr
-                                          ? findTuning(records.tunings, speakerBinding->getTuning())
-                                          : nullptr;
+                                      ? findTuning(records.tunings, speakerBinding->getTuning())
+                                      : nullptr;
     if (speakerTuning != nullptr) {
         speaker.mixMatrix = valuesOf(*speakerTuning, OUTPUT_MIX_MATRIX);
         speaker.vbMode = valuesOf(*speakerTuning, VIRTUAL_BASS_MODE);
@@ -331,9 +331,9 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
             KORVA_LOGD(kStoreLogTag, "Tuning id(%s), tuningName(%s) numParameters = %d",
                        device.c_str(), name.c_str(), cmd.mCount);
             if (observer != nullptr) {
-                observer->onBlobFiled(key, blob,
-                                      mXMLTuningParams.count(device) > 0 ? BlobFate::kReplaced
-                                                                         : BlobFate::kStored);
+                observer->onBlobFiled(
+                    key, blob,
+                    mXMLTuningParams.count(device) > 0 ? BlobFate::kReplaced : BlobFate::kStored);
             }
             mXMLTuningParams[device] = std::move(blob);
             mXMLTuningCount++;
