@@ -195,7 +195,7 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
 
 // The user's gains persisted before the store is made replace those of the file's presets.
 TEST(UserGainsTest, RestoredAfterTheFileIsLoaded) {
-    ASSERT_TRUE(korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10"));
+    korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
     LoadedStore loaded(testDataFile("loader-profiles.xml"));
     // Only profile 0 had gains from the file.
     EXPECT_EQ(
