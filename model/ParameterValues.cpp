@@ -20,6 +20,10 @@ void ParameterValues::setDirty(bool newDirty) {
     dirty = newDirty;
 }
 
+void ParameterValues::set(Parameter parameter, std::vector<int>& newValues) {
+    set(parameter, static_cast<const std::vector<int>&>(newValues));
+}
+
 void ParameterValues::set(Parameter parameter, const std::vector<int>& newValues) {
     std::vector<int>& stored = values[parameter];
     if (&stored != &newValues) {

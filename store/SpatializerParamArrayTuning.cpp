@@ -64,11 +64,15 @@ std::string SpatializerParamArray::getAvailableTuningDevices(int port) {
     android::Mutex::Autolock lock(mLock);
     const char* name = portName(port, __func__);
     std::string devices;
+    bool first = true;
     for (const auto& [device, devicePort] : mTuningDevicePorts) {
         if (servesPort(devicePort, name)) {
-            if (!devices.empty()) {
+            // The separator goes before every match but the first, so an empty-named device
+            // (the speaker's, sorted first) leaves a leading blank before the next name.
+            if (!first) {
                 devices += ' ';
             }
+            first = false;
             devices += device;
         }
     }

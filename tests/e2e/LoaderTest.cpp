@@ -3,7 +3,6 @@
 // where the cache meets what loading filed. Every case runs in a process of its own, each with
 // the store made from its file.
 
-#include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -23,6 +22,7 @@
 #include "TestPaths.h"
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
+#include "platform/LocalProperties.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "store/SpatializerParamParser.h"
@@ -195,8 +195,7 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
 
 // The user's gains persisted before the store is made replace those of the file's presets.
 TEST(UserGainsTest, RestoredAfterTheFileIsLoaded) {
-    ASSERT_TRUE(
-        android::base::SetProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10"));
+    korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
     LoadedStore loaded(testDataFile("loader-profiles.xml"));
     // Only profile 0 had gains from the file.
     EXPECT_EQ(

@@ -1,6 +1,5 @@
 // The blob reader: its bounds-checked cursor, every malformed blob with its exact error lines, the
 // walk over a good blob, its traces per log level, and forEachEntry as the same walk.
-#include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "platform/LocalProperties.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/VexParameter.h"
 
@@ -29,7 +29,7 @@ const int32_t kMdle = vexParameterCode(MDLE);
 const int32_t kIebs = vexParameterCode(IEBS);
 
 void setLogLevel(const std::string& level) {
-    android::base::SetProperty("persist.vendor.korva.loglevel", level);
+    korva::setLocalProperty("persist.vendor.korva.loglevel", level);
 }
 
 Lines parserLines(const LogCapture& log, int priority) {
