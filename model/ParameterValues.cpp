@@ -57,4 +57,10 @@ std::string ParameterValues::valuesToString() const {
     return out.str();
 }
 
+const std::vector<int>& storedValues(const ParameterValues& record, Parameter parameter) {
+    static const std::vector<int> sNone;
+    auto found = record.values.find(parameter);
+    return found != record.values.end() ? found->second : sNone;
+}
+
 }  // namespace korva

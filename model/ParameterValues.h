@@ -51,4 +51,8 @@ private:
     uint64_t mCreationSerial;
 };
 
+// The values a record holds for a parameter, or an empty list when it holds none. Unlike
+// values[parameter] it never inserts, so it reads a const record and leaves the record as it is.
+const std::vector<int>& storedValues(const ParameterValues& record, Parameter parameter);
+
 }  // namespace korva

@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "LogCapture.h"
-#include "RecordingEffect.h"
 #include "SpatializerParamArrayTestPeer.h"
 #include "TestPaths.h"
 #include "cache/SpatializerParamCache.h"
@@ -57,7 +56,8 @@ std::vector<BlobEntry> readBlob(std::vector<int> words) {
     int* end = words.data() + 2;
     parser.forEachEntry([&] {
         end = parser.mValues + parser.mNumValues;
-        entries.push_back({parser.mDeviceId, codeText(parser.mParamId), {parser.mValues, end}});
+        entries.push_back(
+            {parser.mDeviceId, vexParameterText(parser.mParamId), {parser.mValues, end}});
     });
     EXPECT_EQ(kAll, parser.mProfileId);
     EXPECT_EQ(end, words.data() + words.size()) << "words after the last entry";

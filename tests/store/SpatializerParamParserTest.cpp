@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "model/OutputDevice.h"
 #include "platform/LocalProperties.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/VexParameter.h"
@@ -19,9 +20,9 @@ namespace {
 using test::LogCapture;
 using Lines = std::vector<std::string>;
 
-constexpr int32_t kAll = 0x40000000;
-constexpr int32_t kSpk = 0x2;
-constexpr int32_t kHp = 0x8;
+constexpr int32_t kAll = kOutputDeviceAll;
+constexpr int32_t kSpk = kOutputDeviceSpeaker;
+constexpr int32_t kHp = kOutputDeviceWiredHeadphone;
 const int32_t kDsb = vexParameterCode(DSB);
 const int32_t kVmb = vexParameterCode(VMB);
 const int32_t kDom = vexParameterCode(DOM);
