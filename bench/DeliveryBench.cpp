@@ -15,16 +15,15 @@
 #include <vector>
 
 #include "bench/BenchFiles.h"
-#include "bench/NullEffect.h"
-#include "bench/RecordingEffect.h"
 #include "cache/SpatializerParamCache.h"
+#include "engine/RecordingEffect.h"
+#include "model/OutputDevice.h"
 #include "store/SpatializerParamArray.h"
 
 namespace korva::bench {
 
 namespace {
 
-constexpr int kEveryDevice = 0x40000000;
 const char* const kTuningDevice = "default_headphone";
 
 using Operation = std::function<int(SpatializerParamCache&, IEffectKrv*)>;
@@ -45,6 +44,15 @@ const char* prepareStore() {
     return sError;
 }
 
+// An effect whose getParam succeeds without touching the caller's buffer, so that the recorded
+// run and the measured ones take the same paths. Recording off, it only counts the calls.
+RecordingEffect benchEffect(bool recording) {
+    RecordingEffect effect;
+    effect.setRecording(recording);
+    effect.setUnanswered(RecordingEffect::Unanswered::kSucceed);
+    return effect;
+}
+
 // Runs the operation once against a recording effect; false (and the benchmark skipped) when
 // the store is not ready.
 bool record(benchmark::State& state, const Operation& operation, RecordingEffect* recorder) {
@@ -58,11 +66,11 @@ bool record(benchmark::State& state, const Operation& operation, RecordingEffect
 }
 
 void deliver(benchmark::State& state, const Operation& operation) {
-    RecordingEffect recorder;
+    RecordingEffect recorder = benchEffect(true);
     if (!record(state, operation, &recorder)) return;
 
     SpatializerParamCache cache;
-    NullEffect effect;
+    RecordingEffect effect = benchEffect(false);
     IEffectKrv* target = &effect;
     benchmark::DoNotOptimize(target);
     for (auto _ : state) {
@@ -70,35 +78,45 @@ void deliver(benchmark::State& state, const Operation& operation) {
     }
     // The baseline replays the recorded calls: both sides must have made the same ones.
     auto iterations = static_cast<long>(state.iterations());
-    if (effect.setParamCalls() != iterations * static_cast<long>(recorder.calls().size()) ||
-        effect.commitCalls() != iterations * recorder.commits()) {
+    if (effect.setParamCount() != iterations * recorder.setParamCount() ||
+        effect.commitCount() != iterations * recorder.commitCount()) {
         state.SkipWithError("the operation made other calls than the recorded run");
         return;
     }
-    state.counters["setParam_calls"] = static_cast<double>(recorder.calls().size());
+    state.counters["setParam_calls"] = static_cast<double>(recorder.setParamCount());
 }
 
-void replayCalls(IEffectKrv* target, const RecordingEffect& recorder) {
-    for (const RecordedCall& call : recorder.calls()) {
-        target->setParam(call.deviceId, call.code, call.values.data(),
-                         static_cast<int>(call.values.size()));
+// The setParam calls of a recorded run, then as many commits.
+struct Replay {
+    explicit Replay(const RecordingEffect& recorder)
+        : sends(recorder.calls(EffectCall::kSetParam)), commits(recorder.commitCount()) {}
+
+    void run(IEffectKrv* target) const {
+        for (const EffectCall& call : sends) {
+            target->setParam(call.deviceId, call.code, call.values.data(),
+                             static_cast<int>(call.values.size()));
+        }
+        for (long i = 0; i < commits; i++) {
+            benchmark::DoNotOptimize(target->commit(kOutputDeviceAll));
+        }
     }
-    for (int i = 0; i < recorder.commits(); i++) {
-        benchmark::DoNotOptimize(target->commit(kEveryDevice));
-    }
-}
+
+    std::vector<EffectCall> sends;
+    long commits;
+};
 
 void replay(benchmark::State& state, const Operation& operation) {
-    RecordingEffect recorder;
+    RecordingEffect recorder = benchEffect(true);
     if (!record(state, operation, &recorder)) return;
 
-    NullEffect effect;
+    const Replay calls(recorder);
+    RecordingEffect effect = benchEffect(false);
     IEffectKrv* target = &effect;
     benchmark::DoNotOptimize(target);
     for (auto _ : state) {
-        replayCalls(target, recorder);
+        calls.run(target);
     }
-    state.counters["setParam_calls"] = static_cast<double>(recorder.calls().size());
+    state.counters["setParam_calls"] = static_cast<double>(calls.sends.size());
 }
 
 // The contents of the stored blob an operation reads, and whether the operation must copy it
@@ -142,11 +160,12 @@ int walkTwice(const std::vector<int>& blob) {
 }
 
 void floor(benchmark::State& state, const Case& c) {
-    RecordingEffect recorder;
+    RecordingEffect recorder = benchEffect(true);
     if (!record(state, c.operation, &recorder)) return;
     BlobRead read = c.blobRead(android::Singleton<SpatializerParamArray>::getInstance());
 
-    NullEffect effect;
+    const Replay calls(recorder);
+    RecordingEffect effect = benchEffect(false);
     IEffectKrv* target = &effect;
     benchmark::DoNotOptimize(target);
     int entries = 0;
@@ -157,13 +176,13 @@ void floor(benchmark::State& state, const Case& c) {
         } else {
             entries = walkTwice(read.blob);
         }
-        replayCalls(target, recorder);
+        calls.run(target);
     }
     if (entries < 0) {
         state.SkipWithError("the stored blob does not check");
         return;
     }
-    state.counters["setParam_calls"] = static_cast<double>(recorder.calls().size());
+    state.counters["setParam_calls"] = static_cast<double>(calls.sends.size());
     state.counters["blob_entries"] = entries;
 }
 

@@ -20,8 +20,8 @@ public:
     // values written. Returns 0 on success.
     virtual int getParam(int deviceId, int code, int* values, int* count) = 0;
 
-    // Applies what was set since the last commit. The library always passes 0x40000000 (every
-    // device).
+    // Applies what was set since the last commit. The library always passes kOutputDeviceAll
+    // (model/OutputDevice.h).
     virtual int commit(int deviceId) = 0;
 
     virtual ~IEffectKrv() = default;

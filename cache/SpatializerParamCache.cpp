@@ -5,14 +5,15 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <set>
 
 #include "engine/EffectParamParser.h"
 #include "engine/VexParamStore.h"
+#include "model/OutputDevice.h"
 #include "model/Parameter.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamParser.h"
+#include "translator/GeqLayout.h"
 #include "translator/VexParameter.h"
 
 namespace korva {
@@ -20,13 +21,7 @@ namespace korva {
 namespace {
 
 constexpr const char* kTag = "KrvSpatializerParamCache";
-constexpr int kAllDevices = 0x40000000;
-constexpr int kSpeakerDevice = 0x2;
 constexpr int kSpeakerPort = DEVICE_INTERNAL_SPEAKER;
-// The graphic-EQ parameter: the band count, 20 band frequencies, then 20 band gains.
-constexpr int kGeqLength = 41;
-constexpr int kGeqGainsOffset = 21;
-constexpr size_t kGeqBands = kGeqLength - kGeqGainsOffset;
 
 // The ports whose tuning devices the effect may switch.
 const std::set<int> kTuningPorts = {DEVICE_HEADPHONE, DEVICE_BLUETOOTH, DEVICE_USB};
@@ -40,16 +35,6 @@ SpatializerParamArray& store() {
     return android::Singleton<SpatializerParamArray>::getInstance();
 }
 
-const char* portName(int port) {
-    return port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port] : "unknown";
-}
-
-// The code's bytes as text, up to the first zero byte.
-struct CodeText {
-    explicit CodeText(int code) { memcpy(text, &code, sizeof(code)); }
-    char text[5] = {};
-};
-
 // The per-entry traces of one operation. The level is read once when the operation starts, not
 // per entry: a property read costs more than sending an entry to the effect.
 class EntryTracer {
@@ -61,7 +46,7 @@ public:
         if (mEnabled) {
             __android_log_print(
                 ANDROID_LOG_VERBOSE, kTag, "%s() deviceId=%d, param=%s, paramLength=%d", mFunction,
-                parser.mDeviceId, CodeText(parser.mParamId).text, parser.mNumValues);
+                parser.mDeviceId, vexParameterText(parser.mParamId).c_str(), parser.mNumValues);
         }
     }
 
@@ -153,7 +138,7 @@ int SpatializerParamCache::setKorvaContentProfile(KrvSpatializerProfileId id, IE
     // A speaker with more than two output channels has its mix matrix from its tuning device.
     const bool tunedSpeakerMatrix = state.tuningParamValue >= 3 && state.xmlTuningCount >= 1;
     parser.forEachEntry([&] {
-        if (!tunedSpeakerMatrix || parser.mDeviceId != kSpeakerDevice ||
+        if (!tunedSpeakerMatrix || parser.mDeviceId != kOutputDeviceSpeaker ||
             parser.mParamId != kDomCode) {
             effect->setParam(parser.mDeviceId, parser.mParamId, parser.mValues, parser.mNumValues);
             return;
@@ -162,12 +147,13 @@ int SpatializerParamCache::setKorvaContentProfile(KrvSpatializerProfileId id, IE
         KORVA_LOGD(kTag, "%s(): Hardcoded dom parameter values skipped", "setKorvaContentProfile");
         std::vector<int> dom = mixMatrixBuffer(state.defaultMixMatrixLength);
         int count = static_cast<int>(dom.size());
-        if (effect->getParam(kSpeakerDevice, kDomCode, dom.data(), &count) == 0 && dom[0] == 0) {
+        if (effect->getParam(kOutputDeviceSpeaker, kDomCode, dom.data(), &count) == 0 &&
+            dom[0] == 0) {
             dom[0] = 1;
-            effect->setParam(kSpeakerDevice, kDomCode, dom.data(), clampCount(count, dom));
+            effect->setParam(kOutputDeviceSpeaker, kDomCode, dom.data(), clampCount(count, dom));
         }
     });
-    return effect->commit(kAllDevices);
+    return effect->commit(kOutputDeviceAll);
 }
 
 int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isContentProcEnabled,
@@ -202,17 +188,17 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                     sendEntry(effect, parser);
                 }
             } else if (code == kGebsCode) {
-                if (parser.mNumValues == kGeqLength) {
+                if (parser.mNumValues == kGeqWords) {
                     // The tuning's bands with the user's gains of this profile.
-                    std::vector<int> geq(parser.mValues, parser.mValues + kGeqLength);
+                    std::vector<int> geq(parser.mValues, parser.mValues + kGeqWords);
                     // The gains of the profile this blob belongs to, even if another effect
                     // instance has switched the current profile since.
                     std::vector<int> gains = copyProfileGeqGains(array, state.currentProfileId);
-                    std::copy_n(gains.begin(), std::min(gains.size(), kGeqBands),
+                    std::copy_n(gains.begin(), std::min<size_t>(gains.size(), kGeqBands),
                                 geq.begin() + kGeqGainsOffset);
-                    effect->setParam(device, code, geq.data(), kGeqLength);
+                    effect->setParam(device, code, geq.data(), kGeqWords);
                 }
-            } else if (isContentProcEnabled && hasTunings && device == kSpeakerDevice &&
+            } else if (isContentProcEnabled && hasTunings && device == kOutputDeviceSpeaker &&
                        code == kDomCode && state.tuningParamValue > 2) {
                 const std::vector<int>& matrix =
                     array.getXMLTuningMixMatrix(array.getSelectedTuningDevice(kSpeakerPort));
@@ -246,7 +232,7 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                 effect->setParam(device, code, &off, 1);
             }
         }
-        result = effect->commit(kAllDevices);
+        result = effect->commit(kOutputDeviceAll);
     }
 
     if (isKorvaContentWithMcc) {
@@ -286,12 +272,12 @@ int SpatializerParamCache::loadTuningDevice(std::string device, IEffectKrv* effe
         tracer.trace(parser);
         sendEntry(effect, parser);
     }
-    return effect->commit(kAllDevices);
+    return effect->commit(kOutputDeviceAll);
 }
 
 int SpatializerParamCache::setSelectedTuningDevice(int port, std::string device,
                                                    IEffectKrv* effect) {
-    KORVA_LOGD(kTag, "%s(port=%s, device=%s)", __func__, portName(port), device.c_str());
+    KORVA_LOGD(kTag, "%s(port=%s, device=%s)", __func__, androidDeviceName(port), device.c_str());
     if (!checkEffect(__func__, effect)) {
         return -EINVAL;
     }
@@ -307,7 +293,7 @@ int SpatializerParamCache::setSelectedTuningDevice(int port, std::string device,
     if (port == kSpeakerPort && state.tuningParamValue > 2) {
         std::vector<int> dom = mixMatrixBuffer(state.defaultMixMatrixLength);
         int count = static_cast<int>(dom.size());
-        if (effect->getParam(kSpeakerDevice, kDomCode, dom.data(), &count) == 0) {
+        if (effect->getParam(kOutputDeviceSpeaker, kDomCode, dom.data(), &count) == 0) {
             const std::vector<int>& matrix = array.getXMLTuningMixMatrix(device);
             if (!matrix.empty()) {
                 KORVA_LOGD(kTag, "%s(): Update the mix matrix with tuning %s", __func__,
@@ -315,7 +301,7 @@ int SpatializerParamCache::setSelectedTuningDevice(int port, std::string device,
                 // The effect's first word, the matrix switch, stays as it is.
                 dom.resize(std::max(dom.size(), matrix.size() + 1), 0);
                 std::copy(matrix.begin(), matrix.end(), dom.begin() + 1);
-                effect->setParam(kSpeakerDevice, kDomCode, dom.data(),
+                effect->setParam(kOutputDeviceSpeaker, kDomCode, dom.data(),
                                  static_cast<int>(matrix.size() + 1));
             }
         }
@@ -330,12 +316,14 @@ int SpatializerParamCache::setProfileGeqGains(std::vector<int>& gains, IEffectKr
     if (!checkEffect(__func__, effect)) {
         return -EINVAL;
     }
-    std::vector<int> geq(kGeqLength, 0);
-    int count = kGeqLength;
-    if (effect->getParam(kAllDevices, kGebsCode, geq.data(), &count) == 0 && count == kGeqLength) {
-        std::copy_n(gains.begin(), std::min(gains.size(), kGeqBands), geq.begin() + kGeqGainsOffset);
-        effect->setParam(kAllDevices, kGebsCode, geq.data(), kGeqLength);
-        return effect->commit(kAllDevices);
+    std::vector<int> geq(kGeqWords, 0);
+    int count = kGeqWords;
+    if (effect->getParam(kOutputDeviceAll, kGebsCode, geq.data(), &count) == 0 &&
+        count == kGeqWords) {
+        std::copy_n(gains.begin(), std::min<size_t>(gains.size(), kGeqBands),
+                    geq.begin() + kGeqGainsOffset);
+        effect->setParam(kOutputDeviceAll, kGebsCode, geq.data(), kGeqWords);
+        return effect->commit(kOutputDeviceAll);
     }
     KORVA_LOGE(kTag, "%s(): could not get proper GEQ parameters!", __func__);
     return -EINVAL;

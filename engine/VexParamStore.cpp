@@ -8,32 +8,31 @@
 #include <string>
 #include <vector>
 
+#include "translator/VexParameter.h"
+
 ANDROID_SINGLETON_STATIC_INSTANCE(VexParamStore);
 
 namespace {
 
-// Packs a parameter name as the engine does: lower case, first character in the low byte.
-constexpr int code(const char (&name)[5]) {
-    return (name[0] | 0x20) | ((name[1] | 0x20) << 8) | ((name[2] | 0x20) << 16) |
-           (name[3] == 0 ? 0 : (name[3] | 0x20) << 24);
-}
-constexpr int code(const char (&name)[4]) {
-    return (name[0] | 0x20) | ((name[1] | 0x20) << 8) | ((name[2] | 0x20) << 16);
-}
+using korva::vexParameterCode;
 
 // The on/off switches of content processing: dialog enhancer, volume leveler, intelligent and
 // graphic equalisers, surround decoder, virtual bass.
 std::set<int> defaultContentProcDisableParams() {
-    return {code("DEON"), code("DVLE"), code("IEON"), code("GEON"), code("NGON"), code("VBON")};
+    return {vexParameterCode("DEON"), vexParameterCode("DVLE"), vexParameterCode("IEON"),
+            vexParameterCode("GEON"), vexParameterCode("NGON"), vexParameterCode("VBON")};
 }
 
 // Device-level processing that stays in a profile whatever the content: audio optimiser,
 // regulator, bass enhancer, complex equaliser, bass multiband compressor, speaker optimisation.
 std::set<int> defaultDeviceProcParamsInProfile() {
-    return {code("AOON"), code("AOBS"), code("ARON"), code("ARDS"), code("ARDE"), code("AROD"),
-            code("ARTP"), code("ARBS"), code("ARTI"), code("ARSA"), code("BEON"), code("BEB"),
-            code("BECF"), code("BEW"),  code("CEON"), code("CEQT"), code("BMDE"), code("BMDT"),
-            code("DSOE"), code("DSOA"), code("DSOI")};
+    return {vexParameterCode("AOON"), vexParameterCode("AOBS"), vexParameterCode("ARON"),
+            vexParameterCode("ARDS"), vexParameterCode("ARDE"), vexParameterCode("AROD"),
+            vexParameterCode("ARTP"), vexParameterCode("ARBS"), vexParameterCode("ARTI"),
+            vexParameterCode("ARSA"), vexParameterCode("BEON"), vexParameterCode("BEB"),
+            vexParameterCode("BECF"), vexParameterCode("BEW"),  vexParameterCode("CEON"),
+            vexParameterCode("CEQT"), vexParameterCode("BMDE"), vexParameterCode("BMDT"),
+            vexParameterCode("DSOE"), vexParameterCode("DSOA"), vexParameterCode("DSOI")};
 }
 
 // A sorted set of codes with a 256-bit filter in front of it. Content processing switches ask

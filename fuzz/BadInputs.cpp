@@ -32,9 +32,11 @@
 
 #include "engine/EffectParamParser.h"
 #include "fuzz/StoreSnapshot.h"
+#include "model/OutputDevice.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamParser.h"
 #include "tests/support/SpatializerParamArrayTestPeer.h"
+#include "translator/VexParameter.h"
 
 namespace {
 
@@ -344,8 +346,8 @@ std::vector<Case> tuningCases(const std::string& work, const std::string& exampl
 }
 
 std::vector<Case> blobCases() {
-    const int32_t kAll = 0x40000000;
-    const int32_t kCode = 0x656c646d;  // "mdle"
+    const int32_t kAll = korva::kOutputDeviceAll;
+    const int32_t kCode = korva::vexParameterCode("mdle");
     return {
         {"blob announcing INT_MAX entries, holding one",
          [=] {

@@ -3,12 +3,13 @@
 // that reads out of bounds is still caught.
 #pragma once
 
-#include <android-base/properties.h>
 #include <android/log.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+
+#include "platform/LocalProperties.h"
 
 namespace korva::fuzz {
 
@@ -21,7 +22,7 @@ inline void quietLog() {
 
 // The store's log level; 4 turns on the per-entry traces that describe values.
 inline void setLogLevel(int level) {
-    android::base::SetProperty("persist.vendor.korva.loglevel", std::to_string(level));
+    korva::setLocalProperty("persist.vendor.korva.loglevel", std::to_string(level));
 }
 
 // Reads what the input says and leaves the rest to the caller.

@@ -17,7 +17,7 @@
 
 #include "cache/SpatializerParamCache.h"
 #include "engine/EffectParamParser.h"
-#include "fuzz/FuzzEffect.h"
+#include "engine/RecordingEffect.h"
 #include "fuzz/FuzzSupport.h"
 #include "fuzz/StoreSnapshot.h"
 #include "model/Parameter.h"
@@ -68,7 +68,10 @@ int portNumber(const std::string& name) {
 // tunings of every port, each tuning device selected, and the gains written back.
 void driveCache(SpatializerParamArrayTestPeer& peer) {
     korva::SpatializerParamCache cache;
-    korva::fuzz::FuzzEffect effect;
+    // Every value sent is copied, so a count past the library's buffer is a read past its end;
+    // getParam writes the whole capacity it is told of.
+    korva::RecordingEffect effect;
+    effect.setUnanswered(korva::RecordingEffect::Unanswered::kFillCapacity);
     std::vector<int> profiles = {-1, 0, 1, 2, 3, 4};
     for (const auto& [id, blob] : peer.xmlProfileParams()) {
         profiles.push_back(id);

@@ -3,14 +3,13 @@
 // quantisation modes and checks what ends up stored: either the gains that were there, or twenty
 // values that the mode can produce.
 
-#include <android-base/properties.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "fuzz/FuzzSupport.h"
+#include "platform/LocalProperties.h"
 #include "store/SpatializerParamArray.h"
 
 namespace {
@@ -45,9 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string product = kProductNames[(mode >> 1) & 3];
     std::string text(reinterpret_cast<const char*>(input.data()), input.size());
 
-    android::base::SetProperty("ro.vendor.audio.effect.eq.featuremask", featureBit ? "1" : "0");
-    android::base::SetProperty("ro.product.name", product);
-    android::base::SetProperty("persist.vendor.audio.sfx.hd.eq", text);
+    korva::setLocalProperty("ro.vendor.audio.effect.eq.featuremask", featureBit ? "1" : "0");
+    korva::setLocalProperty("ro.product.name", product);
+    korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", text);
 
     korva::SpatializerParamArray& store =
         android::Singleton<korva::SpatializerParamArray>::getInstance();

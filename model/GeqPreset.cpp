@@ -42,7 +42,7 @@ std::string GeqPreset::toString() const {
     return out.str();
 }
 
-bool GeqPreset::equals(const GeqPreset& other) const {
+bool GeqPreset::equals(GeqPreset& other) {
     if (this == &other) {
         return true;
     }

@@ -21,7 +21,7 @@ public:
     int getProfileId() const;
     std::string toString() const;
     // Same profile and same values; ids and dirty flags do not count.
-    bool equals(const GeqPreset& other) const;
+    bool equals(GeqPreset& other);
 
     // Refers to a set built on first use, safe to read during static initialisation.
     static const std::set<Parameter>& kValidParams;

@@ -152,6 +152,12 @@ enum AndroidDevice {
 constexpr int kNumAndroidDevices = 7;
 extern const char* const kAndroidDeviceNames[kNumAndroidDevices];
 
+// The name of a port (an AndroidDevice number) for log lines: its kAndroidDeviceNames entry, or
+// "?" for a number outside that table, which names no port.
+inline const char* androidDeviceName(int port) {
+    return port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port] : "?";
+}
+
 // Groups device names into endpoints: bluetooth and usb count as headphones, hdmi and miracast
 // as other. Each source file that includes this header has its own copy.
 static const std::map<std::string, Endpoint> kDeviceNameToEndpoint = {

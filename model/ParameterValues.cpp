@@ -20,6 +20,10 @@ void ParameterValues::setDirty(bool newDirty) {
     dirty = newDirty;
 }
 
+void ParameterValues::set(Parameter parameter, std::vector<int>& newValues) {
+    set(parameter, static_cast<const std::vector<int>&>(newValues));
+}
+
 void ParameterValues::set(Parameter parameter, const std::vector<int>& newValues) {
     std::vector<int>& stored = values[parameter];
     if (&stored != &newValues) {
@@ -51,6 +55,12 @@ std::string ParameterValues::valuesToString() const {
         out << line.str();
     }
     return out.str();
+}
+
+const std::vector<int>& storedValues(const ParameterValues& record, Parameter parameter) {
+    static const std::vector<int> sNone;
+    auto found = record.values.find(parameter);
+    return found != record.values.end() ? found->second : sNone;
 }
 
 }  // namespace korva

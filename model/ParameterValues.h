@@ -27,6 +27,7 @@ public:
 
     // Replaces or inserts the parameter's values and marks the record changed, even when the
     // values are the same. Which parameters a record accepts is the caller's business.
+    void set(Parameter parameter, std::vector<int>& values);
     void set(Parameter parameter, const std::vector<int>& values);
     // The same for values the caller no longer needs: most setters build a fresh vector per
     // element, and moving it in saves an allocation and a copy for every value of the file.
@@ -49,5 +50,9 @@ protected:
 private:
     uint64_t mCreationSerial;
 };
+
+// The values a record holds for a parameter, or an empty list when it holds none. Unlike
+// values[parameter] it never inserts, so it reads a const record and leaves the record as it is.
+const std::vector<int>& storedValues(const ParameterValues& record, Parameter parameter);
 
 }  // namespace korva

@@ -94,7 +94,7 @@ std::string Profile::toString() const {
     return out.str();
 }
 
-bool Profile::equals(const Profile& other) const {
+bool Profile::equals(Profile& other) {
     if (this == &other) {
         return true;
     }

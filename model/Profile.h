@@ -29,7 +29,7 @@ public:
     void setSelectedGeqPreset(int presetId);
     std::string toString() const;
     // Same profile id and same values; the name, mobility and selected preset do not count.
-    bool equals(const Profile& other) const;
+    bool equals(Profile& other);
 
     // Refers to a set built on first use, safe to read during static initialisation.
     static const std::set<Parameter>& kValidParams;

@@ -92,7 +92,7 @@ std::string ProfileEndpoint::toString() const {
     return out.str();
 }
 
-bool ProfileEndpoint::equals(const ProfileEndpoint& other) const {
+bool ProfileEndpoint::equals(ProfileEndpoint& other) {
     if (this == &other) {
         return true;
     }

@@ -25,7 +25,7 @@ public:
     void setSelectedIeqPreset(int presetId);
     std::string toString() const;
     // Same endpoint, profile, selected preset and values; ids and dirty flags do not count.
-    bool equals(const ProfileEndpoint& other) const;
+    bool equals(ProfileEndpoint& other);
 
     // Refers to a set built on first use, safe to read during static initialisation.
     static const std::set<Parameter>& kValidParams;

@@ -41,14 +41,14 @@ bool isTextWithContent(const xmlNode* node) {
 
 const xmlNode* parentOf(const xmlNode* node) {
     return node != nullptr && node->parent != nullptr && node->parent->type == XML_ELEMENT_NODE
-                   ? node->parent
-                   : nullptr;
+               ? node->parent
+               : nullptr;
 }
 
 std::string contentOf(const xmlNode* node) {
     return node != nullptr && node->content != nullptr
-                   ? std::string(reinterpret_cast<const char*>(node->content))
-                   : std::string();
+               ? std::string(reinterpret_cast<const char*>(node->content))
+               : std::string();
 }
 
 }  // namespace NodeInfo

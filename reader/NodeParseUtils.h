@@ -28,11 +28,9 @@ std::vector<int> parseMixMatrix(TagIterator& iterator);
 // every element from there to the end of that sibling list, one row per element, one slot per
 // name (empty when missing). With a rowName, the first element of another name ends the rows and
 // is logged. rowNodes, when given, gets the element of each row.
-std::vector<std::vector<std::string>> parseChildRows(TagIterator& iterator, int levels,
-                                                     const std::vector<std::string>& attrNames,
-                                                     const std::string& rowName = "",
-                                                     std::vector<const xmlNode*>* rowNodes =
-                                                             nullptr);
+std::vector<std::vector<std::string>> parseChildRows(
+    TagIterator& iterator, int levels, const std::vector<std::string>& attrNames,
+    const std::string& rowName = "", std::vector<const xmlNode*>* rowNodes = nullptr);
 
 // Steps into a tuning element, whose device bindings come first, and calls onBinding() with the
 // cursor on each "device_id" element. Returns true with the cursor on the first other element,

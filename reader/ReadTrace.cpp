@@ -177,8 +177,8 @@ void readIntList(const xmlNode* element, const char* attribute, const std::strin
     const size_t before = out.size();
     const size_t end = intListEnd(text, out);
     size_t rest = end;
-    while (rest < text.size() && (text[rest] == ' ' || text[rest] == '\t' || text[rest] == '\n' ||
-                                  text[rest] == '\r')) {
+    while (rest < text.size() &&
+           (text[rest] == ' ' || text[rest] == '\t' || text[rest] == '\n' || text[rest] == '\r')) {
         rest++;
     }
     const std::vector<int> read(out.begin() + before, out.end());

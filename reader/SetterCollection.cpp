@@ -175,6 +175,10 @@ SetterCollection::SetterCollection() {
 
 SetterCollection::~SetterCollection() = default;
 
+ValueSetter* SetterCollection::getValueSetter(std::string& name) {
+    return getValueSetter(static_cast<const std::string&>(name));
+}
+
 ValueSetter* SetterCollection::getValueSetter(const std::string& name) const {
     // Unknown names are not remembered: a file full of foreign elements must not grow the
     // process-wide table, and lookups stay safe from several parsers at once.

@@ -19,6 +19,7 @@ public:
     SetterCollection& operator=(const SetterCollection&) = delete;
 
     // The setter registered for the element name, or null for a name that has none.
+    ValueSetter* getValueSetter(std::string& name);
     ValueSetter* getValueSetter(const std::string& name) const;
 
     size_t size() const { return mSetters.size(); }

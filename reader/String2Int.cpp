@@ -53,6 +53,14 @@ const char* extractInt(const char* at, const char* end, int& value, bool& ok) {
 
 }  // namespace
 
+int string2Int(std::string& text) {
+    return string2Int(static_cast<const std::string&>(text));
+}
+
+void string2IntVector(std::string& text, std::vector<int>& out) {
+    string2IntVector(static_cast<const std::string&>(text), out);
+}
+
 int string2Int(const std::string& text) {
     int value = 0;
     bool ok = false;

@@ -138,8 +138,24 @@ void TuningFileParser::parseTuningFile() {
     ReadTrace::endDocument(first != nullptr ? first->parent : nullptr, cutAt);
 }
 
+bool TuningFileParser::isParsed() {
+    return mIsParsed;
+}
+
+DeviceData* TuningFileParser::getDeviceData() {
+    return mDeviceData.get();
+}
+
+int TuningFileParser::getNumOfProfiles() {
+    return mNumOfProfiles;
+}
+
 std::string TuningFileParser::getProfileName(int id) {
     return mProfileNames[id];
+}
+
+int TuningFileParser::getIeqPresetIdByName(std::string& name) {
+    return getIeqPresetIdByName(static_cast<const std::string&>(name));
 }
 
 int TuningFileParser::getIeqPresetIdByName(const std::string& name) {
@@ -346,8 +362,8 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
             const xmlNode* include = mIterator.currentNode();
             ReadTrace::structure(include, Structure::kInclude);
             if (isVersion330()) {
-                presetId = readIeqPresetName(include, "preset",
-                                             readAttributes(mIterator, {"preset"})[0]);
+                presetId =
+                    readIeqPresetName(include, "preset", readAttributes(mIterator, {"preset"})[0]);
             } else {
                 const std::string text = readAttributes(mIterator, {"ieq_preset"})[0];
                 presetId = std::atoi(text.c_str());
@@ -397,9 +413,9 @@ bool TuningFileParser::parseTuning() {
     const xmlNode* element = mIterator.currentNode();
     ReadTrace::structure(element, Structure::kTuning);
     mIterator.pushNode();
-    const std::vector<std::string> attributes = readAttributes(
+    std::vector<std::string> attributes = readAttributes(
         mIterator, {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
-    const std::string& name = attributes[0];
+    std::string& name = attributes[0];
     const std::string& endpointText = attributes[1];
     // Unlike a profile's endpoint_type, an unknown name here means the speaker.
     Endpoint endpoint = ENDPOINT_SPEAKER;
@@ -452,7 +468,7 @@ bool TuningFileParser::parseTuning() {
     return true;
 }
 
-void TuningFileParser::parseDeviceTuning(const std::string& tuningName) {
+void TuningFileParser::parseDeviceTuning(std::string& tuningName) {
     const xmlNode* element = mIterator.currentNode();
     ReadTrace::structure(element, Structure::kDeviceBinding);
     const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "endpoint_port"});

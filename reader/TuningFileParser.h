@@ -36,12 +36,13 @@ public:
     // profiles and tunings in document order.
     void parseTuningFile();
 
-    bool isParsed() const { return mIsParsed; }
-    DeviceData* getDeviceData() const { return mDeviceData.get(); }
-    int getNumOfProfiles() const { return mNumOfProfiles; }
+    bool isParsed();
+    DeviceData* getDeviceData();
+    int getNumOfProfiles();
     // The name of the last profile read with this id; empty for an id never seen.
     std::string getProfileName(int id);
     // The canonical IEQ preset number named in the text: off 0, detailed 1, balanced 2, warm 3.
+    int getIeqPresetIdByName(std::string& name);
     int getIeqPresetIdByName(const std::string& name);
 
     static SetterCollection* sSetterCollection;
@@ -54,7 +55,7 @@ private:
     void parseProfileEndpoint(int profileId, int ieqEnable, int ieqAmount, int ieqPresetId);
     // False when the tuning has no data element: the rest of the document is then not read.
     bool parseTuning();
-    void parseDeviceTuning(const std::string& tuningName);
+    void parseDeviceTuning(std::string& tuningName);
 
     // Applies the registered setter of every element from the cursor to the end of its siblings.
     void applySetters(ParameterValues& record);

@@ -16,8 +16,7 @@ std::string ValueSetter::getNodeName() {
 
 void ValueSetter::write(ParameterValues& values, TagIterator& iterator, Parameter parameter,
                         std::vector<int> list) {
-    ReadTrace::write(iterator.currentNode(), values, parameter, std::move(list),
-                     ValueSource::kFile);
+    ReadTrace::write(iterator.currentNode(), values, parameter, std::move(list), ValueSource::kFile);
 }
 
 }  // namespace korva

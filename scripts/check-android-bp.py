@@ -26,6 +26,7 @@ DEFAULTS = LIBRARY + "_defaults"
 STATIC_DEFAULTS = LIBRARY + "_static_defaults"
 TEST_DEFAULTS = LIBRARY + "_test_defaults"
 ENGINE_STANDIN = LIBRARY + "_engine_standin"
+PROPERTY_STANDIN = LIBRARY + "_property_standin"
 TEST_DATA = ["tests/data/**/*", "examples/**/*"]
 KINDS = ("product", "engine", "support", "test")
 
@@ -69,9 +70,13 @@ def quoted(values, indent):
 
 
 def string_list(name, values, indent=4):
+    """A list property as bpfmt writes it: empty and one-element lists on one line, longer lists
+    one element a line."""
     pad = " " * indent
     if not values:
         return f"{pad}{name}: [],\n"
+    if len(values) == 1:
+        return f'{pad}{name}: ["{values[0]}"],\n'
     return f"{pad}{name}: [\n{quoted(values, indent + 4)}{pad}],\n"
 
 
@@ -103,9 +108,9 @@ def generate_bp(lists, fuzzers, root):
         f'    name: "{DEFAULTS}",\n'
         "    vendor: true,\n"
         '    cpp_std: "c++17",\n'
-        '    cflags: ["-Wall", "-Wextra", "-Werror"],\n'
+        f"{string_list('cflags', ['-Wall', '-Wextra', '-Werror'])}"
         '    local_include_dirs: ["."],\n'
-        '    shared_libs: ["liblog", "libcutils", "libutils", "libxml2"],\n'
+        f"{string_list('shared_libs', ['liblog', 'libcutils', 'libutils', 'libxml2'])}"
         "}\n\n")
     out.append(
         "cc_library_shared {\n"
@@ -124,6 +129,16 @@ def generate_bp(lists, fuzzers, root):
     out.append(string_list("srcs", sorted(engine)))
     out.append("}\n\n")
     out.append(
+        "// The property service of a device refuses ro.* values and the test shell's writes, so\n"
+        "// tests and fuzzers read properties from an in-process map, as on the host: they set them\n"
+        "// with korva::setLocalProperty (platform/LocalProperties.h).\n"
+        "cc_library_static {\n"
+        f'    name: "{PROPERTY_STANDIN}",\n'
+        f'    defaults: ["{DEFAULTS}"],\n'
+        '    srcs: ["platform/HostProperties.cpp"],\n'
+        '    shared_libs: ["libbase"],\n'
+        "}\n\n")
+    out.append(
         "// The library's sources built into each test or fuzz program, with the host hook that\n"
         "// looks the fixed tuning file paths up below $KORVA_HOST_ROOT.\n"
         "cc_defaults {\n"
@@ -132,6 +147,7 @@ def generate_bp(lists, fuzzers, root):
         f'    srcs: [":{SRCS_GROUP}"],\n'
         '    cflags: ["-DKORVA_HOST_BUILD"],\n'
         f'    static_libs: ["{ENGINE_STANDIN}"],\n'
+        f'    whole_static_libs: ["{PROPERTY_STANDIN}"],\n'
         '    shared_libs: ["libbase"],\n'
         "}\n\n")
     out.append(

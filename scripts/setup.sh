@@ -24,6 +24,7 @@ host_packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     libcli11-dev nlohmann-json3-dev
     clang libclang-rt-14-dev valgrind python3
+    blueprint-tools
 )
 
 apt_install "${host_packages[@]}"

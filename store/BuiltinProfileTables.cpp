@@ -2,35 +2,14 @@
 // file. Each is a complete EFFECT_PARAM_PROFILE blob (header word = profile id, entry count,
 // entries of device id, parameter code, value count and values).
 
-#include <cstdint>
-
+#include "model/OutputDevice.h"
 #include "store/SpatializerParamArray.h"
+#include "translator/VexParameter.h"
 
 namespace korva {
 
-namespace {
-
-// The engine code of a lower-case parameter name: its bytes in memory order, zero-padded.
-template <size_t N>
-constexpr int code(const char (&name)[N]) {
-    static_assert(N == 4 || N == 5, "parameter names have three or four characters");
-    uint32_t packed = 0;
-    for (size_t i = 0; i + 1 < N; i++) {
-        packed |= static_cast<uint32_t>(static_cast<unsigned char>(name[i])) << (8 * i);
-    }
-    return static_cast<int>(packed);
-}
-
-constexpr int kAllDevices = 0x40000000;
-constexpr int kSpeaker = 0x2;
-constexpr int kWiredHeadphone = 0x8;
-constexpr int kBluetoothA2dp = 0x80;
-constexpr int kUsbDevice = 0x4000;
-
-}  // namespace
-
 // One entry with a single value.
-#define KORVA_ONE(device, name, value) device, code(name), 1, value
+#define KORVA_ONE(device, name, value) device, vexParameterCode(name), 1, value
 
 // The six per-device entries of a profile table.
 #define KORVA_PROFILE_DEVICE(device, ieon, mdee, deon, dea, dsb, vmb)   \
@@ -40,15 +19,19 @@ constexpr int kUsbDevice = 0x4000;
 
 // A profile table: 27 entries. The speaker has its own DSB and VMB; the three headphone-like
 // devices share theirs. The headphone virtualiser config differs only in its last three words.
-#define KORVA_PROFILE_TABLE(id, mdle, miee, hvrc5, hvrc6, hvrc7, ieon, mdee, deon, dea,         \
-                            dsbSpeaker, vmbSpeaker, dsbOthers, vmbOthers)                       \
-    {                                                                                           \
-        id, 27, KORVA_ONE(kAllDevices, "mdle", mdle), KORVA_ONE(kAllDevices, "miee", miee),     \
-            kAllDevices, code("hvrc"), 8, 103, 32568, 11164, 5090, 0, hvrc5, hvrc6, hvrc7,      \
-            KORVA_PROFILE_DEVICE(kSpeaker, ieon, mdee, deon, dea, dsbSpeaker, vmbSpeaker),      \
-            KORVA_PROFILE_DEVICE(kWiredHeadphone, ieon, mdee, deon, dea, dsbOthers, vmbOthers), \
-            KORVA_PROFILE_DEVICE(kBluetoothA2dp, ieon, mdee, deon, dea, dsbOthers, vmbOthers),  \
-            KORVA_PROFILE_DEVICE(kUsbDevice, ieon, mdee, deon, dea, dsbOthers, vmbOthers)       \
+#define KORVA_PROFILE_TABLE(id, mdle, miee, hvrc5, hvrc6, hvrc7, ieon, mdee, deon, dea,            \
+                            dsbSpeaker, vmbSpeaker, dsbOthers, vmbOthers)                          \
+    {                                                                                              \
+        id, 27, KORVA_ONE(kOutputDeviceAll, "mdle", mdle),                                         \
+            KORVA_ONE(kOutputDeviceAll, "miee", miee), kOutputDeviceAll, vexParameterCode("hvrc"), \
+            8, 103, 32568, 11164, 5090, 0, hvrc5, hvrc6, hvrc7,                                    \
+            KORVA_PROFILE_DEVICE(kOutputDeviceSpeaker, ieon, mdee, deon, dea, dsbSpeaker,          \
+                                 vmbSpeaker),                                                      \
+            KORVA_PROFILE_DEVICE(kOutputDeviceWiredHeadphone, ieon, mdee, deon, dea, dsbOthers,    \
+                                 vmbOthers),                                                       \
+            KORVA_PROFILE_DEVICE(kOutputDeviceBluetoothA2dp, ieon, mdee, deon, dea, dsbOthers,     \
+                                 vmbOthers),                                                       \
+            KORVA_PROFILE_DEVICE(kOutputDeviceUsb, ieon, mdee, deon, dea, dsbOthers, vmbOthers)    \
     }
 
 // clang-format off
@@ -72,27 +55,27 @@ const int SpatializerParamArray::mCustomProfileParams[kProfileTableWords] =
 
 // The twelve per-device entries of the common table; only the mix matrix ("dom") differs.
 #define KORVA_COMMON_DEVICE(device, domCount, ...)                                                \
-    device, code("iebs"), 41, KORVA_IEBS_VALUES, KORVA_ONE(device, "iea", 6),                     \
+    device, vexParameterCode("iebs"), 41, KORVA_IEBS_VALUES, KORVA_ONE(device, "iea", 6),         \
         KORVA_ONE(device, "plb", 0), KORVA_ONE(device, "ded", 2), KORVA_ONE(device, "mvbe", 0),   \
         KORVA_ONE(device, "ngon", 1), KORVA_ONE(device, "dvle", 0), KORVA_ONE(device, "dvla", 0), \
-        KORVA_ONE(device, "dvli", -256), KORVA_ONE(device, "dvlo", -256), device, code("dom"),    \
-        domCount, __VA_ARGS__, KORVA_ONE(device, "vssd", 4)
+        KORVA_ONE(device, "dvli", -256), KORVA_ONE(device, "dvlo", -256), device,                 \
+        vexParameterCode("dom"), domCount, __VA_ARGS__, KORVA_ONE(device, "vssd", 4)
 
 // clang-format off
 const int SpatializerParamArray::mCommonParams[kCommonTableWords] = {
         PROFILE_COMMON, 57,
-        KORVA_ONE(kAllDevices, "mave", 0),
-        KORVA_ONE(kAllDevices, "msce", 0),
-        KORVA_ONE(kAllDevices, "dvme", 0),
-        KORVA_ONE(kAllDevices, "rvse", 0),
-        KORVA_ONE(kAllDevices, "rvsa", 0),
-        KORVA_ONE(kAllDevices, "sdfa", 0),
-        KORVA_ONE(kAllDevices, "hlra", 45),
-        KORVA_ONE(kAllDevices, "hvm", 2),
-        KORVA_ONE(kAllDevices, "drcm", 0),
+        KORVA_ONE(kOutputDeviceAll, "mave", 0),
+        KORVA_ONE(kOutputDeviceAll, "msce", 0),
+        KORVA_ONE(kOutputDeviceAll, "dvme", 0),
+        KORVA_ONE(kOutputDeviceAll, "rvse", 0),
+        KORVA_ONE(kOutputDeviceAll, "rvsa", 0),
+        KORVA_ONE(kOutputDeviceAll, "sdfa", 0),
+        KORVA_ONE(kOutputDeviceAll, "hlra", 45),
+        KORVA_ONE(kOutputDeviceAll, "hvm", 2),
+        KORVA_ONE(kOutputDeviceAll, "drcm", 0),
         // Speaker: enabled, endpoint 0 (speaker), orientation 1, then three mix matrices in Q14
         // (16384 = 1.0, 11583 ~ 0.7071, 8192 = 0.5), each led by two words.
-        KORVA_COMMON_DEVICE(kSpeaker, 61,
+        KORVA_COMMON_DEVICE(kOutputDeviceSpeaker, 61,
                 1, 0, 1,
                 15, 24,
                 16384, 0, 0, 16384, 11583, 11583, 8192, 8192, 16384, 0, 0, 16384,
@@ -102,9 +85,9 @@ const int SpatializerParamArray::mCommonParams[kCommonTableWords] = {
                 16384, 0, 0, 16384,
                 10, 12,
                 16384, 0, 0, 16384, 11583, 11583, 8192, 8192, 16384, 0, 0, 16384),
-        KORVA_COMMON_DEVICE(kWiredHeadphone, 3, 1, 1, 2),
-        KORVA_COMMON_DEVICE(kBluetoothA2dp, 3, 1, 1, 2),
-        KORVA_COMMON_DEVICE(kUsbDevice, 3, 1, 1, 2),
+        KORVA_COMMON_DEVICE(kOutputDeviceWiredHeadphone, 3, 1, 1, 2),
+        KORVA_COMMON_DEVICE(kOutputDeviceBluetoothA2dp, 3, 1, 1, 2),
+        KORVA_COMMON_DEVICE(kOutputDeviceUsb, 3, 1, 1, 2),
 };
 // clang-format on
 

@@ -1,5 +1,6 @@
 #include "store/SpatializerParamArrayConstants.h"
 
+#include "model/OutputDevice.h"
 #include "model/Parameter.h"
 
 namespace korva {
@@ -7,13 +8,13 @@ namespace korva {
 const std::set<Port> kDefaultTuningPorts = {DEVICE_HEADPHONE, DEVICE_BLUETOOTH, DEVICE_USB};
 
 std::map<std::string, int> kPortNameToDevice = {
-    {"internal_speaker", 0x2},
-    {"headphone", 0x8},
-    {"bluetooth", 0x80},
-    {"usb", 0x4000},
+    {kAndroidDeviceNames[DEVICE_INTERNAL_SPEAKER], kOutputDeviceSpeaker},
+    {kAndroidDeviceNames[DEVICE_HEADPHONE], kOutputDeviceWiredHeadphone},
+    {kAndroidDeviceNames[DEVICE_BLUETOOTH], kOutputDeviceBluetoothA2dp},
+    {kAndroidDeviceNames[DEVICE_USB], kOutputDeviceUsb},
 };
 
-const std::set<int> kA2dpUsbDevices = {0x80, 0x4000};
+const std::set<int> kA2dpUsbDevices = {kOutputDeviceBluetoothA2dp, kOutputDeviceUsb};
 
 // The speaker "dom" values of the common table without their leading enable words; coefficients
 // in Q14 (16384 = 1.0, 11583 ~ 0.7071, 8192 = 0.5).

@@ -4,14 +4,15 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "model/CreationOrder.h"
 #include "model/DeviceData.h"
 #include "model/LoadObserver.h"
+#include "model/OutputDevice.h"
 #include "model/Parameter.h"
 #include "reader/TuningFileParser.h"
 #include "store/LogLevel.h"
@@ -24,24 +25,13 @@ namespace korva {
 
 namespace {
 
-// Device id of the entries that apply whatever the output.
-constexpr int kAllDevices = 0x40000000;
-constexpr int kSpeakerDevice = 0x2;
-
 // Headphone endpoints are played on a fixed orientation, speakers on theirs.
 const std::vector<int> kHeadphoneOrientation = {2};
 const std::vector<int> kSpeakerOrientation = {1};
 
-// A record's values of one parameter, or none. Looking up leaves the record as it was.
-const std::vector<int>& valuesOf(const ParameterValues& record, Parameter parameter) {
-    static const std::vector<int> sNone;
-    auto found = record.values.find(parameter);
-    return found != record.values.end() ? found->second : sNone;
-}
-
 // The tuning file does not promise a value where a single one is expected: none reads as 0.
 int firstValueOf(const ParameterValues& record, Parameter parameter) {
-    const std::vector<int>& values = valuesOf(record, parameter);
+    const std::vector<int>& values = storedValues(record, parameter);
     return values.empty() ? 0 : values[0];
 }
 
@@ -114,7 +104,7 @@ private:
 void fileMixMatrix(const std::string& device, const Tuning& tuning,
                    std::map<std::string, std::vector<int>>& mixMatrices,
                    int& defaultMixMatrixLength) {
-    const std::vector<int>& matrix = valuesOf(tuning, OUTPUT_MIX_MATRIX);
+    const std::vector<int>& matrix = storedValues(tuning, OUTPUT_MIX_MATRIX);
     const int endpoint = tuning.getEndpoint();
     const int orientation = firstValueOf(tuning, ORIENTATION);
     KORVA_LOGD(kStoreLogTag, "Tuning id(%s): endpoint %i, orientation %i, mix matrices length %zu",
@@ -216,11 +206,11 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
     const std::string speakerDevice = mSelectedTuningDevices[DEVICE_INTERNAL_SPEAKER];
     const DeviceTuning* speakerBinding = findBinding(records.deviceTunings, speakerDevice);
     const Tuning* speakerTuning = speakerBinding != nullptr
-                                          ? findTuning(records.tunings, speakerBinding->getTuning())
-                                          : nullptr;
+                                      ? findTuning(records.tunings, speakerBinding->getTuning())
+                                      : nullptr;
     if (speakerTuning != nullptr) {
-        speaker.mixMatrix = valuesOf(*speakerTuning, OUTPUT_MIX_MATRIX);
-        speaker.vbMode = valuesOf(*speakerTuning, VIRTUAL_BASS_MODE);
+        speaker.mixMatrix = storedValues(*speakerTuning, OUTPUT_MIX_MATRIX);
+        speaker.vbMode = storedValues(*speakerTuning, VIRTUAL_BASS_MODE);
         mTuningParamValue = firstValueOf(*speakerTuning, OUTPUT_CHANNELS);
     }
     if (observer != nullptr) {
@@ -251,17 +241,17 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
         if (observer != nullptr) {
             observer->onBlobBegin(key);
         }
-        SetParamCommand cmd(kAllDevices);
+        SetParamCommand cmd(kOutputDeviceAll);
         translator.setSource(profile, ENDPOINT_OTHER, false);
-        cmd.setDeviceId(kAllDevices);
+        cmd.setDeviceId(kOutputDeviceAll);
         translator.translateAll(cmd);
 
         GeqPreset* geq = RecordIndex::find(index.firstGeqPreset, id);
         if (geq != nullptr) {
             translator.setSource(geq, ENDPOINT_OTHER, false);
-            cmd.setDeviceId(kAllDevices);
+            cmd.setDeviceId(kOutputDeviceAll);
             translator.translateAll(cmd);
-            mProfileGeqGains.emplace(id, valuesOf(*geq, GEQ_GAIN));
+            mProfileGeqGains.emplace(id, storedValues(*geq, GEQ_GAIN));
         } else {
             missingPartner(MissingPartner::kGeqPreset, profile, nullptr);
         }
@@ -284,7 +274,7 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
                     translator.translateAll(cmd);
                 }
             } else if (type == ENDPOINT_SPEAKER) {
-                cmd.setDeviceId(kSpeakerDevice);
+                cmd.setDeviceId(kOutputDeviceSpeaker);
                 writeByLoader(*endpoint, ORIENTATION, kSpeakerOrientation,
                               ValueSource::kLoaderOrientation);
                 writeByLoader(*endpoint, OUTPUT_MIX_MATRIX, speaker.mixMatrix,
@@ -323,7 +313,7 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
                 observer->onBlobBegin(key);
             }
 
-            SetParamCommand cmd(kAllDevices);
+            SetParamCommand cmd(kOutputDeviceAll);
             translator.setSource(tuning, tuning->getEndpoint(), false);
             cmd.setDeviceId(deviceBit);
             translator.translateAll(cmd);
@@ -331,9 +321,9 @@ void SpatializerParamArray::loadSpatializerXMLFile(std::string path) {
             KORVA_LOGD(kStoreLogTag, "Tuning id(%s), tuningName(%s) numParameters = %d",
                        device.c_str(), name.c_str(), cmd.mCount);
             if (observer != nullptr) {
-                observer->onBlobFiled(key, blob,
-                                      mXMLTuningParams.count(device) > 0 ? BlobFate::kReplaced
-                                                                         : BlobFate::kStored);
+                observer->onBlobFiled(
+                    key, blob,
+                    mXMLTuningParams.count(device) > 0 ? BlobFate::kReplaced : BlobFate::kStored);
             }
             mXMLTuningParams[device] = std::move(blob);
             mXMLTuningCount++;

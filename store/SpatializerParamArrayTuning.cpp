@@ -14,11 +14,6 @@ namespace korva {
 
 namespace {
 
-// Log text for a port name that may be missing.
-const char* shown(const char* portName) {
-    return portName != nullptr ? portName : "?";
-}
-
 // Port names compare byte for byte; a port without a name serves nothing.
 bool servesPort(const std::string& devicePort, const char* portName) {
     return portName != nullptr && devicePort == portName;
@@ -64,11 +59,15 @@ std::string SpatializerParamArray::getAvailableTuningDevices(int port) {
     android::Mutex::Autolock lock(mLock);
     const char* name = portName(port, __func__);
     std::string devices;
+    bool first = true;
     for (const auto& [device, devicePort] : mTuningDevicePorts) {
         if (servesPort(devicePort, name)) {
-            if (!devices.empty()) {
+            // The separator goes before every match but the first, so an empty-named device
+            // (the speaker's, sorted first) leaves a leading blank before the next name.
+            if (!first) {
                 devices += ' ';
             }
+            first = false;
             devices += device;
         }
     }
@@ -82,12 +81,13 @@ std::string SpatializerParamArray::getSelectedTuningDevice(int port) {
 
 int SpatializerParamArray::setSelectedTuningDevice(int port, std::string device) {
     const char* name = portName(port, __func__);
-    KORVA_LOGD(kStoreLogTag, "%s(port=%s, device=%s)", __func__, shown(name), device.c_str());
+    KORVA_LOGD(kStoreLogTag, "%s(port=%s, device=%s)", __func__, androidDeviceName(port),
+               device.c_str());
     android::Mutex::Autolock lock(mLock);
     auto found = mTuningDevicePorts.find(device);
     if (found == mTuningDevicePorts.end() || !servesPort(found->second, name)) {
         KORVA_LOGE(kStoreLogTag, "%s tuningDevice %s is not available for port %s.", __func__,
-                   device.c_str(), shown(name));
+                   device.c_str(), androidDeviceName(port));
         return -EINVAL;
     }
     mSelectedTuningDevices[port] = device;
@@ -117,8 +117,7 @@ void SpatializerParamArray::checkDefaultTuningDevices() {
     for (const auto& [port, device] : mSelectedTuningDevices) {
         if (!isValidTuningDevice(port, device)) {
             KORVA_LOGE(kStoreLogTag, "%s() default tuningDevice %s is not available for port %s.",
-                       "loadSpatializerXMLFile", device.c_str(),
-                       shown(portName(port, "loadSpatializerXMLFile")));
+                       "loadSpatializerXMLFile", device.c_str(), androidDeviceName(port));
             mXMLTuningCount = 0;
             if (LoadObserver* observer = LoadObserver::current()) {
                 observer->onDefaultSelectionMissing(port, device);

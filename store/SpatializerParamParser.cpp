@@ -6,6 +6,7 @@
 #include <string>
 
 #include "store/LogLevel.h"
+#include "translator/VexParameter.h"
 
 namespace korva {
 
@@ -21,9 +22,7 @@ int32_t valueAt(const int32_t* values, int32_t index) {
 
 // "code = values" for a verbose trace of the current entry.
 std::string describeEntry(int32_t paramId, int32_t numValues, const int32_t* values) {
-    char code[sizeof(paramId) + 1] = {};
-    memcpy(code, &paramId, sizeof(paramId));
-    std::string text = code;
+    std::string text = vexParameterText(paramId);
     text += " = ";
     // Only positive counts have values behind them that were bounds-checked.
     if (numValues <= 0) {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "model/OutputDevice.h"
 #include "store/SpatializerParamParser.h"
 
 namespace korva::tool {
@@ -31,19 +32,8 @@ DecodedBlob BlobDecoder::decode(const int32_t* words, size_t count) {
 }
 
 std::string BlobDecoder::deviceName(int32_t deviceId) {
-    switch (deviceId) {
-        case 0x40000000:
-            return "all";
-        case 0x2:
-            return "speaker";
-        case 0x8:
-            return "wired headphone";
-        case 0x80:
-            return "a2dp";
-        case 0x4000:
-            return "usb";
-        default:
-            break;
+    if (const char* name = outputDeviceName(deviceId)) {
+        return name;
     }
     char text[16];
     snprintf(text, sizeof(text), "0x%x", static_cast<unsigned int>(deviceId));

@@ -38,23 +38,22 @@ struct Summary {
     bool tuningsUsable = false;
 };
 
-// The store's device list of a port: names joined by single blanks. The empty name is a device
-// too (the speaker's) but leaves no trace in the text; the list's buffer length, one byte per
-// character and one per name, tells whether it is there.
+// The store's device list of a port, split on its single blanks. An empty-named device sorts
+// first and shows as an empty first name (" spk_alt"); alone it is the empty string, which only
+// the list's buffer length tells apart from no device at all.
 std::vector<std::string> portDevices(SpatializerParamArray& store, int port) {
     const std::string names = store.getAvailableTuningDevices(port);
     std::vector<std::string> out;
-    size_t length = 0;
-    if (!names.empty()) {
-        std::string name;
-        std::istringstream in(names);
-        while (std::getline(in, name, ' ')) {
-            length += name.size() + 1;
-            out.push_back(name);
+    if (names.empty()) {
+        if (store.getAvailableTuningDevicesLen(port) > 0) {
+            out.emplace_back();
         }
+        return out;
     }
-    if (store.getAvailableTuningDevicesLen(port) > length) {
-        out.insert(out.begin(), std::string());
+    std::string name;
+    std::istringstream in(names);
+    while (std::getline(in, name, ' ')) {
+        out.push_back(name);
     }
     return out;
 }

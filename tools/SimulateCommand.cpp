@@ -157,6 +157,11 @@ const char* callName(EffectCall::Kind kind) {
     return "";
 }
 
+// What a call carried: the values sent, or those getParam answered with.
+const std::vector<int>& callValues(const EffectCall& call) {
+    return call.kind == EffectCall::kGetParam ? call.answer : call.values;
+}
+
 Json callJson(const EffectCall& call) {
     Json json = {{"call", callName(call.kind)},
                  {"device", call.deviceId},
@@ -164,7 +169,7 @@ Json callJson(const EffectCall& call) {
     if (call.kind != EffectCall::kCommit) {
         json["code"] = BlobDecoder::codeText(call.code);
         json[call.kind == EffectCall::kGetParam ? "capacity" : "count"] = call.count;
-        json["values"] = call.values;
+        json["values"] = callValues(call);
     }
     json["result"] = call.result;
     return json;
@@ -185,7 +190,7 @@ std::string callsText(const std::vector<EffectCall>& calls) {
                       BlobDecoder::deviceName(call.deviceId),
                       commit ? "" : BlobDecoder::codeText(call.code),
                       commit ? "" : std::to_string(call.count), std::to_string(call.result),
-                      NumberText::join(call.values)});
+                      NumberText::join(callValues(call))});
     }
     return table.render("  ");
 }

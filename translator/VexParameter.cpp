@@ -1,7 +1,6 @@
 #include "translator/VexParameter.h"
 
 #include <array>
-#include <cstring>
 
 namespace korva {
 
@@ -17,22 +16,6 @@ const char* const kVexParameterNames[kNumVexParameters] = {
         "VSSD", "SVM", "SVRC", "AVSB", "HVM", "HVRC", "HLRA", "SDFA", "HFON", "HFCF",
         "DSOE", "DSOA", "DSOI"
 };
-
-int32_t vexParameterCode(const char* name) {
-    size_t length = strlen(name);
-    if (length < 1 || length > 4) {
-        return 0;
-    }
-    uint32_t code = 0;
-    for (size_t i = 0; i < length; i++) {
-        uint8_t c = static_cast<uint8_t>(name[i]);
-        if (c >= 'A' && c <= 'Z') {
-            c |= 0x20;
-        }
-        code |= uint32_t{c} << (8 * i);
-    }
-    return static_cast<int32_t>(code);
-}
 
 int32_t vexParameterCode(VexParameter param) {
     // Every entry of every blob asks for its code: pack the names once.

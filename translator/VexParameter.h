@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <string>
 
 namespace korva {
 
@@ -110,9 +112,32 @@ constexpr int kNumVexParameters = 96;
 // Upper-case name text of each VexParameter, indexed by value.
 extern const char* const kVexParameterNames[kNumVexParameters];
 
-// The engine code of a name: ASCII upper-case letters folded to lower case, packed little-endian;
-// 0 for a name shorter than 1 or longer than 4 characters.
-int32_t vexParameterCode(const char* name);
+// The engine code of a name: ASCII upper-case letters folded to lower case, packed little-endian
+// (first character in the lowest byte); 0 for a name shorter than 1 or longer than 4 characters.
+// Usable in constant expressions, so that fixed tables of codes cost nothing at start-up.
+constexpr int32_t vexParameterCode(const char* name) {
+    uint32_t code = 0;
+    int length = 0;
+    for (; name[length] != '\0'; length++) {
+        if (length == 4) {
+            return 0;
+        }
+        uint32_t c = static_cast<unsigned char>(name[length]);
+        if (c >= 'A' && c <= 'Z') {
+            c |= 0x20;
+        }
+        code |= c << (8 * length);
+    }
+    return static_cast<int32_t>(code);
+}
+
 int32_t vexParameterCode(VexParameter param);
+
+// The name that a code packs, as the engine spells it: the code's bytes up to the first zero.
+inline std::string vexParameterText(int32_t code) {
+    char text[sizeof(code) + 1] = {};
+    memcpy(text, &code, sizeof(code));
+    return text;
+}
 
 }  // namespace korva

@@ -1,61 +1,32 @@
 #!/usr/bin/env bash
-# The effect loads this library against headers it was built with: every exported class and
-# table must be visible under namespace korva, and the host-only stand-ins (property service,
-# engine replacement) must stay outside it.
+# The effect loads this library against headers it was built with: every declared export must be
+# there under exactly its declared name and parameter types (exports.txt), and the host-only
+# stand-ins (property service, engine replacement) must stay outside it.
 set -u
 lib=$1
-symbols=$(nm -DC --defined-only "$lib") || { echo "nm failed on $lib"; exit 1; }
+list=${2:-$(dirname "$0")/exports.txt}
+raw=$(nm -DC --defined-only "$lib") || { echo "nm failed on $lib"; exit 1; }
+# The names alone, with the standard library's spelled-out types in their short forms.
+symbols=$(sed -E -e 's/^[0-9a-f]+ [A-Za-z] //' -e 's/\[abi:cxx11\]//g' \
+    -e 's/std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >/std::string/g' \
+    -e 's/std::vector<([^<>]*), std::allocator<[^<>]*> >/std::vector<\1>/g' \
+    -e 's/std::set<([^<>]*), std::less<[^<>]*>, std::allocator<[^<>]*> >/std::set<\1>/g' <<<"$raw")
 fail=0
 
-require() {
-    if ! grep -qF -- "$1" <<<"$symbols"; then
-        echo "missing export: $1"
+while IFS= read -r name; do
+    case "$name" in "" | "#"*) continue ;; esac
+    if ! grep -qxF -- "$name" <<<"$symbols"; then
+        echo "missing export: $name"
         fail=1
     fi
-}
-forbid() {
-    if grep -qF -- "$1" <<<"$symbols"; then
-        echo "unexpected export: $1"
-        fail=1
-    fi
-}
+done <"$list"
 
-for table in mCommonParams mDynamicProfileParams mMovieProfileParams mMusicProfileParams \
-             mCustomProfileParams mCinemaProfileParams; do
-    require "korva::SpatializerParamArray::$table"
+for name in property_get VexParamStore:: EffectParamParser::; do
+    if grep -qF -- "$name" <<<"$symbols"; then
+        echo "unexpected export: $name"
+        fail=1
+    fi
 done
-require "android::Singleton<korva::SpatializerParamArray>::sInstance"
-require "android::Singleton<korva::SpatializerParamArray>::sLock"
-require "korva::SpatializerParamArray::getProfileParams(korva::KrvSpatializerProfileId, void*)"
-require "korva::SpatializerParamArray::getProfileParamsSize(korva::KrvSpatializerProfileId)"
-require "korva::SpatializerParamArray::getXMLProfileParams(int)"
-require "korva::SpatializerParamArray::getXMLTuningParams(std::__cxx11::basic_string"
-require "korva::SpatializerParamArray::setSelectedTuningDevice(int, std::__cxx11::basic_string"
-require "korva::SpatializerParamArray::getProfileGeqGains(korva::KrvSpatializerProfileId)"
-require "korva::SpatializerParamCache::setKorvaContentProfile(korva::KrvSpatializerProfileId, korva::IEffectKrv*)"
-require "korva::SpatializerParamCache::updateContentProcEnabled(korva::IEffectKrv*, bool, bool)"
-require "korva::SpatializerParamCache::loadTuningDevice(std::__cxx11::basic_string"
-require "korva::SpatializerParamCache::setProfileGeqGains(std::vector<int, std::allocator<int> >&, korva::IEffectKrv*)"
-require "korva::SpatializerParamParser::validate()"
-require "korva::ParserBuffer::skip(int)"
-require "korva::TagIterator::mInstanceCount"
-require "korva::TuningFileParser::setTuningFile("
-require "korva::TuningFileParser::sSetterCollection"
-require "korva::SetterCollection::kAllValueSetters"
-require "korva::ParameterValues::valuesToString"
-require "korva::DeviceData::validateData()"
-require "korva::Tuning::kValidParams"
-require "korva::IeqPreset::IeqPreset(long long, int, std::__cxx11::basic_string"
-require "korva::Tuning::Tuning(long, std::__cxx11::basic_string"
-require "korva::ProfileEndpoint::ProfileEndpoint(long, int, korva::Endpoint, int)"
-require "korva::SetParamCommand::execute(korva::VexEffect&)"
-require "korva::VexEffect::sendSharedStore(void*, unsigned int)"
-require "korva::ParameterTranslator::translateAll(korva::SetParamCommand&)"
-require "korva::TranslatorCollection::kAllTranslators"
-
-forbid "property_get"
-forbid "VexParamStore::"
-forbid "EffectParamParser::"
 
 if [ "$fail" = 0 ]; then
     echo "exports ok"

@@ -103,11 +103,14 @@ class CheckAndroidBpTest(unittest.TestCase):
         self.assertIn('vendor: true', bp)
         self.assertIn('"libvexparamstore"', library)
         self.assertNotIn("engine/", library)
-        self.assertNotIn('"platform/', bp)
+        self.assertNotIn('"platform/', library)
         group = bp[bp.index("filegroup {"):]
         group = group[:group.index("\n}\n")]
         self.assertIn('"model/Parameter.cpp"', group)
         self.assertNotIn("engine/", group)
+        self.assertNotIn("platform/", group)
+        # Test and fuzz programs read properties from the in-process stand-in, on a device too.
+        self.assertIn('whole_static_libs: ["libspatializerparamstorage_property_standin"]', bp)
 
     def test_fuzzers_come_from_the_fuzz_build_without_its_tools(self):
         bp = self.read("Android.bp")

@@ -7,20 +7,22 @@
 #include <vector>
 
 #include "LogCapture.h"
-#include "RecordingEffect.h"
 #include "SpatializerParamArrayTestPeer.h"
 #include "cache/SpatializerParamCache.h"
+#include "engine/RecordingEffect.h"
+#include "model/OutputDevice.h"
 #include "store/SpatializerParamArray.h"
+#include "translator/GeqLayout.h"
 #include "translator/VexParameter.h"
 
 namespace korva::test {
 
 constexpr const char* kTag = "KrvSpatializerParamCache";
-constexpr int kAll = 0x40000000;
-constexpr int kSpeaker = 0x2;
-constexpr int kHeadphone = 0x8;
-constexpr int kBluetooth = 0x80;
-constexpr int kUsb = 0x4000;
+constexpr int kAll = kOutputDeviceAll;
+constexpr int kSpeaker = kOutputDeviceSpeaker;
+constexpr int kHeadphone = kOutputDeviceWiredHeadphone;
+constexpr int kBluetooth = kOutputDeviceBluetoothA2dp;
+constexpr int kUsb = kOutputDeviceUsb;
 // The store's default mix matrix length (58) plus 2, plus 1: what the cache asks the effect for.
 constexpr int kDomCapacity = 61;
 

@@ -88,7 +88,7 @@ TEST(SpatializerParamCacheTest, ContentProfileSendsTheBuiltinEntriesButTheSpeake
 // The gains go into the effect's own bands, at most twenty of them, when the effect has the 41
 // values of its graphic EQ; the store keeps them whole either way, for the current profile.
 TEST(SpatializerParamCacheTest, GeqGainsAreStoredAndSentIntoTheEffectsBands) {
-    const std::vector<int> effectGeq = counting(1000, 1, 41);
+    const std::vector<int> effectGeq = counting(1000, 1, kGeqWords);
     const struct {
         const char* name;
         size_t bands;
@@ -113,10 +113,11 @@ TEST(SpatializerParamCacheTest, GeqGainsAreStoredAndSentIntoTheEffectsBands) {
         effect.setAnswer(kAll, code(GEBS), c.answer, c.result, c.reportedCount);
         effect.setCommitResult(3);
         EXPECT_EQ(c.sent ? 3 : -22, cache.setProfileGeqGains(gains, &effect));
-        std::vector<EffectCall> expected = {EffectCall::getParam(kAll, code(GEBS), 41)};
+        std::vector<EffectCall> expected = {EffectCall::getParam(kAll, code(GEBS), kGeqWords)};
         if (c.sent) {
             std::vector<int> geq = effectGeq;
-            std::copy_n(gains.begin(), std::min<size_t>(c.bands, 20), geq.begin() + 21);
+            std::copy_n(gains.begin(), std::min<size_t>(c.bands, kGeqBands),
+                        geq.begin() + kGeqGainsOffset);
             append(expected, {sent(kAll, GEBS, geq), EffectCall::commit(kAll)});
         }
         EXPECT_EQ(expected, effect.calls());

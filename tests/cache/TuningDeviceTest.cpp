@@ -85,11 +85,12 @@ TEST_F(CacheTuningDeviceTest, SelectionSendsOnlyANewDeviceOfThePort) {
         const char* device;
         int result;
         Calls calls;
-        // As the cache's debug line names the port.
+        // As the cache's debug line names the port: a number outside the name table shows as "?",
+        // as in the store's lines.
         const char* shownPort;
     } cases[] = {{3, "default_bluetooth", -22, {}, "headphone"},
                  {0, "default_headphone", -22, {}, "internal_speaker"},
-                 {9, "studio", -22, {}, "unknown"},
+                 {9, "studio", -22, {}, "?"},
                  {4, "default_bluetooth", 0, {}, "bluetooth"},
                  {3, "studio", 6, kStudioCalls, "headphone"}};
     for (const auto& c : cases) {

@@ -9,15 +9,15 @@ namespace {
 
 // A graphic-EQ entry of the tuning: 20 bands, their frequencies, then the given gains.
 std::vector<int> geqEntry(std::vector<int> gains) {
-    std::vector<int> values = counting(50, 50, 20);
-    values.insert(values.begin(), 20);
-    gains.resize(20, 0);
+    std::vector<int> values = counting(50, 50, kGeqBands);
+    values.insert(values.begin(), kGeqBands);
+    gains.resize(kGeqBands, 0);
     values.insert(values.end(), gains.begin(), gains.end());
     return values;
 }
 
-const std::vector<int> kTuningGeq = geqEntry(counting(100, 1, 20));
-const std::vector<int> kUserGains = counting(-1, -1, 20);
+const std::vector<int> kTuningGeq = geqEntry(counting(100, 1, kGeqBands));
+const std::vector<int> kUserGains = counting(-1, -1, kGeqBands);
 const std::vector<int> kSpeakerDom = {1, 0, 1, 15, 24, 7};
 const std::vector<int> kHeadphoneDom = {1, 1, 2};
 
@@ -94,8 +94,8 @@ TEST(UpdateContentProcEnabledTest, OnSendsTheSpeakerTuningsMatrixOnlyWhereItAppl
         effect.setCommitResult(4);
         EXPECT_EQ(4, SpatializerParamCache().updateContentProcEnabled(&effect, true, false));
         std::vector<EffectCall> expected = onWithTuningMatrix();
-        std::vector<int> gains = counting(100, 1, 20);
-        std::copy_n(kUserGains.begin(), std::min<size_t>(c.gains, 20), gains.begin());
+        std::vector<int> gains = counting(100, 1, kGeqBands);
+        std::copy_n(kUserGains.begin(), std::min<size_t>(c.gains, kGeqBands), gains.begin());
         expected[2] = sent(kAll, GEBS, geqEntry(gains));
         if (c.tunings == 0 || c.channels == 2 || !c.matrix) {
             expected[3] = sent(kSpeaker, DOM, kSpeakerDom);
@@ -221,7 +221,7 @@ TEST(UpdateContentProcEnabledTest, EarlierRulesWinOverTheEnginesClasses) {
     VexParamStore::setContentProcDisableParams({code(MDLE), code(DSOE)});
     RecordingEffect offEffect;
     EXPECT_EQ(0, SpatializerParamCache().updateContentProcEnabled(&offEffect, false, false));
-    std::vector<EffectCall> offSends = offEffect.calls(EffectCall::SET_PARAM);
+    std::vector<EffectCall> offSends = offEffect.calls(EffectCall::kSetParam);
     ASSERT_FALSE(offSends.empty());
     // Tuned per device wins over switching off; the classes decide the rest.
     EXPECT_EQ(sent(kSpeaker, DSOE, {1}), offSends.front());

@@ -3,7 +3,6 @@
 // where the cache meets what loading filed. Every case runs in a process of its own, each with
 // the store made from its file.
 
-#include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -18,11 +17,11 @@
 #include <vector>
 
 #include "LogCapture.h"
-#include "RecordingEffect.h"
 #include "SpatializerParamArrayTestPeer.h"
 #include "TestPaths.h"
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
+#include "platform/LocalProperties.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "store/SpatializerParamParser.h"
@@ -57,7 +56,8 @@ std::vector<BlobEntry> readBlob(std::vector<int> words) {
     int* end = words.data() + 2;
     parser.forEachEntry([&] {
         end = parser.mValues + parser.mNumValues;
-        entries.push_back({parser.mDeviceId, codeText(parser.mParamId), {parser.mValues, end}});
+        entries.push_back(
+            {parser.mDeviceId, vexParameterText(parser.mParamId), {parser.mValues, end}});
     });
     EXPECT_EQ(kAll, parser.mProfileId);
     EXPECT_EQ(end, words.data() + words.size()) << "words after the last entry";
@@ -195,8 +195,7 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
 
 // The user's gains persisted before the store is made replace those of the file's presets.
 TEST(UserGainsTest, RestoredAfterTheFileIsLoaded) {
-    ASSERT_TRUE(
-        android::base::SetProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10"));
+    korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
     LoadedStore loaded(testDataFile("loader-profiles.xml"));
     // Only profile 0 had gains from the file.
     EXPECT_EQ(

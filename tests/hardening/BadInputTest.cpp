@@ -22,8 +22,10 @@
 #include "TestPaths.h"
 #include "engine/EffectParamParser.h"
 #include "fuzz/StoreSnapshot.h"
+#include "model/OutputDevice.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamParser.h"
+#include "translator/VexParameter.h"
 
 namespace korva::test {
 namespace {
@@ -164,8 +166,8 @@ TEST_F(BadInputTest, FileReplacedWhileBeingReadLoadsWholeOrNothing) {
 }
 
 TEST(BadBlobTest, ExtremeCountsFollowEachReadersRules) {
-    constexpr int32_t kAll = 0x40000000;
-    constexpr int32_t kCode = 0x656c646d;  // "mdle"
+    constexpr int32_t kAll = kOutputDeviceAll;
+    constexpr int32_t kCode = vexParameterCode("mdle");
     // The store's reader counts an entry before reading it, so a cut-short last entry still
     // validates; the engine's reader refuses it. Neither reads outside the blob.
     const struct {

@@ -14,7 +14,6 @@
 #include <thread>
 #include <vector>
 
-#include "RecordingEffect.h"
 #include "SpatializerParamArrayTestPeer.h"
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"

@@ -1,7 +1,6 @@
 // What can differ between the x86_64 host and the AArch64 device: char signedness, word reads
 // from byte buffers, the size of long, and float-to-int conversions.
 
-#include <android-base/properties.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "engine/EffectParamParser.h"
+#include "platform/LocalProperties.h"
 #include "reader/String2Int.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamParser.h"
@@ -122,14 +122,14 @@ TEST(UserGainTruncationTest, GainsConvertAlikeOnEveryArchitecture) {
           56, 52,  48,  56,  64,  20,  -24, -28, -32, -32}},
     };
     test::ScopedHostRoot root;
-    android::base::SetProperty("ro.product.name", "portable");
+    korva::setLocalProperty("ro.product.name", "portable");
     SpatializerParamArray& store = android::Singleton<SpatializerParamArray>::getInstance();
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.name);
         std::vector<int> seed(20, 7);
         store.setProfileGeqGains(PROFILE_MOVIE, seed);
-        android::base::SetProperty("ro.vendor.audio.effect.eq.featuremask", c.featureMask);
-        android::base::SetProperty("persist.vendor.audio.sfx.hd.eq", c.gains);
+        korva::setLocalProperty("ro.vendor.audio.effect.eq.featuremask", c.featureMask);
+        korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", c.gains);
         store.restoreUserGEQ();
         EXPECT_EQ(c.stored, store.getProfileGeqGains(PROFILE_MOVIE));
     }

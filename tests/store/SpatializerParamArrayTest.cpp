@@ -1,17 +1,16 @@
 // Construction of the store, its built-in tables, its blob lookups and the choice of the tuning
 // file. Each test runs in a process of its own, so each builds the store afresh from the
 // properties it sets first.
-#include <android-base/properties.h>
-
 #include <algorithm>
 
 #include "StoreTest.h"
+#include "platform/LocalProperties.h"
 #include "store/SpatializerParamParser.h"
 
 namespace korva::test {
 namespace {
 
-using android::base::SetProperty;
+using korva::setLocalProperty;
 using S = SpatializerParamArray;
 
 constexpr const char* kOdmDefault = "/odm/etc/korva/kvx-default-spatializer.xml";
@@ -20,9 +19,9 @@ constexpr const char* kVendorDefault = "/vendor/etc/korva/kvx-default-spatialize
 constexpr const char* kOdmFs19xx = "/odm/etc/korva/kvx-fs19xx-spatializer.xml";
 
 TEST(SpatializerParamArrayTest, ConstructionReadsPropertiesPreselectsLoadsAndRestores) {
-    SetProperty("ro.product.name", "quenthorn");
-    SetProperty("persist.vendor.audio.pa.smartpa_type", "fs19xx");
-    SetProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
+    setLocalProperty("ro.product.name", "quenthorn");
+    setLocalProperty("persist.vendor.audio.pa.smartpa_type", "fs19xx");
+    setLocalProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
     ScopedHostRoot root;
     LogCapture log;
     SpatializerParamArray& store = SpatializerParamArray::getInstance();

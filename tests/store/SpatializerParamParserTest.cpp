@@ -1,6 +1,5 @@
 // The blob reader: its bounds-checked cursor, every malformed blob with its exact error lines, the
 // walk over a good blob, its traces per log level, and forEachEntry as the same walk.
-#include <android-base/properties.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +9,8 @@
 #include <vector>
 
 #include "LogCapture.h"
+#include "model/OutputDevice.h"
+#include "platform/LocalProperties.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/VexParameter.h"
 
@@ -19,9 +20,9 @@ namespace {
 using test::LogCapture;
 using Lines = std::vector<std::string>;
 
-constexpr int32_t kAll = 0x40000000;
-constexpr int32_t kSpk = 0x2;
-constexpr int32_t kHp = 0x8;
+constexpr int32_t kAll = kOutputDeviceAll;
+constexpr int32_t kSpk = kOutputDeviceSpeaker;
+constexpr int32_t kHp = kOutputDeviceWiredHeadphone;
 const int32_t kDsb = vexParameterCode(DSB);
 const int32_t kVmb = vexParameterCode(VMB);
 const int32_t kDom = vexParameterCode(DOM);
@@ -29,7 +30,7 @@ const int32_t kMdle = vexParameterCode(MDLE);
 const int32_t kIebs = vexParameterCode(IEBS);
 
 void setLogLevel(const std::string& level) {
-    android::base::SetProperty("persist.vendor.korva.loglevel", level);
+    korva::setLocalProperty("persist.vendor.korva.loglevel", level);
 }
 
 Lines parserLines(const LogCapture& log, int priority) {

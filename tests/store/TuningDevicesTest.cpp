@@ -43,6 +43,18 @@ TEST_F(TuningDevicesTest, AvailableDevicesAreSortedAndSpaceSeparatedPerPort) {
     EXPECT_TRUE(errors().empty());
 }
 
+// The speaker's tuning bound without a device id has the empty name, which sorts first: the
+// blank that precedes every later match then leads the list, and alone it is an empty list whose
+// buffer still holds one terminating zero.
+TEST_F(TuningDevicesTest, EmptyNamedDeviceIsAMatchLikeAnyOther) {
+    mPeer.addTuningDevice("", "internal_speaker");
+    EXPECT_EQ(" speaker_main", mStore.getAvailableTuningDevices(DEVICE_INTERNAL_SPEAKER));
+    EXPECT_EQ(14u, mStore.getAvailableTuningDevicesLen(DEVICE_INTERNAL_SPEAKER));
+    mPeer.addTuningDevice("", "miracast");
+    EXPECT_EQ("", mStore.getAvailableTuningDevices(DEVICE_MIRACAST));
+    EXPECT_EQ(1u, mStore.getAvailableTuningDevicesLen(DEVICE_MIRACAST));
+}
+
 // A port outside the name table is the caller's mistake: it matches nothing, is reported and
 // never reads past the table.
 TEST_F(TuningDevicesTest, PortsOutsideTheTableMatchNothing) {

@@ -1,12 +1,11 @@
 // Restoring the user's persisted ten-band graphic-EQ setting into the profiles' twenty-band gains.
-#include <android-base/properties.h>
-
 #include "StoreTest.h"
+#include "platform/LocalProperties.h"
 
 namespace korva::test {
 namespace {
 
-using android::base::SetProperty;
+using korva::setLocalProperty;
 
 const std::vector<int> kLoaded = {1, 2, 3};
 const std::vector<int> kOneToTenAdjusted = {-58, -50, -42, -34, -26, -18, -10, -2, 6,  14,
@@ -20,9 +19,9 @@ protected:
     // music profiles only); returns the gains then stored, the same for both.
     std::vector<int> restore(const std::string& gains, const std::string& mask = "0",
                              const std::string& product = "") {
-        SetProperty("persist.vendor.audio.sfx.hd.eq", gains);
-        SetProperty("ro.vendor.audio.effect.eq.featuremask", mask);
-        SetProperty("ro.product.name", product);
+        setLocalProperty("persist.vendor.audio.sfx.hd.eq", gains);
+        setLocalProperty("ro.vendor.audio.effect.eq.featuremask", mask);
+        setLocalProperty("ro.product.name", product);
         std::map<int, std::vector<int>>& stored = mPeer.profileGeqGains();
         stored = {{PROFILE_DYNAMIC, kLoaded}, {PROFILE_MUSIC, kLoaded}};
         mLog.clear();

@@ -111,6 +111,8 @@ class CheckTest(unittest.TestCase):
             "ieq_presets", "geq_presets", "profiles", "profile_endpoints", "tunings",
             "device_tunings")})
         ports = {p["port"]: p for p in summary["ports"]}
+        # The library lists the empty-named device first, as a leading blank.
+        self.assertEqual(ports["internal_speaker"]["tuning_devices"], ["", "speaker_game"])
         self.assertIn("default_usb", ports["usb"]["tuning_devices"])
 
     def test_a_repeated_profile_id_puts_both_profiles_endpoints_into_the_first_blob(self):
