@@ -60,7 +60,7 @@ def read_fuzzers(root):
         if not words or "TOOL" in words or "SOURCES" not in words:
             continue
         sources = words[words.index("SOURCES") + 1:]
-        fuzzers.append((words[0], ["fuzz/" + s for s in sources]))
+        fuzzers.append((words[0], [os.path.normpath("fuzz/" + s) for s in sources]))
     return fuzzers
 
 
