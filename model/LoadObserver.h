@@ -147,8 +147,9 @@ public:
     virtual void onDeviceTuning(const xmlNode* /*element*/, const DeviceTuning& /*binding*/) {}
     // A tuning without a data element, deleted before the walk of the document was cut.
     virtual void onRecordDropped(const ParameterValues& /*record*/) {}
-    // A setter starts reading the element into the record.
-    virtual void onSetter(const xmlNode* /*element*/, const ValueSetter& /*setter*/,
+    // A setter starts reading the element into the record. The setters and translators are the
+    // library's own, alive for the whole process: their names and sources may be asked for.
+    virtual void onSetter(const xmlNode* /*element*/, ValueSetter& /*setter*/,
                           const ParameterValues& /*record*/) {}
     // A value written into a record; element is null where no element is the cause.
     virtual void onValue(const xmlNode* /*element*/, const ParameterValues& /*record*/,
@@ -158,7 +159,7 @@ public:
     virtual void onParsed(TuningFileParser& /*parser*/) {}
 
     // The translators.
-    virtual void onTranslated(const Translator& /*translator*/, const ParameterValues& /*record*/,
+    virtual void onTranslated(Translator& /*translator*/, const ParameterValues& /*record*/,
                               int /*deviceId*/, int /*firstEntry*/, int /*endEntry*/) {}
 
     // The loader.

@@ -30,7 +30,7 @@ std::vector<int> parseDataRow(TagIterator& iterator) {
     if (!attributes.empty()) {
         const xmlNode* element = iterator.currentNode();
         ReadTrace::ignoredAfterFirst(element);
-        ReadTrace::readIntList(element, nullptr, attributes[0], row);
+        ReadTrace::readIntList(element, ReadTrace::firstAttributeName(element), attributes[0], row);
     }
     return row;
 }
@@ -52,7 +52,7 @@ std::vector<int> parseMixMatrix(TagIterator& iterator) {
             const xmlNode* element = iterator.currentNode();
             ReadTrace::structure(element, Structure::kSetterRow);
             ReadTrace::ignoredAfterFirst(element);
-            ReadTrace::readIntList(element, nullptr, row[0], matrix);
+            ReadTrace::readIntList(element, ReadTrace::firstAttributeName(element), row[0], matrix);
         }
     }
     iterator.popNode();

@@ -104,7 +104,7 @@ void keyword(const xmlNode* element, const char* attribute, const std::string& t
     }
 }
 
-void setter(const xmlNode* element, const ValueSetter& setter, const ParameterValues& record) {
+void setter(const xmlNode* element, ValueSetter& setter, const ParameterValues& record) {
     if (LoadObserver* observer = LoadObserver::current()) {
         tSeen.insert(element);
         observer->onSetter(element, setter, record);
@@ -137,6 +137,12 @@ void word(const xmlNode* element, const char* attribute, const std::string& text
     if (LoadObserver* observer = LoadObserver::current()) {
         observer->onNumber(element, attribute, text, value, NumberRead::kWord);
     }
+}
+
+const char* firstAttributeName(const xmlNode* element) {
+    return element != nullptr && element->type == XML_ELEMENT_NODE && element->properties != nullptr
+               ? reinterpret_cast<const char*>(element->properties->name)
+               : nullptr;
 }
 
 void ignoredAfterFirst(const xmlNode* element) {

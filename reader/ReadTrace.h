@@ -36,7 +36,7 @@ void lookup(const xmlNode* lookedAt, Structure expected, bool found);
 void keyword(const xmlNode* element, const char* attribute, const std::string& text, int value,
              bool recognised);
 void record(const xmlNode* element, const ParameterValues& record, RecordKind kind);
-void setter(const xmlNode* element, const ValueSetter& setter, const ParameterValues& record);
+void setter(const xmlNode* element, ValueSetter& setter, const ParameterValues& record);
 // A value written into a record, and by whom.
 void value(const xmlNode* element, const ParameterValues& record, Parameter parameter,
            const std::vector<int>& values, ValueSource source);
@@ -46,6 +46,8 @@ void write(const xmlNode* element, ParameterValues& record, Parameter parameter,
 
 // "true" or "false" read as 1 or 0.
 void word(const xmlNode* element, const char* attribute, const std::string& text, int value);
+// The name of the element's first attribute, or null.
+const char* firstAttributeName(const xmlNode* element);
 // The attributes after the element's first, which only the first-attribute readers pass over.
 void ignoredAfterFirst(const xmlNode* element);
 // Reports how the attribute's text reads as an int; value is what the caller made of it.

@@ -189,8 +189,7 @@ void LoadReport::onRecordDropped(const ParameterValues& record) {
     mRecordIndex.erase(&record);
 }
 
-void LoadReport::onSetter(const xmlNode* element, const ValueSetter&,
-                          const ParameterValues& record) {
+void LoadReport::onSetter(const xmlNode* element, ValueSetter&, const ParameterValues& record) {
     setters.push_back({nodeIndex(element), recordIndex(record)});
 }
 
@@ -227,7 +226,7 @@ void LoadReport::onParsed(TuningFileParser& parser) {
     }
 }
 
-void LoadReport::onTranslated(const Translator&, const ParameterValues& record, int deviceId,
+void LoadReport::onTranslated(Translator&, const ParameterValues& record, int deviceId,
                               int firstEntry, int endEntry) {
     translated.push_back(
         {recordIndex(record), static_cast<int>(blobs.size()) - 1, deviceId, firstEntry, endEntry});

@@ -169,12 +169,12 @@ struct LoadReport : public LoadObserver {
     void onRecord(const xmlNode* element, const ParameterValues& record, RecordKind kind) override;
     void onDeviceTuning(const xmlNode* element, const DeviceTuning& binding) override;
     void onRecordDropped(const ParameterValues& record) override;
-    void onSetter(const xmlNode* element, const ValueSetter& setter,
+    void onSetter(const xmlNode* element, ValueSetter& setter,
                   const ParameterValues& record) override;
     void onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
                  const std::vector<int>& values, ValueSource source) override;
     void onParsed(TuningFileParser& parser) override;
-    void onTranslated(const Translator& translator, const ParameterValues& record, int deviceId,
+    void onTranslated(Translator& translator, const ParameterValues& record, int deviceId,
                       int firstEntry, int endEntry) override;
     void onSpeakerTuning(const DeviceTuning* binding, const ParameterValues* tuning) override;
     void onLoaderDefault(LoaderDefault what) override;
