@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The main job: builds spatializer-paramtool and runs it on the bundled example tuning file, first
-# the linter's check and the store's summary, then every parameter blob the store builds from the
-# file. Needs what scripts/setup.sh installs. The build tree is build (or $KORVA_BUILD_DIR).
+# the check of what the library made of it and the store's summary, then every parameter blob the
+# store builds from the file. Needs what scripts/setup.sh installs. The build tree is build (or
+# $KORVA_BUILD_DIR).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${KORVA_BUILD_DIR:-$root/build}
