@@ -213,6 +213,28 @@ std::string blobTitle(const Report::Blob& blob) {
                          : "profile " + std::to_string(blob.profileId) + "'s blob";
 }
 
+// Records that went into no blob at all: a preset that no profile or endpoint takes (or that an
+// earlier one of the same id shadows), a tuning that no device is bound to.
+void unusedRecords(const LoadReport& report, std::vector<Finding>* out) {
+    std::set<int> used;
+    for (const Report::TranslatedEvent& event : report.translated) {
+        used.insert(event.record);
+    }
+    for (const Report::PartnerEvent& partner : report.partnersMissing) {
+        if (partner.what == MissingPartner::kEndpointOther) {
+            used.insert(partner.record);
+        }
+    }
+    for (size_t i = 0; i < report.records.size(); i++) {
+        const RecordSnapshot& record = report.records[i];
+        if (!record.dropped && used.count(static_cast<int>(i)) == 0) {
+            out->push_back(finding(
+                report, record.node, Severity::kWarning,
+                recordTitle(record) + " goes into no blob: nothing of it reaches the effect"));
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<Finding> LintRules::run(const LoadReport& report) {
@@ -229,6 +251,7 @@ std::vector<Finding> LintRules::run(const LoadReport& report) {
     textRead(report, &findings);
     valuesChanged(report, &findings);
     loaded(report, &findings);
+    unusedRecords(report, &findings);
     presetBands(report, &findings);
     std::stable_sort(findings.begin(), findings.end(),
                      [](const Finding& a, const Finding& b) { return a.at.line < b.at.line; });

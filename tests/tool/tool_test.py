@@ -152,6 +152,10 @@ class CheckTest(unittest.TestCase):
              "by the rules of format version 3.3.0", None),
             (tuning(profile(0, "p", SPEAKER, '<volume-modeler-enable value="1"/>\n'
                             '<volume-modeler-enable value="0"/>')), 'value="0"/>', "again", None),
+            # With its include missed, the endpoint takes preset 0; preset 2 reaches nothing.
+            (tuning('    <preset id="2" name="p2" type="ieq">\n    </preset>\n' + profile(
+                0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
+             '<preset id="2"', "IEQ preset 2 goes into no blob", None),
             (tuning('    <tuning name="t" endpoint_type="speaker" orientation="1" '
                     'output_channels="2">\n        <device_id id="x" endpoint_port="usb"/>\n'
                     '    </tuning>\n    <profile id="0" name="late"/>\n'),
