@@ -40,12 +40,18 @@ void sweep(LoadObserver& observer, const xmlNode* node, Skip why) {
 }  // namespace
 
 void beginDocument() {
-    tSeen.clear();
+    // Unobserved parses never touch the set: the thread keeps no state for a listener it lacks.
+    if (LoadObserver::current() != nullptr) {
+        tSeen.clear();
+    }
 }
 
 void endDocument(const xmlNode* root, const xmlNode* cutAt) {
     LoadObserver* observer = LoadObserver::current();
-    if (observer != nullptr && root != nullptr) {
+    if (observer == nullptr) {
+        return;
+    }
+    if (root != nullptr) {
         bool cut = false;
         for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
             sweep(*observer, node, cut ? Skip::kAfterCut : Skip::kNotWalked);
