@@ -16,12 +16,15 @@ AudioOptimizerValueSetter::AudioOptimizerValueSetter(std::string nodeName,
 
 void AudioOptimizerValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<std::vector<int>> columns(kAttrNames.size());
+    // The band elements are kept only for a listener, to say where each value came from.
     std::vector<const xmlNode*> bands;
-    const auto rows = NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", &bands);
+    const bool observed = LoadObserver::current() != nullptr;
+    const auto rows =
+        NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", observed ? &bands : nullptr);
     for (size_t row = 0; row < rows.size(); row++) {
+        const xmlNode* element = observed ? bands[row] : nullptr;
         for (size_t i = 0; i < rows[row].size(); i++) {
-            columns[i].push_back(
-                ReadTrace::readInt(bands[row], kAttrNames[i].c_str(), rows[row][i]));
+            columns[i].push_back(ReadTrace::readInt(element, kAttrNames[i].c_str(), rows[row][i]));
         }
     }
     setColumns(values, iterator, std::move(columns));

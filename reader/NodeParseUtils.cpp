@@ -15,10 +15,13 @@ int parseValue(TagIterator& iterator) {
     if (value.empty()) {
         return 0;
     }
-    if (value[0] == "true" || value[0] == "false") {
-        const int flag = value[0] == "true" ? 1 : 0;
-        ReadTrace::word(iterator.currentNode(), "value", value[0], flag);
-        return flag;
+    if (value[0] == "true") {
+        ReadTrace::word(iterator.currentNode(), "value", value[0], 1);
+        return 1;
+    }
+    if (value[0] == "false") {
+        ReadTrace::word(iterator.currentNode(), "value", value[0], 0);
+        return 0;
     }
     return ReadTrace::readInt(iterator.currentNode(), "value", value[0]);
 }

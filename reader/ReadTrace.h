@@ -1,62 +1,149 @@
 // The reader's side of the load observer: the events that need the reader's own knowledge of the
 // walk (which nodes a walk landed on, which first children it stepped over, what no walk reached)
-// and the conversions of attribute text, reported with the element they came from. Every function
-// returns at once when nobody listens on this thread.
+// and the conversions of attribute text, reported with the element they came from. Each entry
+// point tests for a listener inline and does nothing else when nobody listens on this thread;
+// the reporting itself is out of line.
 #pragma once
 
 #include <libxml/tree.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/LoadObserver.h"
 #include "model/Parameter.h"
+#include "model/ParameterValues.h"
+#include "reader/String2Int.h"
 
 namespace korva {
 
-class ParameterValues;
 class ValueSetter;
 
 namespace ReadTrace {
 
-// A parse starts and ends: the nodes seen so far are forgotten.
+// The reporting behind the entry points below, called only with a listener.
+namespace observed {
 void beginDocument();
+void endDocument(LoadObserver& observer, const xmlNode* root, const xmlNode* cutAt);
+void landed(LoadObserver& observer, const xmlNode* node);
+void steppedOver(LoadObserver& observer, const xmlNode* parent);
+void structure(LoadObserver& observer, const xmlNode* node, Structure what);
+void skipped(LoadObserver& observer, const xmlNode* node, Skip why);
+void setter(LoadObserver& observer, const xmlNode* element, ValueSetter& setter,
+            const ParameterValues& record);
+void record(LoadObserver& observer, const xmlNode* element, const ParameterValues& record,
+            RecordKind kind);
+void ignoredAfterFirst(LoadObserver& observer, const xmlNode* element);
+void number(LoadObserver& observer, const xmlNode* element, const char* attribute,
+            const std::string& text, int value);
+void readIntList(LoadObserver& observer, const xmlNode* element, const char* attribute,
+                 const std::string& text, std::vector<int>& out);
+}  // namespace observed
+
+// A parse starts and ends: the nodes seen so far are forgotten.
+inline void beginDocument() {
+    if (LoadObserver::current() != nullptr) {
+        observed::beginDocument();
+    }
+}
 // Reports every element that no walk of the document reached, the topmost of each subtree; the
 // root children after cutAt (when not null) as cut off, the others as not walked.
-void endDocument(const xmlNode* root, const xmlNode* cutAt);
+inline void endDocument(const xmlNode* root, const xmlNode* cutAt) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::endDocument(*observer, root, cutAt);
+    }
+}
 
 // The cursor moved onto the node in a walk: a comment or a text with content there is passed over.
 // An element counts as reached only through the events that say what became of it.
-void landed(const xmlNode* node);
+inline void landed(const xmlNode* node) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::landed(*observer, node);
+    }
+}
 // The cursor stepped into parent, over its first child.
-void steppedOver(const xmlNode* parent);
-void structure(const xmlNode* node, Structure what);
-void skipped(const xmlNode* node, Skip why);
-void lookup(const xmlNode* lookedAt, Structure expected, bool found);
-void keyword(const xmlNode* element, const char* attribute, const std::string& text, int value,
-             bool recognised);
-void record(const xmlNode* element, const ParameterValues& record, RecordKind kind);
-void setter(const xmlNode* element, ValueSetter& setter, const ParameterValues& record);
-// A value written into a record, and by whom.
-void value(const xmlNode* element, const ParameterValues& record, Parameter parameter,
-           const std::vector<int>& values, ValueSource source);
+inline void steppedOver(const xmlNode* parent) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::steppedOver(*observer, parent);
+    }
+}
+inline void structure(const xmlNode* node, Structure what) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::structure(*observer, node, what);
+    }
+}
+inline void skipped(const xmlNode* node, Skip why) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::skipped(*observer, node, why);
+    }
+}
+inline void lookup(const xmlNode* lookedAt, Structure expected, bool found) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onLookup(lookedAt, expected, found);
+    }
+}
+inline void keyword(const xmlNode* element, const char* attribute, const std::string& text,
+                    int value, bool recognised) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onKeyword(element, attribute, text, value, recognised);
+    }
+}
+inline void record(const xmlNode* element, const ParameterValues& record, RecordKind kind) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::record(*observer, element, record, kind);
+    }
+}
+inline void setter(const xmlNode* element, ValueSetter& setter, const ParameterValues& record) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::setter(*observer, element, setter, record);
+    }
+}
 // Sets the values and reports who wrote them.
-void write(const xmlNode* element, ParameterValues& record, Parameter parameter,
-           std::vector<int> values, ValueSource source);
+inline void write(const xmlNode* element, ParameterValues& record, Parameter parameter,
+                  std::vector<int>&& values, ValueSource source) {
+    record.set(parameter, std::move(values));
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onValue(element, record, parameter, record.values[parameter], source);
+    }
+}
 
 // "true" or "false" read as 1 or 0.
-void word(const xmlNode* element, const char* attribute, const std::string& text, int value);
+inline void word(const xmlNode* element, const char* attribute, const std::string& text, int value) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observer->onNumber(element, attribute, text, value, NumberRead::kWord);
+    }
+}
 // The name of the element's first attribute, or null.
 const char* firstAttributeName(const xmlNode* element);
 // The attributes after the element's first, which only the first-attribute readers pass over.
-void ignoredAfterFirst(const xmlNode* element);
+inline void ignoredAfterFirst(const xmlNode* element) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::ignoredAfterFirst(*observer, element);
+    }
+}
 // Reports how the attribute's text reads as an int; value is what the caller made of it.
-void number(const xmlNode* element, const char* attribute, const std::string& text, int value);
+inline void number(const xmlNode* element, const char* attribute, const std::string& text,
+                   int value) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::number(*observer, element, attribute, text, value);
+    }
+}
 // string2Int of the text, reported.
-int readInt(const xmlNode* element, const char* attribute, const std::string& text);
+inline int readInt(const xmlNode* element, const char* attribute, const std::string& text) {
+    const int value = string2Int(text);
+    number(element, attribute, text, value);
+    return value;
+}
 // string2IntVector of the text into out, reported.
-void readIntList(const xmlNode* element, const char* attribute, const std::string& text,
-                 std::vector<int>& out);
+inline void readIntList(const xmlNode* element, const char* attribute, const std::string& text,
+                        std::vector<int>& out) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::readIntList(*observer, element, attribute, text, out);
+    } else {
+        string2IntVector(text, out);
+    }
+}
 
 }  // namespace ReadTrace
 }  // namespace korva

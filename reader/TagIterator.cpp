@@ -41,6 +41,41 @@ std::string attributeValue(xmlNode* node, const xmlAttr* attribute) {
     return toString(value.get());
 }
 
+// parseNodeWithName for a listener: the same reading, and an account of every attribute asked
+// for, read or left unused.
+void readObserved(xmlNode* node, const std::vector<std::string>& names,
+                  std::vector<std::string>& out, LoadObserver& observer) {
+    std::vector<bool> found(names.size());
+    for (const xmlAttr* attribute = node->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        const char* name = reinterpret_cast<const char*>(attribute->name);
+        if (names.empty()) {
+            out.push_back(attributeValue(node, attribute));
+            observer.onAttribute(node, name, out.back(), AttributeRead::kRead);
+            continue;
+        }
+        bool used = false;
+        for (size_t i = 0; i < names.size(); i++) {
+            if (names[i] == name) {
+                out[i] = attributeValue(node, attribute);
+                found[i] = true;
+                used = true;
+                observer.onAttribute(node, name, out[i], AttributeRead::kRead);
+            }
+        }
+        if (!used) {
+            observer.onAttribute(node, name, attributeValue(node, attribute),
+                                 AttributeRead::kIgnored);
+        }
+    }
+    static const std::string kEmpty;
+    for (size_t i = 0; i < found.size(); i++) {
+        if (!found[i]) {
+            observer.onAttribute(node, names[i].c_str(), kEmpty, AttributeRead::kMissing);
+        }
+    }
+}
+
 }  // namespace
 
 int TagIterator::mInstanceCount = 0;
@@ -189,41 +224,23 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
     if (!names.empty()) {
         out.resize(names.size());
     }
-    LoadObserver* observer = LoadObserver::current();
-    // Which names found their attribute, for the listener's account of the missing ones.
-    std::vector<bool> found(observer != nullptr ? names.size() : 0);
+    if (LoadObserver* observer = LoadObserver::current()) {
+        readObserved(mCurrent, names, out, *observer);
+        return;
+    }
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
-        const char* name = reinterpret_cast<const char*>(attribute->name);
         if (names.empty()) {
             out.push_back(attributeValue(mCurrent, attribute));
-            if (observer != nullptr) {
-                observer->onAttribute(mCurrent, name, out.back(), AttributeRead::kRead);
-            }
             continue;
         }
         // Lengths first: most names differ in length, and this runs for every attribute read.
+        const char* name = reinterpret_cast<const char*>(attribute->name);
         const size_t length = strlen(name);
-        bool used = false;
         for (size_t i = 0; i < names.size(); i++) {
             if (names[i].size() == length && memcmp(names[i].data(), name, length) == 0) {
                 out[i] = attributeValue(mCurrent, attribute);
-                used = true;
-                if (observer != nullptr) {
-                    found[i] = true;
-                    observer->onAttribute(mCurrent, name, out[i], AttributeRead::kRead);
-                }
             }
-        }
-        if (observer != nullptr && !used) {
-            observer->onAttribute(mCurrent, name, attributeValue(mCurrent, attribute),
-                                  AttributeRead::kIgnored);
-        }
-    }
-    for (size_t i = 0; i < found.size(); i++) {
-        if (!found[i]) {
-            static const std::string kEmpty;
-            observer->onAttribute(mCurrent, names[i].c_str(), kEmpty, AttributeRead::kMissing);
         }
     }
 }

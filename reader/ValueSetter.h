@@ -3,10 +3,12 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/Parameter.h"
 #include "model/ParameterValues.h"
+#include "reader/ReadTrace.h"
 #include "reader/TagIterator.h"
 
 namespace korva {
@@ -28,7 +30,10 @@ protected:
 
     // Writes the parameter's values read from the element under the cursor.
     static void write(ParameterValues& values, TagIterator& iterator, Parameter parameter,
-                      std::vector<int> list);
+                      std::vector<int>&& list) {
+        ReadTrace::write(iterator.currentNode(), values, parameter, std::move(list),
+                         ValueSource::kFile);
+    }
 
 private:
     const std::string mNodeName;
