@@ -21,23 +21,11 @@ cleanup() {
 trap cleanup EXIT
 
 # build SIDE TREE: the library of TREE in Release, and korva-blob-dump of this checkout against it.
+# shellcheck source=bench/build-driver.sh
+. "$root/bench/build-driver.sh"
 build() {
-    local side=$1 tree=$2 out=$work/build-$1
-    echo "building $side ..." >&2
-    cmake -S "$tree" -B "$out" -DCMAKE_BUILD_TYPE=Release -DKORVA_BUILD_BENCH=ON \
-        -DKORVA_BUILD_TESTS=OFF -DKORVA_BUILD_TOOLS=OFF -DKORVA_BUILD_FUZZ=OFF >/dev/null
-    cmake --build "$out" -j 2 --target spatializerparamstorage korva-gen-tuning >/dev/null
-    local flags=$out/bench/CMakeFiles/korva-load-once.dir/flags.make
-    local defines includes cxxflags
-    defines=$(sed -n 's/^CXX_DEFINES = //p' "$flags")
-    includes=$(sed -n 's/^CXX_INCLUDES = //p' "$flags")
-    cxxflags=$(sed -n 's/^CXX_FLAGS = //p' "$flags")
-    # shellcheck disable=SC2086
-    c++ $cxxflags $defines $includes "$root/bench/BlobDump.cpp" -o "$work/blob-dump-$side" \
-        -Wl,-rpath,"$out:$out/engine:$out/platform:/usr/lib/x86_64-linux-gnu/android" \
-        "$out/libspatializerparamstorage.so" "$out/engine/libvexparamstore.so" \
-        "$out/platform/libkorva_host_platform.so" -lxml2 -L/usr/lib/x86_64-linux-gnu/android \
-        -llog -lutils -lcutils -lbase
+    echo "building $1 ..." >&2
+    build_driver "$2" "$work/build-$1" "$root/bench/BlobDump.cpp" "$work/blob-dump-$1"
 }
 git -C "$root" worktree add --detach "$work/tree-base" "$base" >/dev/null 2>&1
 build base "$work/tree-base"
