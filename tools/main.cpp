@@ -10,6 +10,7 @@
 #include "tools/DiffCommand.h"
 #include "tools/DumpCommand.h"
 #include "tools/ExampleFile.h"
+#include "tools/ExplainCommand.h"
 #include "tools/LibraryLog.h"
 #include "tools/SimulateCommand.h"
 #include "tools/ToolOutput.h"
@@ -65,6 +66,7 @@ int main(int argc, char** argv) {
     CLI::Option* deviceOption =
         blobsCommand->add_option("--device", blobs.device, "only this tuning device");
     blobsCommand->add_flag("--builtin", blobs.builtin, "the built-in tables instead of the file's");
+    blobsCommand->add_flag("--raw", blobs.raw, "list entries as words, not bands and rows");
 
     SimulateCommand::Options simulate;
     std::vector<std::string> simulateWords;
@@ -86,6 +88,17 @@ int main(int argc, char** argv) {
     diffCommand->add_option("files", diffFiles, "A B (one file: the bundled example against it)")
         ->expected(0, 2);
     addCommonOptions(diffCommand, &diff.common);
+
+    ExplainCommand::Options explain;
+    CLI::App* explainCommand = app.add_subcommand(
+        "explain", "trace the entries of one effect code back to the file's lines and rules");
+    explainCommand->add_option("file", explain.common.file, "tuning file")->required();
+    explainCommand->add_option("code", explain.code, "effect code, as blobs prints it")->required();
+    explainCommand->add_option("--profile", explain.profile, "only this profile (name or id)");
+    CLI::Option* explainDevice =
+        explainCommand->add_option("--device", explain.device, "only this tuning device");
+    explainCommand->add_flag("--raw", explain.raw, "list entries as words, not bands and rows");
+    addCommonOptions(explainCommand, &explain.common);
 
     try {
         app.parse(argc, argv);
@@ -127,6 +140,11 @@ int main(int argc, char** argv) {
         fileOrExample(simulate.common.file);
         simulate.steps.assign(simulateWords.begin() + first, simulateWords.end());
         return SimulateCommand::run(simulate);
+    }
+    if (app.got_subcommand(explainCommand)) {
+        LibraryLog::install(explain.common.verbose);
+        explain.hasDevice = explainDevice->count() > 0;
+        return ExplainCommand::run(explain);
     }
     if (app.got_subcommand(diffCommand)) {
         LibraryLog::install(diff.common.verbose);
