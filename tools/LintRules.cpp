@@ -63,25 +63,6 @@ std::string parentTag(const Report& report, int index) {
     return parent.isElement ? tag(parent.name) : std::string("the document");
 }
 
-std::string recordTitle(const RecordSnapshot& record) {
-    switch (record.kind) {
-        case RecordKind::kProfile:
-            return "profile " + std::to_string(record.profileId) + " " + quoted(record.name);
-        case RecordKind::kProfileEndpoint:
-            return std::string(record.endpoint >= 0 && record.endpoint < kNumEndpoints
-                                   ? kEndpointNames[record.endpoint]
-                                   : "?") +
-                   " endpoint of profile " + std::to_string(record.profileId);
-        case RecordKind::kTuning:
-            return "tuning " + quoted(record.name);
-        case RecordKind::kIeqPreset:
-            return "IEQ preset " + std::to_string(record.presetId);
-        case RecordKind::kGeqPreset:
-            return "GEQ preset of profile " + std::to_string(record.profileId);
-    }
-    return "record";
-}
-
 const char* kindName(RecordKind kind) {
     switch (kind) {
         case RecordKind::kProfile:
@@ -108,7 +89,7 @@ Note note(const Report& report, int node, std::string message) {
 
 Note recordNote(const Report& report, int record, const std::string& message) {
     const RecordSnapshot& snapshot = report.records[record];
-    return note(report, snapshot.node, recordTitle(snapshot) + " " + message);
+    return note(report, snapshot.node, snapshot.title() + " " + message);
 }
 
 size_t editDistance(const std::string& a, const std::string& b) {
@@ -229,9 +210,9 @@ void unusedRecords(const LoadReport& report, std::vector<Finding>* out) {
     for (size_t i = 0; i < report.records.size(); i++) {
         const RecordSnapshot& record = report.records[i];
         if (!record.dropped && used.count(static_cast<int>(i)) == 0) {
-            out->push_back(finding(
-                report, record.node, Severity::kWarning,
-                recordTitle(record) + " goes into no blob: nothing of it reaches the effect"));
+            out->push_back(
+                finding(report, record.node, Severity::kWarning,
+                        record.title() + " goes into no blob: nothing of it reaches the effect"));
         }
     }
 }
@@ -571,8 +552,8 @@ void LintRules::emptyEntries(const LoadReport& report, std::vector<Finding>* out
             auto [at, isNew] = made.emplace(std::make_pair(event.record, code), out->size());
             if (isNew) {
                 out->push_back(finding(report, record.node, Severity::kWarning,
-                                       recordTitle(record) + " has no " + names +
-                                           ": the effect gets " + quoted(code) + " with no values"));
+                                       record.title() + " has no " + names + ": the effect gets " +
+                                           quoted(code) + " with no values"));
             }
             (*out)[at->second].notes.push_back(
                 note(report, record.node,
@@ -597,9 +578,9 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
     }
     for (const RecordSnapshot& record : report.records) {
         if (record.dropped) {
-            Finding f = finding(
-                report, record.node, Severity::kError,
-                recordTitle(record) + " has no data element: the reader drops it and stops");
+            Finding f =
+                finding(report, record.node, Severity::kError,
+                        record.title() + " has no data element: the reader drops it and stops");
             f.notes = cutElements(report);
             out->push_back(std::move(f));
         }
@@ -613,7 +594,7 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
         const RecordSnapshot* record =
             partner.record >= 0 ? &report.records[partner.record] : nullptr;
         const int node = record != nullptr ? record->node : partner.binding.node;
-        const std::string title = record != nullptr ? recordTitle(*record) : "";
+        const std::string title = record != nullptr ? record->title() : "";
         const std::string device = "tuning device " + quoted(partner.binding.device);
         switch (partner.what) {
             case MissingPartner::kGeqPreset:
@@ -651,8 +632,8 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
     const int speaker = report.speakerTuning;
     for (LoaderDefault what : report.loaderDefaults) {
         const int node = speaker >= 0 ? report.records[speaker].node : -1;
-        const std::string title = speaker >= 0 ? recordTitle(report.records[speaker])
-                                               : std::string("the speaker's tuning");
+        const std::string title =
+            speaker >= 0 ? report.records[speaker].title() : std::string("the speaker's tuning");
         Finding f = finding(report, node, Severity::kWarning,
                             what == LoaderDefault::kMixMatrix
                                 ? title +
@@ -703,10 +684,10 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
             report, snapshot.node, Severity::kWarning,
             blob.fate == BlobFate::kDropped
                 ? "profile id " + std::to_string(blob.profileId) +
-                      " is used again: the blob built for " + recordTitle(snapshot) +
+                      " is used again: the blob built for " + snapshot.title() +
                       " is dropped; the blob of the first profile of the id is kept, and the "
                       "endpoints of both go into it"
-                : recordTitle(snapshot) + " replaces the blob of " + quoted(blob.device) +
+                : snapshot.title() + " replaces the blob of " + quoted(blob.device) +
                       " that an earlier tuning made");
         for (size_t k = 0; k < report.blobs.size(); k++) {
             const Report::Blob& kept = report.blobs[k];
@@ -764,7 +745,7 @@ void LintRules::presetBands(const LoadReport& report, std::vector<Finding>* out)
     for (const RecordSnapshot* preset : report.ofKind(RecordKind::kIeqPreset)) {
         const size_t frequencies = count(*preset, IEQ_FREQUENCY);
         const size_t targets = count(*preset, IEQ_TARGET);
-        const std::string title = recordTitle(*preset);
+        const std::string title = preset->title();
         if (frequencies != targets) {
             out->push_back(finding(report, preset->node, Severity::kWarning,
                                    title + " has " + std::to_string(frequencies) +
@@ -777,9 +758,9 @@ void LintRules::presetBands(const LoadReport& report, std::vector<Finding>* out)
         } else if (frequencies != count(*first, IEQ_FREQUENCY)) {
             Finding f = finding(report, preset->node, Severity::kWarning,
                                 title + " has " + std::to_string(frequencies) + " bands, but " +
-                                    recordTitle(*first) + " has " +
+                                    first->title() + " has " +
                                     std::to_string(count(*first, IEQ_FREQUENCY)));
-            f.notes.push_back(note(report, first->node, recordTitle(*first) + " is here"));
+            f.notes.push_back(note(report, first->node, first->title() + " is here"));
             out->push_back(std::move(f));
         }
     }
@@ -795,7 +776,7 @@ void LintRules::presetBands(const LoadReport& report, std::vector<Finding>* out)
         for (const BlobEntry& entry : entriesOf(report, event)) {
             if (BlobDecoder::codeText(entry.code) == "gebs" && entry.values.size() != kGebsValues) {
                 out->push_back(finding(report, record.node, Severity::kWarning,
-                                       recordTitle(record) + " makes a \"gebs\" of " +
+                                       record.title() + " makes a \"gebs\" of " +
                                            std::to_string(entry.values.size()) +
                                            " values: the effect gets \"gebs\" only with 41 (20 "
                                            "bands), so this graphic EQ never reaches it"));

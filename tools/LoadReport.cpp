@@ -10,6 +10,7 @@
 #include "model/Tuning.h"
 #include "reader/NodeInfo.h"
 #include "reader/TuningFileParser.h"
+#include "translator/Translator.h"
 
 namespace korva::tool {
 
@@ -23,6 +24,25 @@ void addInOrder(const std::set<T*>& set, std::vector<const ParameterValues*>* ou
 }
 
 }  // namespace
+
+std::string RecordSnapshot::title() const {
+    const std::string quotedName = "\"" + name + "\"";
+    switch (kind) {
+        case RecordKind::kProfile:
+            return "profile " + std::to_string(profileId) + " " + quotedName;
+        case RecordKind::kProfileEndpoint:
+            return std::string(endpoint >= 0 && endpoint < kNumEndpoints ? kEndpointNames[endpoint]
+                                                                         : "?") +
+                   " endpoint of profile " + std::to_string(profileId);
+        case RecordKind::kTuning:
+            return "tuning " + quotedName;
+        case RecordKind::kIeqPreset:
+            return "IEQ preset " + std::to_string(presetId);
+        case RecordKind::kGeqPreset:
+            return "GEQ preset of profile " + std::to_string(profileId);
+    }
+    return "record";
+}
 
 std::vector<const RecordSnapshot*> LoadReport::ofKind(RecordKind kind) const {
     std::vector<const RecordSnapshot*> out;
@@ -226,10 +246,10 @@ void LoadReport::onParsed(TuningFileParser& parser) {
     }
 }
 
-void LoadReport::onTranslated(Translator&, const ParameterValues& record, int deviceId,
+void LoadReport::onTranslated(Translator& translator, const ParameterValues& record, int deviceId,
                               int firstEntry, int endEntry) {
-    translated.push_back(
-        {recordIndex(record), static_cast<int>(blobs.size()) - 1, deviceId, firstEntry, endEntry});
+    translated.push_back({recordIndex(record), static_cast<int>(blobs.size()) - 1, deviceId,
+                          firstEntry, endEntry, translator.getSrcParams()});
 }
 
 void LoadReport::onSpeakerTuning(const DeviceTuning* binding, const ParameterValues* tuning) {

@@ -42,6 +42,9 @@ struct RecordSnapshot {
     bool dropped = false;  // deleted before the reading ended
     std::map<Parameter, std::vector<int>> values;
     std::set<Parameter> validParams;
+
+    // "profile 1 \"movie\"", "speaker endpoint of profile 1", "tuning \"spk\"", "IEQ preset 2"...
+    std::string title() const;
 };
 
 struct BindingSnapshot {
@@ -97,6 +100,7 @@ struct LoadReport : public LoadObserver {
         int deviceId;
         int firstEntry;
         int endEntry;
+        std::vector<Parameter> sources;  // the parameters the translator consumes
     };
     struct Blob {
         bool isTuning;

@@ -1,24 +1,23 @@
 #include "translator/AudioOptimizerTranslator.h"
 
+#include "translator/ListLayout.h"
+
 namespace korva {
 
 void AudioOptimizerTranslator::vexTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint,
                                             bool) {
-    std::vector<int>& frequencies = values.values[AUDIO_OPTIMIZER_FREQUENCY];
+    const auto column = [&values](int index) { return &values.values[kAobsColumns[index].source]; };
+    std::vector<int>& frequencies = *column(0);
     std::vector<int> bandCount = {static_cast<int>(frequencies.size())};
     // The optimiser exists for stereo and four-channel outputs only; other layouts get no bands.
     int channels = firstValue(values.values[OUTPUT_CHANNELS]);
     if (channels == 4) {
         std::vector<int> channelCount = {4};
-        cmd.add(AOBS,
-                {&bandCount, &channelCount, &frequencies, &values.values[AUDIO_OPTIMIZER_GAIN_L],
-                 &values.values[AUDIO_OPTIMIZER_GAIN_R], &values.values[AUDIO_OPTIMIZER_GAIN_LS],
-                 &values.values[AUDIO_OPTIMIZER_GAIN_RS]});
+        cmd.add(AOBS, {&bandCount, &channelCount, &frequencies, column(1), column(2), column(3),
+                       column(4)});
     } else if (channels == 2) {
         std::vector<int> channelCount = {2};
-        cmd.add(AOBS,
-                {&bandCount, &channelCount, &frequencies, &values.values[AUDIO_OPTIMIZER_GAIN_L],
-                 &values.values[AUDIO_OPTIMIZER_GAIN_R]});
+        cmd.add(AOBS, {&bandCount, &channelCount, &frequencies, column(1), column(2)});
     }
 }
 

@@ -1,5 +1,7 @@
 #include "translator/AudioRegulatorTranslator.h"
 
+#include "translator/ListLayout.h"
+
 namespace korva {
 
 void AudioRegulatorTranslator::vexTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint,
@@ -13,10 +15,9 @@ void AudioRegulatorTranslator::vexTranslate(SetParamCommand& cmd, ParameterValue
     }
     cmd.add(ARSA, {&channels, &stress});
 
-    std::vector<int>& frequencies = values.values[REGULATOR_FREQUENCY];
-    cmd.add(ARBS, static_cast<int>(frequencies.size()),
-            {&frequencies, &values.values[REGULATOR_THRESHOLD_LOW],
-             &values.values[REGULATOR_THRESHOLD_HIGH], &values.values[REGULATOR_ISOLATED_BAND]});
+    const auto band = [&values](int index) { return &values.values[kArbsColumns[index].source]; };
+    std::vector<int>& frequencies = *band(0);
+    cmd.add(ARBS, static_cast<int>(frequencies.size()), {&frequencies, band(1), band(2), band(3)});
 
     if (firstValue(values.values[REGULATOR_SIBILANCE_SUPPRESS_ENABLE]) != 1) {
         return;

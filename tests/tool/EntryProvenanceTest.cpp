@@ -1,0 +1,233 @@
+// Where the entries of the bundled example's blobs come from, checked against lines read by hand
+// from examples/kvx-default-spatializer.xml, and the units the list layouts give their words.
+// The example is loaded once: a process holds one parameter store.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/OutputDevice.h"
+#include "tools/EntryProvenance.h"
+#include "tools/EntryView.h"
+#include "tools/ExampleFile.h"
+#include "tools/StoreSession.h"
+
+namespace korva::tool {
+namespace {
+
+class ExampleProvenanceTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { sSession = StoreSession::open(ExampleFile::path()); }
+
+    static const LoadReport& report() { return sSession->report(); }
+
+    // The entry of a blob with the device and code; fails the test when there is none.
+    static EntrySource entry(const std::vector<EntrySource>& blob, int device, const char* code) {
+        for (const EntrySource& source : blob) {
+            if (source.deviceId == device && source.code == vexParameterCode(code)) {
+                return source;
+            }
+        }
+        ADD_FAILURE() << "no entry " << code << " for device " << device;
+        return {};
+    }
+
+    static std::unique_ptr<StoreSession> sSession;
+};
+
+std::unique_ptr<StoreSession> ExampleProvenanceTest::sSession;
+
+// The first element each parameter's first file write was read from.
+struct Expected {
+    int device;
+    const char* code;
+    const char* parameter;
+    const char* record;
+    long line;
+    const char* attribute;  // an attribute of that element, or of the first row below it
+    const char* text;
+};
+
+TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) {
+    ASSERT_NE(sSession, nullptr);
+    const EntryProvenance provenance(report());
+    const int movie = provenance.profileBlob(1);
+    const int speakerTuning = provenance.tuningBlob("");
+    ASSERT_GE(movie, 0);
+    ASSERT_GE(speakerTuning, 0);
+    const std::vector<EntrySource> movieBlob = provenance.ofBlob(movie);
+    const std::vector<EntrySource> tuningBlob = provenance.ofBlob(speakerTuning);
+
+    // Lines read by hand from the example.
+    const Expected kMovie[] = {
+        {kOutputDeviceAll, "mdle", "mi_dv_leveler_steering_enable", "profile 1 \"movie\"", 372,
+         "value", "true"},
+        {kOutputDeviceSpeaker, "dea", "dialog_enhancer_amount", "speaker endpoint of profile 1",
+         387, "value", "8"},
+        {kOutputDeviceBluetoothA2dp, "dea", "dialog_enhancer_amount",
+         "headphone endpoint of profile 1", 417, "value", "8"},
+        {kOutputDeviceSpeaker, "iebs", "ieq_frequency", "IEQ preset 1", 52, "frequency", "47"},
+        {kOutputDeviceSpeaker, "iebs", "ieq_target", "IEQ preset 1", 52, "target", "80"},
+    };
+    const Expected kTuning[] = {
+        {kOutputDeviceSpeaker, "svm", "speaker_virtualizer_mode", "tuning \"speaker_stereo\"", 685,
+         "value", "2"},
+    };
+    const auto check = [](const std::vector<EntrySource>& blob, const Expected& expected) {
+        SCOPED_TRACE(std::string(expected.code) + " " + expected.parameter);
+        const EntrySource source =
+            ExampleProvenanceTest::entry(blob, expected.device, expected.code);
+        const SourceParameter* found = nullptr;
+        for (const SourceParameter& parameter : source.parameters) {
+            found = parameter.name == expected.parameter ? &parameter : found;
+        }
+        ASSERT_NE(found, nullptr) << source.summary();
+        EXPECT_EQ(found->recordName, expected.record);
+        ASSERT_FALSE(found->steps.empty());
+        const ValueStep& read = found->steps.front();
+        EXPECT_EQ(read.source, ValueSource::kFile);
+        ASSERT_FALSE(read.elements.empty());
+        EXPECT_EQ(read.elements.front().line, expected.line);
+        EXPECT_NE(source.summary().find("line " + std::to_string(expected.line)), std::string::npos)
+            << source.summary();
+        // The attribute text stands on the element itself or on its first row.
+        bool seen = false;
+        for (size_t e = 0; e < read.elements.size() && e < 2; e++) {
+            for (const auto& [name, text] : read.elements[e].attributes) {
+                seen = seen || (name == expected.attribute && text == expected.text);
+            }
+        }
+        EXPECT_TRUE(seen);
+    };
+    for (const Expected& expected : kMovie) {
+        check(movieBlob, expected);
+    }
+    for (const Expected& expected : kTuning) {
+        check(tuningBlob, expected);
+    }
+}
+
+TEST_F(ExampleProvenanceTest, RulesAreNamedWhereTheyChangedAValue) {
+    ASSERT_NE(sSession, nullptr);
+    const EntryProvenance provenance(report());
+    const std::vector<EntrySource> movie = provenance.ofBlob(provenance.profileBlob(1));
+    // The speaker's "dom" carries the speaker tuning's matrix, which the loader gave the endpoint:
+    // the rule first, then the speaker_stereo tuning's output-mode element (hand-read line 694).
+    const EntrySource dom = entry(movie, kOutputDeviceSpeaker, "dom");
+    const SourceParameter* matrix = nullptr;
+    for (const SourceParameter& parameter : dom.parameters) {
+        matrix = parameter.parameter == OUTPUT_MIX_MATRIX ? &parameter : matrix;
+    }
+    ASSERT_NE(matrix, nullptr) << dom.summary();
+    ASSERT_EQ(matrix->steps.size(), 2u);
+    EXPECT_EQ(matrix->steps[0].source, ValueSource::kLoaderMixMatrix);
+    EXPECT_EQ(matrix->steps[0].rule, "loader rule: the speaker tuning's mix matrix");
+    EXPECT_EQ(matrix->steps[1].record, "tuning \"speaker_stereo\"");
+    ASSERT_GE(matrix->steps[1].elements.size(), 2u);
+    EXPECT_EQ(matrix->steps[1].elements[0].line, 694);
+    EXPECT_EQ(matrix->steps[1].elements[0].name, "output-mode");
+    // The first row read below it is the first matrix's layout row.
+    bool layoutRow = false;
+    for (const ReadElement& element : matrix->steps[1].elements) {
+        layoutRow = layoutRow || (element.line == 696 && element.name == "layout");
+    }
+    EXPECT_TRUE(layoutRow);
+    EXPECT_NE(dom.summary().find("loader rule"), std::string::npos) << dom.summary();
+
+    // The built-in tables name themselves, not a file.
+    const std::vector<EntrySource> builtin = EntryProvenance::ofBuiltin("movie", {1, 1, 2, 3, 1, 0});
+    ASSERT_EQ(builtin.size(), 1u);
+    EXPECT_EQ(builtin[0].summary(), "built-in table \"movie\"");
+    EXPECT_TRUE(builtin[0].parameters.empty());
+}
+
+TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
+    ASSERT_NE(sSession, nullptr);
+    const EntryProvenance provenance(report());
+    const std::vector<EntrySource> movie = provenance.ofBlob(provenance.profileBlob(1));
+
+    // IEQ preset "detailed", first band hand-read from line 55: 47 Hz, target 80 (5 dB).
+    const EntrySource iebs = entry(movie, kOutputDeviceSpeaker, "iebs");
+    const EntryView bands = EntryView::decode(iebs.code, iebs.values);
+    ASSERT_EQ(bands.kind, EntryView::Kind::kBands);
+    EXPECT_TRUE(bands.complete);
+    EXPECT_EQ(bands.bands, 20);
+    ASSERT_EQ(bands.columns.size(), 2u);
+    EXPECT_EQ(bands.columns[0].raw[0], 47);
+    EXPECT_EQ(bands.columns[1].raw[0], 80);
+    EXPECT_EQ(bands.lines()[0], "band 1: 47 Hz  target 5 dB (80)");
+    EXPECT_EQ(bands.locate(1 + 20 + 2), "band 3 (234 Hz) target");
+
+    // The speaker_stereo matrices (lines 696-724): layout 15 with 24 coefficients first, its
+    // third row (c, line 699) 11583 twice, its fifth (ls, line 701) 14189 and 0.
+    const EntrySource dom = entry(movie, kOutputDeviceSpeaker, "dom");
+    const EntryView mode = EntryView::decode(dom.code, dom.values);
+    ASSERT_EQ(mode.kind, EntryView::Kind::kOutputMode);
+    EXPECT_TRUE(mode.complete);
+    EXPECT_EQ(mode.endpoint, 0);
+    EXPECT_EQ(mode.orientation, 1);
+    ASSERT_EQ(mode.matrices.size(), 3u);
+    EXPECT_EQ(mode.matrices[0].layout, 15);
+    EXPECT_EQ(mode.matrices[0].rows.size(), 12u);
+    EXPECT_EQ(mode.matrices[1].layout, 11);
+    EXPECT_EQ(mode.matrices[2].rows.size(), 6u);
+    EXPECT_EQ(mode.matrices[0].rows[2], (std::vector<int>{11583, 11583}));
+    const std::vector<std::string> lines = mode.lines();
+    ASSERT_GT(lines.size(), 6u);
+    EXPECT_EQ(lines[1], "matrix 1: layout 15, 24 coefficients (Q14)");
+    EXPECT_EQ(lines[4], "  row 3: 0.7070 0.7070  (11583 11583)");
+    EXPECT_EQ(lines[6], "  row 5: 0.8660 0.0000  (14189 0)");
+    EXPECT_EQ(mode.locate(3 + 2 + 4 + 1), "matrix 1 (layout 15) row 3 right");
+}
+
+struct LayoutCase {
+    const char* name;
+    const char* code;
+    std::vector<int> words;
+    bool complete;
+    std::vector<std::string> lines;
+};
+
+TEST(EntryViewTest, ReadsEachLayoutAndSaysWhenTheCountsDoNotMatch) {
+    const LayoutCase kCases[] = {
+        {"stereo optimiser",
+         "aobs",
+         {2, 2, 100, 1000, 16, -8, 0, 4},
+         true,
+         {"band 1: 100 Hz  gain_l 1 dB (16)  gain_r 0 dB (0)",
+          "band 2: 1000 Hz  gain_l -0.5 dB (-8)  gain_r 0.25 dB (4)"}},
+        {"regulator",
+         "arbs",
+         {1, 47, -192, -96, 1},
+         true,
+         {"band 1: 47 Hz  threshold_low -12 dB (-192)  threshold_high -6 dB (-96)  "
+          "isolated_band yes"}},
+        {"gains cut short",
+         "gebs",
+         {2, 100, 200, 32},
+         false,
+         {"band 1: 100 Hz  gain 2 dB (32)", "band 2: 200 Hz",
+          "(the words do not match the layout's counts)"}},
+        {"headphone mode", "dom", {1, 1, 2}, true, {"enable 1, endpoint 1, orientation 2"}},
+        {"matrix cut short",
+         "dom",
+         {1, 0, 1, 15, 4, 16384, 0, 8192},
+         false,
+         {"enable 1, endpoint 0, orientation 1", "matrix 1: layout 15, 4 coefficients (Q14)",
+          "  row 1: 1.0000 0.0000  (16384 0)", "  row 2: 0.5000  (8192)",
+          "(the words do not match the layout's counts)"}},
+        {"no layout", "dea", {4}, true, {}},
+    };
+    for (const LayoutCase& c : kCases) {
+        SCOPED_TRACE(c.name);
+        const EntryView view = EntryView::decode(vexParameterCode(c.code), c.words);
+        EXPECT_EQ(view.complete, c.complete);
+        EXPECT_EQ(view.lines(), c.lines);
+        EXPECT_EQ(view.toJson()["raw"], Json(c.words));
+    }
+}
+
+}  // namespace
+}  // namespace korva::tool

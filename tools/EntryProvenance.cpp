@@ -1,0 +1,358 @@
+#include "tools/EntryProvenance.h"
+
+#include <algorithm>
+#include <set>
+
+#include "tools/BlobDecoder.h"
+#include "translator/ListLayout.h"
+
+namespace korva::tool {
+
+namespace {
+
+// The parameters of the translation that the entry's layout names; the translation's others
+// when the entry has no layout, less those a sibling entry's layout claims.
+std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& translation,
+                                       const DecodedBlob& blob, size_t entry) {
+    const auto layoutOf = [&blob](size_t index) {
+        return index < blob.entries.size() ? bandListLayout(blob.entries[index].code) : nullptr;
+    };
+    const auto offered = [&translation](Parameter parameter) {
+        return std::find(translation.sources.begin(), translation.sources.end(), parameter) !=
+               translation.sources.end();
+    };
+    std::vector<Parameter> parameters;
+    if (const BandListLayout* layout = layoutOf(entry)) {
+        int columns = layout->numColumns;
+        const std::vector<int32_t>& values = blob.entries[entry].values;
+        if (layout->perChannel && values.size() > 1 && values[1] >= 0) {
+            columns = std::min(columns, values[1] + 1);
+        }
+        for (int c = 0; c < columns; c++) {
+            if (offered(layout->columns[c].source)) {
+                parameters.push_back(layout->columns[c].source);
+            }
+        }
+        return parameters;
+    }
+    std::set<Parameter> claimed;
+    for (int other = translation.firstEntry; other < translation.endEntry; other++) {
+        if (const BandListLayout* layout = layoutOf(static_cast<size_t>(other))) {
+            for (int c = 0; c < layout->numColumns; c++) {
+                claimed.insert(layout->columns[c].source);
+            }
+        }
+    }
+    for (Parameter parameter : translation.sources) {
+        if (claimed.count(parameter) == 0) {
+            parameters.push_back(parameter);
+        }
+    }
+    return parameters;
+}
+
+EntrySource entryOf(const DecodedBlob& blob, size_t index) {
+    EntrySource source;
+    source.entry = index;
+    source.deviceId = blob.entries[index].deviceId;
+    source.code = blob.entries[index].code;
+    source.values.assign(blob.entries[index].values.begin(), blob.entries[index].values.end());
+    return source;
+}
+
+std::string linesText(const std::vector<long>& lines) {
+    std::string text;
+    for (long line : lines) {
+        text += (text.empty() ? "" : ", ") + std::to_string(line);
+    }
+    return (lines.size() == 1 ? "line " : "lines ") + text;
+}
+
+}  // namespace
+
+EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
+    for (size_t i = 0; i < report.nodes.size(); i++) {
+        mChildren[report.nodes[i].parent].push_back(static_cast<int>(i));
+    }
+    std::set<std::pair<int, std::string>> seen;
+    const auto read = [this, &seen](int node, const std::string& name, const std::string& text) {
+        if (node >= 0 && seen.insert({node, name}).second) {
+            mAttributes[node].emplace_back(name, text);
+        }
+    };
+    for (const LoadReport::AttributeEvent& event : report.attributes) {
+        if (event.how == AttributeRead::kRead) {
+            read(event.node, event.name, event.text);
+        }
+    }
+    for (const LoadReport::NumberEvent& event : report.numbers) {
+        read(event.node, event.attribute, event.text);
+    }
+    for (const LoadReport::KeywordEvent& event : report.keywords) {
+        read(event.node, event.attribute, event.text);
+    }
+    for (size_t i = 0; i < report.values.size(); i++) {
+        mValues[{report.values[i].record, report.values[i].parameter}].push_back(i);
+    }
+    for (size_t i = 0; i < report.translated.size(); i++) {
+        mTranslations[report.translated[i].blob].push_back(i);
+    }
+}
+
+int EntryProvenance::profileBlob(int profileId) const {
+    for (size_t i = 0; i < mReport.blobs.size(); i++) {
+        const LoadReport::Blob& blob = mReport.blobs[i];
+        if (!blob.isTuning && blob.profileId == profileId && blob.fate != BlobFate::kDropped) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+int EntryProvenance::tuningBlob(const std::string& device) const {
+    // A later blob of the same device replaces an earlier one.
+    int found = -1;
+    for (size_t i = 0; i < mReport.blobs.size(); i++) {
+        if (mReport.blobs[i].isTuning && mReport.blobs[i].device == device) {
+            found = static_cast<int>(i);
+        }
+    }
+    return found;
+}
+
+std::string EntryProvenance::ruleText(ValueSource source, Parameter parameter) const {
+    const auto loaderDefault = [this](LoaderDefault what) {
+        return std::find(mReport.loaderDefaults.begin(), mReport.loaderDefaults.end(), what) !=
+               mReport.loaderDefaults.end();
+    };
+    switch (source) {
+        case ValueSource::kFile:
+            return "";
+        case ValueSource::kRecordAttribute:
+            return "attribute of the record's element";
+        case ValueSource::kVersion32:
+            return "version default (3.2 files)";
+        case ValueSource::kVersion322:
+            return "version default (3.2.2 files)";
+        case ValueSource::kBefore34:
+            return "version default (files before 3.4)";
+        case ValueSource::kGlobalSetting:
+            return "global setting";
+        case ValueSource::kProfileIeqSwitch:
+            return "the profile's IEQ switch, given to its endpoints";
+        case ValueSource::kDialogSteering:
+            return "dialog steering, extended by the dialog enhancer's switch";
+        case ValueSource::kLoaderOrientation:
+            return "loader rule: the endpoint's fixed orientation";
+        case ValueSource::kLoaderMixMatrix:
+            return loaderDefault(LoaderDefault::kMixMatrix)
+                       ? "loader rule: the default mix matrix"
+                       : "loader rule: the speaker tuning's mix matrix";
+        case ValueSource::kLoaderVbMode:
+            return loaderDefault(LoaderDefault::kVbMode)
+                       ? "loader rule: the default vb mode"
+                       : "loader rule: the speaker tuning's vb mode";
+        case ValueSource::kTranslator:
+            return "changed by the translator";
+        case ValueSource::kTranslatorEmpty:
+            return "translator: absent, sent as an empty list";
+    }
+    return std::string("rule for ") + kParameterNames[parameter];
+}
+
+std::vector<ReadElement> EntryProvenance::readElements(int node) const {
+    std::vector<ReadElement> elements;
+    std::vector<int> pending = {node};
+    while (!pending.empty()) {
+        const int at = pending.back();
+        pending.pop_back();
+        const ReportedNode& reported = mReport.node(at);
+        auto attributes = mAttributes.find(at);
+        if (at == node || attributes != mAttributes.end()) {
+            elements.push_back({reported.name, reported.line, reported.atLeast,
+                                attributes != mAttributes.end() ? attributes->second
+                                                                : decltype(attributes->second)()});
+        }
+        auto children = mChildren.find(at);
+        if (children != mChildren.end()) {
+            // Depth first, in document order.
+            pending.insert(pending.end(), children->second.rbegin(), children->second.rend());
+        }
+    }
+    return elements;
+}
+
+void EntryProvenance::addSteps(Parameter parameter, int record, size_t translation,
+                               bool otherRecord, std::vector<ValueStep>* steps) const {
+    auto events = mValues.find({record, parameter});
+    if (events == mValues.end()) {
+        return;
+    }
+    for (size_t index : events->second) {
+        const LoadReport::ValueEvent& event = mReport.values[index];
+        // Writes made after the translation did not reach this entry.
+        if (event.nextTranslated > translation) {
+            break;
+        }
+        ValueStep step;
+        step.source = event.source;
+        step.rule = ruleText(event.source, parameter);
+        step.record = otherRecord ? mReport.records[record].title() : "";
+        if (event.node >= 0) {
+            step.elements = readElements(event.node);
+        }
+        step.values = event.values;
+        steps->push_back(std::move(step));
+        const bool fromSpeaker = event.source == ValueSource::kLoaderMixMatrix ||
+                                 event.source == ValueSource::kLoaderVbMode;
+        if (fromSpeaker && !otherRecord && mReport.speakerTuning >= 0 &&
+            mReport.speakerTuning != record) {
+            // The loader took them before it translated anything.
+            addSteps(parameter, mReport.speakerTuning, 0, true, steps);
+        }
+    }
+}
+
+SourceParameter EntryProvenance::sourceParameter(Parameter parameter, int record,
+                                                 size_t translation) const {
+    SourceParameter source;
+    source.parameter = parameter;
+    source.name = kParameterNames[parameter];
+    source.record = record;
+    if (record >= 0 && static_cast<size_t>(record) < mReport.records.size()) {
+        source.recordName = mReport.records[record].title();
+        source.recordLine = mReport.node(mReport.records[record].node).line;
+    }
+    addSteps(parameter, record, translation, false, &source.steps);
+    return source;
+}
+
+std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
+    std::vector<EntrySource> sources;
+    if (blob >= mReport.blobs.size()) {
+        return sources;
+    }
+    const DecodedBlob decoded = BlobDecoder::decode(mReport.blobs[blob].words);
+    auto translations = mTranslations.find(static_cast<int>(blob));
+    for (size_t i = 0; i < decoded.entries.size(); i++) {
+        EntrySource source = entryOf(decoded, i);
+        for (size_t t :
+             translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
+            const LoadReport::TranslatedEvent& translation = mReport.translated[t];
+            if (static_cast<int>(i) < translation.firstEntry ||
+                static_cast<int>(i) >= translation.endEntry) {
+                continue;
+            }
+            for (Parameter parameter : entryParameters(translation, decoded, i)) {
+                source.parameters.push_back(sourceParameter(parameter, translation.record, t));
+            }
+        }
+        sources.push_back(std::move(source));
+    }
+    return sources;
+}
+
+std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
+                                                    const std::vector<int>& words) {
+    std::vector<EntrySource> sources;
+    const DecodedBlob decoded = BlobDecoder::decode(words);
+    for (size_t i = 0; i < decoded.entries.size(); i++) {
+        EntrySource source = entryOf(decoded, i);
+        source.builtinTable = table;
+        sources.push_back(std::move(source));
+    }
+    return sources;
+}
+
+std::vector<long> EntrySource::lines() const {
+    std::set<long> lines;
+    for (const SourceParameter& parameter : parameters) {
+        for (const ValueStep& step : parameter.steps) {
+            if (!step.elements.empty()) {
+                lines.insert(step.elements.front().line);
+            }
+        }
+    }
+    return {lines.begin(), lines.end()};
+}
+
+std::string EntrySource::summary() const {
+    if (!builtinTable.empty()) {
+        return "built-in table \"" + builtinTable + "\"";
+    }
+    if (parameters.empty()) {
+        return "no source reported";
+    }
+    // Parameters read from the same lines are named together.
+    std::vector<std::pair<std::string, std::vector<long>>> groups;
+    std::vector<std::string> rules;
+    for (const SourceParameter& parameter : parameters) {
+        std::set<long> lines;
+        for (const ValueStep& step : parameter.steps) {
+            if (!step.elements.empty()) {
+                lines.insert(step.elements.front().line);
+            }
+            if (!step.rule.empty() && step.source != ValueSource::kTranslator &&
+                std::find(rules.begin(), rules.end(), step.rule) == rules.end()) {
+                rules.push_back(step.rule);
+            }
+        }
+        const std::vector<long> key(lines.begin(), lines.end());
+        auto group = std::find_if(groups.begin(), groups.end(),
+                                  [&key](const auto& g) { return g.second == key; });
+        if (group != groups.end()) {
+            group->first += ", " + parameter.name;
+        } else {
+            groups.emplace_back(parameter.name, key);
+        }
+    }
+    std::string text;
+    for (const auto& [names, lines] : groups) {
+        text += (text.empty() ? "" : "; ") + names + (lines.empty() ? "" : " " + linesText(lines));
+    }
+    for (const std::string& rule : rules) {
+        text += "; " + rule;
+    }
+    return text;
+}
+
+Json EntrySource::toJson() const {
+    Json json = {{"entry", entry}};
+    if (!builtinTable.empty()) {
+        json["builtin_table"] = builtinTable;
+        return json;
+    }
+    Json list = Json::array();
+    for (const SourceParameter& parameter : parameters) {
+        Json steps = Json::array();
+        for (const ValueStep& step : parameter.steps) {
+            Json elements = Json::array();
+            for (const ReadElement& element : step.elements) {
+                Json attributes = Json::object();
+                for (const auto& [name, text] : element.attributes) {
+                    attributes[name] = text;
+                }
+                elements.push_back({{"element", element.name},
+                                    {"line", element.line},
+                                    {"at_least", element.atLeast},
+                                    {"attributes", attributes}});
+            }
+            Json item = {{"rule", step.rule.empty() ? Json(nullptr) : Json(step.rule)}};
+            if (!step.record.empty()) {
+                item["record"] = step.record;
+            }
+            item["elements"] = elements;
+            item["values"] = step.values;
+            steps.push_back(item);
+        }
+        list.push_back({{"name", parameter.name},
+                        {"record", parameter.recordName},
+                        {"record_line", parameter.recordLine},
+                        {"steps", steps}});
+    }
+    json["summary"] = summary();
+    json["parameters"] = list;
+    return json;
+}
+
+}  // namespace korva::tool

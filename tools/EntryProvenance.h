@@ -1,0 +1,95 @@
+// Where each entry of a blob came from, as the library's report of the load says: the tuning
+// parameters it was translated from, with the elements, lines and attribute texts they were read
+// from, and every rule that supplied or changed their values on the way. Entries of the built-in
+// tables name their table. Plain data, made once per load, for every view of the blobs.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/LoadReport.h"
+#include "tools/ToolOutput.h"
+
+namespace korva::tool {
+
+// An element whose attributes a value was read from, with the texts as they stood in the file.
+struct ReadElement {
+    std::string name;
+    long line = 0;
+    bool atLeast = false;
+    std::vector<std::pair<std::string, std::string>> attributes;
+};
+
+// One write of a parameter's values, in the order the load made them.
+struct ValueStep {
+    ValueSource source = ValueSource::kFile;
+    // What supplied or changed the values; empty when the file's element did.
+    std::string rule;
+    // The record written, when it is not the parameter's own (the speaker tuning's mix matrix).
+    std::string record;
+    // The element that caused the write and those below it that were read; empty for rules.
+    std::vector<ReadElement> elements;
+    std::vector<int> values;
+};
+
+// A tuning parameter an entry was translated from, in the record it was translated from.
+struct SourceParameter {
+    Parameter parameter = Parameter(0);
+    std::string name;        // as the catalogue spells it: "ieq_frequency"
+    int record = -1;         // in LoadReport::records
+    std::string recordName;  // RecordSnapshot::title()
+    long recordLine = 0;
+    std::vector<ValueStep> steps;
+};
+
+struct EntrySource {
+    size_t entry = 0;  // index in its blob
+    int32_t deviceId = 0;
+    int32_t code = 0;
+    std::vector<int> values;
+    // The built-in table the entry is part of; empty for blobs built from a file.
+    std::string builtinTable;
+    std::vector<SourceParameter> parameters;
+
+    // One line: the parameters with their lines and the rules, or the built-in table.
+    std::string summary() const;
+    // The lines of every parameter's file elements, first line of each, ascending.
+    std::vector<long> lines() const;
+    Json toJson() const;
+};
+
+class EntryProvenance {
+public:
+    explicit EntryProvenance(const LoadReport& report);
+
+    // The blob of LoadReport::blobs that the store keeps for a profile id or a tuning device,
+    // or -1.
+    int profileBlob(int profileId) const;
+    int tuningBlob(const std::string& device) const;
+
+    // Every entry of a blob of the report, in blob order.
+    std::vector<EntrySource> ofBlob(size_t blob) const;
+    // Every entry of a built-in table's words.
+    static std::vector<EntrySource> ofBuiltin(const std::string& table,
+                                              const std::vector<int>& words);
+
+    // What a source of values means, for a value of the parameter.
+    std::string ruleText(ValueSource source, Parameter parameter) const;
+
+private:
+    std::vector<ReadElement> readElements(int node) const;
+    SourceParameter sourceParameter(Parameter parameter, int record, size_t translation) const;
+    void addSteps(Parameter parameter, int record, size_t translation, bool otherRecord,
+                  std::vector<ValueStep>* steps) const;
+
+    const LoadReport& mReport;
+    std::map<int, std::vector<int>> mChildren;
+    std::map<int, std::vector<std::pair<std::string, std::string>>> mAttributes;
+    std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
+    std::map<int, std::vector<size_t>> mTranslations;  // by blob
+};
+
+}  // namespace korva::tool

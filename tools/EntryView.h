@@ -1,0 +1,68 @@
+// An entry's values read by the layout of its list: bands with their frequencies and levels in
+// dB, or the output mode with its mix matrices as rows of Q14 coefficients. Entries of codes
+// without a layout are plain. The raw words are always kept beside the reading.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/ToolOutput.h"
+#include "translator/ListLayout.h"
+
+namespace korva::tool {
+
+struct BandColumnView {
+    std::string name;
+    ListUnit unit;
+    std::vector<int> raw;  // one word per band; fewer when the list ends early
+};
+
+struct MixMatrixView {
+    int layout = 0;
+    int coefficients = 0;                // as the matrix's head word announces them
+    std::vector<std::vector<int>> rows;  // Q14 words, kMixMatrixColumns per row
+};
+
+struct EntryView {
+    enum class Kind { kPlain, kBands, kOutputMode };
+
+    Kind kind = Kind::kPlain;
+    int32_t code = 0;
+    std::vector<int> raw;
+    // Whether the words hold exactly what the lead words announce.
+    bool complete = true;
+
+    // Band lists.
+    int bands = 0;
+    int channels = 0;  // per-channel lists only
+    std::vector<BandColumnView> columns;
+
+    // The output mode.
+    int enable = 0;
+    int endpoint = 0;
+    int orientation = 0;
+    std::vector<MixMatrixView> matrices;
+
+    static EntryView decode(int32_t code, const std::vector<int>& values);
+
+    static double decibels(int sixteenths) { return sixteenths / 16.0; }
+    static double q14(int coefficient) { return static_cast<double>(coefficient) / kQ14One; }
+    // "47 Hz", "-1.5 dB", "yes", as a reader of the tuning wants to see a value.
+    static std::string valueText(ListUnit unit, int raw);
+    static std::string q14Text(int coefficient);
+
+    // One line per band or matrix row, with the units and the raw words; nothing for plain ones.
+    std::vector<std::string> lines() const;
+    // Where the value at index sits: "band 3 (234 Hz) target", "matrix 1 (layout 15) row 2 right",
+    // or "value 7" for plain entries and words past the layout.
+    std::string locate(size_t index) const;
+    // The raw words, and the reading when there is one.
+    Json toJson() const;
+
+private:
+    void decodeBands(const BandListLayout& layout);
+    void decodeOutputMode();
+};
+
+}  // namespace korva::tool
