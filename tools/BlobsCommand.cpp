@@ -67,13 +67,9 @@ const RecordSnapshot* blobRecord(const LoadReport& report, size_t blob, RecordKi
 
 // The blobs the store built from the file, per profile id then per tuning device, named after
 // the records the load put into the blob it kept.
-int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(path);
-    if (session == nullptr || !session->readable()) {
-        return kExitError;
-    }
-    SpatializerParamArray& store = session->store();
-    const LoadReport& report = session->report();
+void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs) {
+    SpatializerParamArray& store = session.store();
+    const LoadReport& report = session.report();
     std::vector<NamedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
@@ -112,6 +108,14 @@ int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs) {
         }
     }
     blobs->insert(blobs->end(), devices.begin(), devices.end());
+}
+
+int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    fileBlobs(*session, blobs);
     return kExitOk;
 }
 
@@ -194,17 +198,22 @@ bool resolveProfile(const std::string& selector, const std::vector<NamedBlob>& b
 
 }  // namespace
 
-int BlobsCommand::collectJson(const std::string& path, Json* document) {
+Json BlobsCommand::blobsJson(const StoreSession& session) {
     std::vector<NamedBlob> blobs;
-    const int status = fileBlobs(path, &blobs);
-    if (status != kExitOk) {
-        return status;
-    }
+    fileBlobs(session, &blobs);
     Json list = Json::array();
     for (const NamedBlob& blob : blobs) {
         list.push_back(blobJson(blob));
     }
-    *document = {{"file", path}, {"blobs", list}};
+    return list;
+}
+
+int BlobsCommand::collectJson(const std::string& path, Json* document) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    *document = {{"file", path}, {"blobs", blobsJson(*session)}};
     return kExitOk;
 }
 

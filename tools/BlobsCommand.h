@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "tools/StoreSession.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {
@@ -25,6 +26,8 @@ public:
     // Every blob of a file as blobs --json prints it. Reports and returns kExitError when the
     // file cannot be loaded.
     static int collectJson(const std::string& path, Json* document);
+    // The "blobs" list of that document, from a session that could read its file.
+    static Json blobsJson(const StoreSession& session);
 };
 
 }  // namespace korva::tool

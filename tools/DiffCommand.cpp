@@ -1,15 +1,10 @@
 #include "tools/DiffCommand.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <map>
 #include <vector>
 
 #include "tools/BlobsCommand.h"
+#include "tools/ChildLoad.h"
 #include "tools/NumberText.h"
 #include "tools/TextTable.h"
 
@@ -19,70 +14,18 @@ namespace {
 
 // Loads one file in a child process and reads back its blobs document.
 int loadInChild(const std::string& path, Json* document) {
-    int pipeFds[2];
-    if (pipe(pipeFds) != 0) {
-        ToolOutput::error(path, std::string("cannot make a pipe: ") + strerror(errno));
-        return kExitError;
-    }
-    fflush(stdout);
-    fflush(stderr);
-    const pid_t child = fork();
-    if (child < 0) {
-        ToolOutput::error(path, std::string("cannot start a process: ") + strerror(errno));
-        close(pipeFds[0]);
-        close(pipeFds[1]);
-        return kExitError;
-    }
-    if (child == 0) {
-        close(pipeFds[0]);
-        Json blobs;
-        int status = BlobsCommand::collectJson(path, &blobs);
-        if (status == kExitOk) {
-            const std::string text = blobs.dump(-1, ' ', false, Json::error_handler_t::replace);
-            size_t written = 0;
-            while (written < text.size()) {
-                const ssize_t n = write(pipeFds[1], text.data() + written, text.size() - written);
-                if (n <= 0) {
-                    status = kExitError;
-                    break;
-                }
-                written += static_cast<size_t>(n);
-            }
-        }
-        close(pipeFds[1]);
-        fflush(stderr);
-        _exit(status);
-    }
-    close(pipeFds[1]);
-    std::string text;
-    char buffer[65536];
-    ssize_t n;
-    while ((n = read(pipeFds[0], buffer, sizeof(buffer))) > 0 || (n < 0 && errno == EINTR)) {
-        if (n > 0) {
-            text.append(buffer, static_cast<size_t>(n));
-        }
-    }
-    close(pipeFds[0]);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != kExitOk) {
-        // The child has reported why, unless it died.
-        if (!WIFEXITED(status)) {
-            ToolOutput::error(path, "loading the file ended abnormally");
-        }
-        return kExitError;
-    }
-    *document = Json::parse(text, nullptr, false);
-    if (document->is_discarded() || !document->contains("blobs")) {
+    const int status = ChildLoad::run(path, BlobsCommand::collectJson, document);
+    if (status == kExitOk && !document->contains("blobs")) {
         ToolOutput::error(path, "could not read the blobs back from the loading process");
         return kExitError;
     }
-    return kExitOk;
+    return status;
 }
 
+}  // namespace
+
 // A blob's identity across the two files.
-std::string blobKey(const Json& blob) {
+std::string DiffCommand::blobKey(const Json& blob) {
     const std::string kind = blob.value("kind", "");
     if (kind == "tuning_device") {
         return kind + ":" + blob.value("name", "");
@@ -90,7 +33,7 @@ std::string blobKey(const Json& blob) {
     return kind + ":" + std::to_string(blob.value("id", 0));
 }
 
-std::string blobTitle(const Json& blob) {
+std::string DiffCommand::blobTitle(const Json& blob) {
     if (blob.value("kind", "") == "tuning_device") {
         return "tuning device \"" + blob.value("name", "") + "\"";
     }
@@ -98,7 +41,7 @@ std::string blobTitle(const Json& blob) {
 }
 
 // An entry's identity within a blob: device, code, and which occurrence of that pair it is.
-std::vector<std::string> entryKeys(const Json& entries) {
+std::vector<std::string> DiffCommand::entryKeys(const Json& entries) {
     std::vector<std::string> keys;
     std::map<std::string, int> seen;
     for (const Json& entry : entries) {
@@ -108,6 +51,8 @@ std::vector<std::string> entryKeys(const Json& entries) {
     }
     return keys;
 }
+
+namespace {
 
 std::vector<int> valuesOf(const Json& entry) {
     std::vector<int> values;
@@ -131,8 +76,8 @@ Json entryChange(const char* change, const Json& entry) {
 Json compareEntries(const Json& before, const Json& after) {
     const Json& oldEntries = before["entries"];
     const Json& newEntries = after["entries"];
-    const std::vector<std::string> oldKeys = entryKeys(oldEntries);
-    const std::vector<std::string> newKeys = entryKeys(newEntries);
+    const std::vector<std::string> oldKeys = DiffCommand::entryKeys(oldEntries);
+    const std::vector<std::string> newKeys = DiffCommand::entryKeys(newEntries);
     std::map<std::string, size_t> newIndex;
     for (size_t i = 0; i < newKeys.size(); i++) {
         newIndex[newKeys[i]] = i;
@@ -167,7 +112,9 @@ Json compareEntries(const Json& before, const Json& after) {
     return changes;
 }
 
-Json compareBlobs(const Json& a, const Json& b) {
+}  // namespace
+
+Json DiffCommand::compare(const Json& a, const Json& b) {
     std::map<std::string, const Json*> inB;
     for (const Json& blob : b["blobs"]) {
         inB[blobKey(blob)] = &blob;
@@ -201,6 +148,8 @@ Json compareBlobs(const Json& a, const Json& b) {
     }
     return differences;
 }
+
+namespace {
 
 std::string differencesText(const Json& differences, const std::string& a, const std::string& b) {
     if (differences.empty()) {
@@ -251,7 +200,7 @@ int DiffCommand::run(const Options& options) {
     if (loadInChild(options.fileA, &a) != kExitOk || loadInChild(options.fileB, &b) != kExitOk) {
         return kExitError;
     }
-    const Json differences = compareBlobs(a, b);
+    const Json differences = compare(a, b);
     const int status = differences.empty() ? kExitOk : kExitFindings;
     if (options.common.json) {
         ToolOutput::printJson({{"a", options.fileA},

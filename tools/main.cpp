@@ -14,6 +14,7 @@
 #include "tools/ExampleFile.h"
 #include "tools/HelpFormatter.h"
 #include "tools/LibraryLog.h"
+#include "tools/ReportCommand.h"
 #include "tools/SimulateCommand.h"
 #include "tools/ToolOutput.h"
 #include "tools/VersionInfo.h"
@@ -80,6 +81,7 @@ int main(int argc, char** argv) {
         "spatializer-paramtool"};
     auto formatter = std::make_shared<HelpFormatter>();
     formatter->setUsage("STEP", "[FILE] STEP...");
+    formatter->setUsage("FILES", "[FILE [FILE_B]]");
     app.formatter(formatter);
     app.failure_message(failureMessage);
     app.set_version_flag(
@@ -133,6 +135,20 @@ int main(int argc, char** argv) {
     diffCommand->add_option("B", diff.fileB, "the tuning file after")->required();
     addCommonOptions(diffCommand, &diff.common);
 
+    ReportCommand::Options report;
+    CLI::App* reportCommand = app.add_subcommand(
+        "report",
+        "write one self-contained HTML page: findings, ports, EQ curves, mix matrices, "
+        "blobs with their sources; with two files, both overlaid and their differences");
+    reportCommand
+        ->add_option("FILES", report.files, "one or two tuning files (default: the example)")
+        ->expected(0, 2);
+    reportCommand
+        ->add_option("-o,--output", report.output, "the page to write (default: report.html)")
+        ->type_name("PATH");
+    reportCommand->add_flag("--verbose", report.common.verbose,
+                            "show the library's own log lines on stderr");
+
     if (!knownSubcommand(app, argc, argv)) {
         return kExitError;
     }
@@ -173,6 +189,13 @@ int main(int argc, char** argv) {
         }
         fileOrExample(simulate.common.file);
         return SimulateCommand::run(simulate);
+    }
+    if (app.got_subcommand(reportCommand)) {
+        LibraryLog::install(report.common.verbose);
+        if (report.files.empty()) {
+            report.files.push_back(example);
+        }
+        return ReportCommand::run(report);
     }
     if (app.got_subcommand(diffCommand)) {
         LibraryLog::install(diff.common.verbose);
