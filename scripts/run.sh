@@ -32,6 +32,9 @@ echo
 echo "== one blob, entry by entry, with where each entry came from:"
 echo "   $tool blobs --profile 0"
 echo "   $tool blobs --device default_usb"
+echo
+echo "== one entry traced to its lines and rules:"
+echo "   $tool explain $example dea --profile movie"
 echo "   every command: $tool --help"
 echo
 echo "== $tool check $example"

@@ -5,9 +5,13 @@
 #include <memory>
 #include <vector>
 
+#include "cache/SpatializerParamCache.h"
+#include "model/Parameter.h"
 #include "reader/String2Int.h"
 #include "store/SpatializerParamArray.h"
 #include "tools/BlobDecoder.h"
+#include "tools/EntryProvenance.h"
+#include "tools/EntryView.h"
 #include "tools/NumberText.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
@@ -25,6 +29,7 @@ struct NamedBlob {
     std::string port;
     std::string tuning;
     std::vector<int> words;
+    std::vector<EntrySource> sources;  // one per entry
 };
 
 const char* kindName(BlobKind kind) {
@@ -42,8 +47,9 @@ const char* kindName(BlobKind kind) {
 std::vector<NamedBlob> builtinBlobs() {
     using Array = SpatializerParamArray;
     const auto table = [](int id, const char* name, const int* words, size_t count) {
-        return NamedBlob{
-            BlobKind::kBuiltin, id, name, "", "", std::vector<int>(words, words + count)};
+        std::vector<int> list(words, words + count);
+        std::vector<EntrySource> sources = EntryProvenance::ofBuiltin(name, list);
+        return NamedBlob{BlobKind::kBuiltin, id, name, "", "", std::move(list), std::move(sources)};
     };
     return {
         table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
@@ -65,11 +71,32 @@ const RecordSnapshot* blobRecord(const LoadReport& report, size_t blob, RecordKi
     return nullptr;
 }
 
+// What the store serves besides the blobs: whether tunings are usable, the tuning devices of
+// each port and the selection of each.
+Json storeState(SpatializerParamArray& store) {
+    Json ports = Json::object();
+    Json selections = Json::object();
+    for (int port = 0; port < kNumAndroidDevices; port++) {
+        const std::string devices = store.getAvailableTuningDevices(port);
+        if (!devices.empty()) {
+            ports[kAndroidDeviceNames[port]] = devices;
+        }
+        const std::string selected = store.getSelectedTuningDevice(port);
+        if (!selected.empty()) {
+            selections[kAndroidDeviceNames[port]] = selected;
+        }
+    }
+    return {{"tunings_usable", SpatializerParamCache().isTuningAvailable()},
+            {"tuning_devices", ports},
+            {"selections", selections}};
+}
+
 // The blobs the store built from the file, per profile id then per tuning device, named after
 // the records the load put into the blob it kept.
-void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs) {
+void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs, Json* state) {
     SpatializerParamArray& store = session.store();
     const LoadReport& report = session.report();
+    const EntryProvenance provenance(report);
     std::vector<NamedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
@@ -80,7 +107,7 @@ void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs) {
             const RecordSnapshot* profile = blobRecord(report, i, RecordKind::kProfile);
             blobs->push_back({BlobKind::kProfile, blob.profileId,
                               profile != nullptr ? profile->name : "", "", "",
-                              store.getXMLProfileParams(blob.profileId)});
+                              store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)});
             continue;
         }
         const RecordSnapshot* tuning = blobRecord(report, i, RecordKind::kTuning);
@@ -97,7 +124,8 @@ void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs) {
                         blob.device,
                         port,
                         tuning->name,
-                        store.getXMLTuningParams(blob.device)};
+                        store.getXMLTuningParams(blob.device),
+                        provenance.ofBlob(i)};
         // A later blob of the same device replaced this one.
         auto same = std::find_if(devices.begin(), devices.end(),
                                  [&blob](const NamedBlob& d) { return d.name == blob.device; });
@@ -108,26 +136,39 @@ void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs) {
         }
     }
     blobs->insert(blobs->end(), devices.begin(), devices.end());
+    if (state != nullptr) {
+        *state = storeState(store);
+    }
 }
 
-int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs) {
+int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs, Json* state = nullptr) {
     std::unique_ptr<StoreSession> session = StoreSession::open(path);
     if (session == nullptr || !session->readable()) {
         return kExitError;
     }
-    fileBlobs(*session, blobs);
+    fileBlobs(*session, blobs, state);
     return kExitOk;
 }
 
 Json blobJson(const NamedBlob& blob) {
     const DecodedBlob decoded = BlobDecoder::decode(blob.words);
     Json entries = Json::array();
-    for (const BlobEntry& entry : decoded.entries) {
-        entries.push_back({{"device", entry.deviceId},
-                           {"device_name", BlobDecoder::deviceName(entry.deviceId)},
-                           {"code", BlobDecoder::codeText(entry.code)},
-                           {"count", entry.values.size()},
-                           {"values", entry.values}});
+    for (size_t i = 0; i < decoded.entries.size(); i++) {
+        const BlobEntry& entry = decoded.entries[i];
+        const std::vector<int> values(entry.values.begin(), entry.values.end());
+        Json json = {{"device", entry.deviceId},
+                     {"device_name", BlobDecoder::deviceName(entry.deviceId)},
+                     {"code", BlobDecoder::codeText(entry.code)},
+                     {"count", entry.values.size()},
+                     {"values", entry.values}};
+        const EntryView view = EntryView::decode(entry.code, values);
+        if (view.kind != EntryView::Kind::kPlain) {
+            json["view"] = view.toJson();
+        }
+        if (i < blob.sources.size()) {
+            json["source"] = blob.sources[i].toJson();
+        }
+        entries.push_back(json);
     }
     Json json = {{"kind", kindName(blob.kind)}};
     if (blob.kind == BlobKind::kTuningDevice) {
@@ -145,7 +186,7 @@ Json blobJson(const NamedBlob& blob) {
     return json;
 }
 
-std::string blobText(const NamedBlob& blob) {
+std::string blobText(const NamedBlob& blob, bool raw) {
     const DecodedBlob decoded = BlobDecoder::decode(blob.words);
     std::string title;
     switch (blob.kind) {
@@ -163,14 +204,17 @@ std::string blobText(const NamedBlob& blob) {
     title += ": " + std::to_string(decoded.entries.size()) + " entries, " +
              std::to_string(decoded.words) + " words" +
              (decoded.valid ? "" : ", rejected by the blob reader") + "\n";
-    TextTable table({"#", "device", "code", "count", "values"});
+    TextTable table({"#", "device", "code", "count", "from / values"});
     table.alignRight(0);
     table.alignRight(3);
-    size_t number = 0;
-    for (const BlobEntry& entry : decoded.entries) {
-        table.addRow({std::to_string(++number), BlobDecoder::deviceName(entry.deviceId),
+    for (size_t i = 0; i < decoded.entries.size(); i++) {
+        const BlobEntry& entry = decoded.entries[i];
+        table.addRow({std::to_string(i + 1), BlobDecoder::deviceName(entry.deviceId),
                       BlobDecoder::codeText(entry.code), std::to_string(entry.values.size()),
-                      NumberText::join(entry.values)});
+                      i < blob.sources.size() ? blob.sources[i].summary() : ""});
+        for (const std::string& line : BlobsCommand::valueLines(entry.code, entry.values, raw)) {
+            table.addRow({"", "", "", "", line});
+        }
     }
     return title + table.render("  ");
 }
@@ -198,9 +242,19 @@ bool resolveProfile(const std::string& selector, const std::vector<NamedBlob>& b
 
 }  // namespace
 
+std::vector<std::string> BlobsCommand::valueLines(int32_t code, const std::vector<int32_t>& values,
+                                                  bool raw) {
+    const std::vector<int> words(values.begin(), values.end());
+    const EntryView view = EntryView::decode(code, words);
+    if (raw || view.kind == EntryView::Kind::kPlain) {
+        return {NumberText::join(words)};
+    }
+    return view.lines();
+}
+
 Json BlobsCommand::blobsJson(const StoreSession& session) {
     std::vector<NamedBlob> blobs;
-    fileBlobs(session, &blobs);
+    fileBlobs(session, &blobs, nullptr);
     Json list = Json::array();
     for (const NamedBlob& blob : blobs) {
         list.push_back(blobJson(blob));
@@ -209,11 +263,17 @@ Json BlobsCommand::blobsJson(const StoreSession& session) {
 }
 
 int BlobsCommand::collectJson(const std::string& path, Json* document) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(path);
-    if (session == nullptr || !session->readable()) {
-        return kExitError;
+    std::vector<NamedBlob> blobs;
+    Json state;
+    const int status = fileBlobs(path, &blobs, &state);
+    if (status != kExitOk) {
+        return status;
     }
-    *document = {{"file", path}, {"blobs", blobsJson(*session)}};
+    Json list = Json::array();
+    for (const NamedBlob& blob : blobs) {
+        list.push_back(blobJson(blob));
+    }
+    *document = {{"file", path}, {"store", state}, {"blobs", list}};
     return kExitOk;
 }
 
@@ -269,7 +329,7 @@ int BlobsCommand::run(const Options& options) {
     }
     std::string text;
     for (const NamedBlob& blob : shown) {
-        text += (text.empty() ? "" : "\n") + blobText(blob);
+        text += (text.empty() ? "" : "\n") + blobText(blob, options.raw);
     }
     ToolOutput::print(text);
     return kExitOk;

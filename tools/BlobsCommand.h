@@ -2,7 +2,9 @@
 // built-in tables), decoded entry by entry.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tools/StoreSession.h"
 #include "tools/ToolOutput.h"
@@ -19,9 +21,16 @@ public:
         std::string device;
         bool hasDevice = false;
         bool builtin = false;
+        // The words of list entries instead of their bands and rows.
+        bool raw = false;
     };
 
     static int run(const Options& options);
+
+    // The lines that show an entry's values: its bands or matrix rows, or its words when raw
+    // or when its code has no layout.
+    static std::vector<std::string> valueLines(int32_t code, const std::vector<int32_t>& values,
+                                               bool raw);
 
     // Every blob of a file as blobs --json prints it. Reports and returns kExitError when the
     // file cannot be loaded.

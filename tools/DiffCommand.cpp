@@ -5,6 +5,7 @@
 
 #include "tools/BlobsCommand.h"
 #include "tools/ChildLoad.h"
+#include "tools/EntryView.h"
 #include "tools/NumberText.h"
 #include "tools/TextTable.h"
 
@@ -71,6 +72,40 @@ Json entryChange(const char* change, const Json& entry) {
             {"code", entry.value("code", std::string())}};
 }
 
+// The entry's parameters and lines, or its rule, as the file's load reported them.
+std::string sourceOf(const Json& entry) {
+    if (!entry.contains("source")) {
+        return "";
+    }
+    const Json& source = entry["source"];
+    if (source.contains("builtin_table")) {
+        return "built-in table \"" + source["builtin_table"].get<std::string>() + "\"";
+    }
+    return source.value("summary", std::string());
+}
+
+// The values that differ between two lists of one length, by band or row where the entry's
+// layout says, each with its old and new value in its unit.
+Json changedValues(const Json& entry, const std::vector<int>& before,
+                   const std::vector<int>& after) {
+    const int32_t code = vexParameterCode(entry.value("code", std::string()).c_str());
+    const EntryView oldView = EntryView::decode(code, before);
+    const EntryView newView = EntryView::decode(code, after);
+    Json changes = Json::array();
+    for (size_t i = 0; i < before.size(); i++) {
+        if (before[i] != after[i]) {
+            const EntryView::Place was = oldView.place(i);
+            changes.push_back({{"index", i},
+                               {"where", was.where},
+                               {"old", before[i]},
+                               {"new", after[i]},
+                               {"old_text", was.value},
+                               {"new_text", newView.place(i).value}});
+        }
+    }
+    return changes;
+}
+
 // The entry changes between two versions of one blob, in the order of the first, then the
 // entries only the second has.
 Json compareEntries(const Json& before, const Json& after) {
@@ -88,6 +123,7 @@ Json compareEntries(const Json& before, const Json& after) {
         auto found = newIndex.find(oldKeys[i]);
         if (found == newIndex.end()) {
             Json change = entryChange("removed", oldEntries[i]);
+            change["source_a"] = sourceOf(oldEntries[i]);
             change["old"] = valuesOf(oldEntries[i]);
             changes.push_back(change);
             continue;
@@ -97,14 +133,20 @@ Json compareEntries(const Json& before, const Json& after) {
         const std::vector<int> newValues = valuesOf(newEntries[found->second]);
         if (oldValues != newValues) {
             Json change = entryChange("changed", oldEntries[i]);
+            change["source_a"] = sourceOf(oldEntries[i]);
+            change["source_b"] = sourceOf(newEntries[found->second]);
             change["old"] = oldValues;
             change["new"] = newValues;
+            if (oldValues.size() == newValues.size()) {
+                change["values"] = changedValues(oldEntries[i], oldValues, newValues);
+            }
             changes.push_back(change);
         }
     }
     for (size_t i = 0; i < newKeys.size(); i++) {
         if (!matched[i]) {
             Json change = entryChange("added", newEntries[i]);
+            change["source_b"] = sourceOf(newEntries[i]);
             change["new"] = valuesOf(newEntries[i]);
             changes.push_back(change);
         }
@@ -151,11 +193,89 @@ Json DiffCommand::compare(const Json& a, const Json& b) {
 
 namespace {
 
-std::string differencesText(const Json& differences, const std::string& a, const std::string& b) {
-    if (differences.empty()) {
+// What the store serves besides its blobs, where the two files differ: each item with its
+// value in either file.
+Json compareState(const Json& a, const Json& b) {
+    Json changes = Json::array();
+    const Json none = Json::object();
+    const auto text = [](const Json& value) {
+        return value.is_string() ? value.get<std::string>() : value.is_null() ? "" : value.dump();
+    };
+    const auto compare = [&](const std::string& what, const Json& before, const Json& after) {
+        if (before != after) {
+            changes.push_back({{"what", what}, {"a", text(before)}, {"b", text(after)}});
+        }
+    };
+    compare("tunings usable", a.value("tunings_usable", Json()), b.value("tunings_usable", Json()));
+    for (const char* group : {"tuning_devices", "selections"}) {
+        const Json& before = a.contains(group) ? a[group] : none;
+        const Json& after = b.contains(group) ? b[group] : none;
+        std::map<std::string, bool> ports;
+        for (const Json* side : {&before, &after}) {
+            for (const auto& item : side->items()) {
+                ports[item.key()] = true;
+            }
+        }
+        const std::string label =
+            std::string(group) == "selections" ? "default selection of " : "tuning devices of ";
+        for (const auto& [port, unused] : ports) {
+            compare(label + port, before.value(port, Json()), after.value(port, Json()));
+        }
+    }
+    return changes;
+}
+
+std::string stateText(const Json& changes, const std::string& a, const std::string& b) {
+    if (changes.empty()) {
+        return "";
+    }
+    TextTable table({"store", a, b});
+    for (const Json& change : changes) {
+        const auto cell = [](const Json& value) {
+            const std::string text = value.get<std::string>();
+            return text.empty() ? std::string("(none)") : text;
+        };
+        table.addRow({change["what"].get<std::string>(), cell(change["a"]), cell(change["b"])});
+    }
+    return table.render();
+}
+
+// One changed entry: its sources on both sides, then what changed, by band or row.
+std::string changedText(const Json& entry) {
+    std::string text = "  " + entry["change"].get<std::string>() + " " +
+                       entry["device_name"].get<std::string>() + " " +
+                       entry["code"].get<std::string>() + "\n";
+    const std::string a = entry.value("source_a", std::string());
+    const std::string b = entry.value("source_b", std::string());
+    if (!a.empty() && a == b) {
+        text += "    from " + a + "\n";
+    } else {
+        text += a.empty() ? "" : "    a: from " + a + "\n";
+        text += b.empty() ? "" : "    b: from " + b + "\n";
+    }
+    if (entry.contains("values")) {
+        TextTable table({"where", "old", "new"});
+        for (const Json& value : entry["values"]) {
+            table.addRow({value["where"].get<std::string>(), value["old_text"].get<std::string>(),
+                          value["new_text"].get<std::string>()});
+        }
+        return text + table.render("    ");
+    }
+    if (entry.contains("old")) {
+        text += "    old: " + NumberText::join(entry["old"].get<std::vector<int>>()) + "\n";
+    }
+    if (entry.contains("new")) {
+        text += "    new: " + NumberText::join(entry["new"].get<std::vector<int>>()) + "\n";
+    }
+    return text;
+}
+
+std::string differencesText(const Json& differences, const Json& state, const std::string& a,
+                            const std::string& b) {
+    if (differences.empty() && state.empty()) {
         return "no differences in the blobs of " + a + " and " + b + "\n";
     }
-    std::string text;
+    std::string text = stateText(state, a, b);
     for (const Json& difference : differences) {
         const std::string change = difference["change"];
         const std::string title = difference["blob"];
@@ -172,22 +292,9 @@ std::string differencesText(const Json& differences, const std::string& a, const
         const size_t count = difference["entries"].size();
         text += title + ": " + std::to_string(count) +
                 (count == 1 ? " entry differs\n" : " entries differ\n");
-        TextTable table({"change", "device", "code", "values"});
         for (const Json& entry : difference["entries"]) {
-            const std::string kind = entry["change"];
-            const std::string device = entry["device_name"];
-            const std::string code = entry["code"];
-            if (entry.contains("old")) {
-                table.addRow({kind, device, code,
-                              "old: " + NumberText::join(entry["old"].get<std::vector<int>>())});
-            }
-            if (entry.contains("new")) {
-                const bool alone = !entry.contains("old");
-                table.addRow({alone ? kind : "", alone ? device : "", alone ? code : "",
-                              "new: " + NumberText::join(entry["new"].get<std::vector<int>>())});
-            }
+            text += changedText(entry);
         }
-        text += table.render("  ");
     }
     return text;
 }
@@ -201,14 +308,18 @@ int DiffCommand::run(const Options& options) {
         return kExitError;
     }
     const Json differences = compare(a, b);
-    const int status = differences.empty() ? kExitOk : kExitFindings;
+    const Json state =
+        compareState(a.value("store", Json::object()), b.value("store", Json::object()));
+    const bool identical = differences.empty() && state.empty();
+    const int status = identical ? kExitOk : kExitFindings;
     if (options.common.json) {
         ToolOutput::printJson({{"a", options.fileA},
                                {"b", options.fileB},
-                               {"identical", differences.empty()},
+                               {"identical", identical},
+                               {"store", state},
                                {"differences", differences}});
     } else {
-        ToolOutput::print(differencesText(differences, options.fileA, options.fileB));
+        ToolOutput::print(differencesText(differences, state, options.fileA, options.fileB));
     }
     return status;
 }

@@ -23,8 +23,8 @@ public:
 
     static int run(const Options& options);
 
-    // The differences between two blobs documents (BlobsCommand::collectJson), as diff --json
-    // lists them.
+    // The differences between the blobs of two blobs documents (BlobsCommand::collectJson), as
+    // diff --json lists them.
     static Json compare(const Json& a, const Json& b);
     // A blob's identity across two files ("profile:1", "tuning_device:usb_dac"), and its title.
     static std::string blobKey(const Json& blob);

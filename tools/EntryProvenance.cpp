@@ -297,6 +297,10 @@ std::string EntrySource::summary() const {
                 rules.push_back(step.rule);
             }
         }
+        // A value nobody reported writing is the record's own: its element is the place.
+        if (parameter.steps.empty() && parameter.recordLine > 0) {
+            lines.insert(parameter.recordLine);
+        }
         const std::vector<long> key(lines.begin(), lines.end());
         auto group = std::find_if(groups.begin(), groups.end(),
                                   [&key](const auto& g) { return g.second == key; });

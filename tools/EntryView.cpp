@@ -161,49 +161,65 @@ std::vector<std::string> EntryView::lines() const {
     return out;
 }
 
-std::string EntryView::locate(size_t index) const {
-    const std::string plain = "value " + std::to_string(index + 1);
+EntryView::Place EntryView::place(size_t index) const {
+    Place at;
+    at.where = "value " + std::to_string(index + 1);
+    if (index >= raw.size()) {
+        return at;
+    }
+    at.value = std::to_string(raw[index]);
     if (kind == Kind::kBands) {
         const size_t lead = bandListLayout(code)->perChannel ? 2 : 1;
         if (index < lead) {
-            return index == 0 ? "band count" : "channel count";
+            at.where = index == 0 ? "band count" : "channel count";
+            return at;
         }
-        size_t at = lead;
+        size_t start = lead;
         for (const BandColumnView& column : columns) {
-            if (index < at + column.raw.size()) {
-                const size_t band = index - at;
-                std::string text = "band " + std::to_string(band + 1);
+            if (index < start + column.raw.size()) {
+                const size_t band = index - start;
+                at.where = "band " + std::to_string(band + 1);
                 if (!columns.empty() && band < columns[0].raw.size()) {
-                    text += " (" + valueText(ListUnit::kHz, columns[0].raw[band]) + ")";
+                    at.where += " (" + valueText(ListUnit::kHz, columns[0].raw[band]) + ")";
                 }
-                return text + " " + column.name;
-            }
-            at += column.raw.size();
-        }
-        return plain;
-    }
-    if (kind == Kind::kOutputMode) {
-        static const char* const kLead[] = {"enable", "endpoint", "orientation"};
-        if (index < static_cast<size_t>(kOutputModeLeadWords)) {
-            return kLead[index];
-        }
-        size_t at = kOutputModeLeadWords;
-        for (size_t m = 0; m < matrices.size(); m++) {
-            const std::string name = "matrix " + std::to_string(m + 1) + " (layout " +
-                                     std::to_string(matrices[m].layout) + ")";
-            if (index < at + kMixMatrixHeadWords) {
-                return name + (index == at ? " layout code" : " coefficient count");
-            }
-            at += kMixMatrixHeadWords;
-            for (size_t r = 0; r < matrices[m].rows.size(); r++) {
-                if (index < at + matrices[m].rows[r].size()) {
-                    return name + " row " + std::to_string(r + 1) + " " + kColumnNames[index - at];
+                at.where += " " + column.name;
+                if (column.unit == ListUnit::kSixteenthDb) {
+                    at.value = valueText(column.unit, raw[index]) + " (" + at.value + ")";
                 }
-                at += matrices[m].rows[r].size();
+                return at;
             }
+            start += column.raw.size();
+        }
+        return at;
+    }
+    if (kind != Kind::kOutputMode) {
+        return at;
+    }
+    static const char* const kLead[] = {"enable", "endpoint", "orientation"};
+    if (index < static_cast<size_t>(kOutputModeLeadWords)) {
+        at.where = kLead[index];
+        return at;
+    }
+    size_t start = kOutputModeLeadWords;
+    for (size_t m = 0; m < matrices.size(); m++) {
+        const std::string name = "matrix " + std::to_string(m + 1) + " (layout " +
+                                 std::to_string(matrices[m].layout) + ")";
+        if (index < start + kMixMatrixHeadWords) {
+            at.where = name + (index == start ? " layout code" : " coefficient count");
+            return at;
+        }
+        start += kMixMatrixHeadWords;
+        for (size_t r = 0; r < matrices[m].rows.size(); r++) {
+            if (index < start + matrices[m].rows[r].size()) {
+                at.where =
+                    name + " row " + std::to_string(r + 1) + " " + kColumnNames[index - start];
+                at.value = q14Text(raw[index]) + " (" + at.value + ")";
+                return at;
+            }
+            start += matrices[m].rows[r].size();
         }
     }
-    return plain;
+    return at;
 }
 
 Json EntryView::toJson() const {

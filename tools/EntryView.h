@@ -54,9 +54,15 @@ struct EntryView {
 
     // One line per band or matrix row, with the units and the raw words; nothing for plain ones.
     std::vector<std::string> lines() const;
-    // Where the value at index sits: "band 3 (234 Hz) target", "matrix 1 (layout 15) row 2 right",
-    // or "value 7" for plain entries and words past the layout.
-    std::string locate(size_t index) const;
+    // Where the value at index sits ("band 3 (234 Hz) target", "matrix 1 (layout 15) row 2 right",
+    // or "value 7" for plain entries and words past the layout), and the value in its unit beside
+    // its word ("1.5 dB (24)", "0.7070 (11583)", or the word alone).
+    struct Place {
+        std::string where;
+        std::string value;
+    };
+    Place place(size_t index) const;
+    std::string locate(size_t index) const { return place(index).where; }
     // The raw words, and the reading when there is one.
     Json toJson() const;
 

@@ -7,13 +7,10 @@
 #include <map>
 #include <memory>
 
-#include "tools/BlobDecoder.h"
 #include "tools/BlobsCommand.h"
 #include "tools/CheckCommand.h"
 #include "tools/ChildLoad.h"
 #include "tools/DiffCommand.h"
-#include "tools/EntryProvenance.h"
-#include "tools/EntryView.h"
 #include "tools/HtmlWriter.h"
 #include "tools/LintRules.h"
 #include "tools/StoreSession.h"
@@ -472,28 +469,6 @@ void sourceSection(Html& html, const std::vector<Json>& files) {
     html.close("section");
 }
 
-// Adds each entry's reading by its layout and where it came from.
-void annotate(Json& blob, const EntryProvenance& provenance) {
-    const int index = blob.value("kind", "") == "tuning_device"
-                          ? provenance.tuningBlob(blob.value("name", ""))
-                          : provenance.profileBlob(blob.value("id", 0));
-    if (index < 0) {
-        return;
-    }
-    const std::vector<EntrySource> sources = provenance.ofBlob(static_cast<size_t>(index));
-    Json& entries = blob["entries"];
-    for (size_t i = 0; i < entries.size() && i < sources.size(); i++) {
-        const EntrySource& source = sources[i];
-        if (BlobDecoder::codeText(source.code) != entries[i].value("code", "")) {
-            break;
-        }
-        entries[i]["view"] =
-            EntryView::decode(source.code, entries[i]["values"].get<std::vector<int>>()).toJson();
-        entries[i]["source"] = source.toJson();
-        entries[i]["lines"] = source.lines();
-    }
-}
-
 }  // namespace
 
 int ReportCommand::collect(const std::string& path, Json* document) {
@@ -509,12 +484,7 @@ int ReportCommand::collect(const std::string& path, Json* document) {
         return kExitOk;
     }
     (*document)["summary"] = CheckCommand::summaryJson(*session);
-    Json blobs = BlobsCommand::blobsJson(*session);
-    const EntryProvenance provenance(report);
-    for (Json& blob : blobs) {
-        annotate(blob, provenance);
-    }
-    (*document)["blobs"] = blobs;
+    (*document)["blobs"] = BlobsCommand::blobsJson(*session);
     return kExitOk;
 }
 

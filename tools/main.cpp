@@ -12,6 +12,7 @@
 #include "tools/DiffCommand.h"
 #include "tools/DumpCommand.h"
 #include "tools/ExampleFile.h"
+#include "tools/ExplainCommand.h"
 #include "tools/HelpFormatter.h"
 #include "tools/LibraryLog.h"
 #include "tools/ReportCommand.h"
@@ -113,6 +114,7 @@ int main(int argc, char** argv) {
         blobsCommand->add_option("--device", blobs.device, "only this tuning device")
             ->type_name("NAME");
     blobsCommand->add_flag("--builtin", blobs.builtin, "the built-in tables instead of the file's");
+    blobsCommand->add_flag("--raw", blobs.raw, "list entries as words, not bands and rows");
 
     SimulateCommand::Options simulate;
     std::vector<std::string> simulateWords;
@@ -148,6 +150,19 @@ int main(int argc, char** argv) {
         ->type_name("PATH");
     reportCommand->add_flag("--verbose", report.common.verbose,
                             "show the library's own log lines on stderr");
+
+    ExplainCommand::Options explain;
+    CLI::App* explainCommand = app.add_subcommand(
+        "explain", "trace the entries of one effect code back to the file's lines and rules");
+    explainCommand->add_option("FILE", explain.common.file, "tuning file")->required();
+    explainCommand->add_option("CODE", explain.code, "effect code, as blobs prints it")->required();
+    explainCommand->add_option("--profile", explain.profile, "only this profile (name or id)")
+        ->type_name("NAME|ID");
+    CLI::Option* explainDevice =
+        explainCommand->add_option("--device", explain.device, "only this tuning device")
+            ->type_name("NAME");
+    explainCommand->add_flag("--raw", explain.raw, "list entries as words, not bands and rows");
+    addCommonOptions(explainCommand, &explain.common);
 
     if (!knownSubcommand(app, argc, argv)) {
         return kExitError;
@@ -196,6 +211,11 @@ int main(int argc, char** argv) {
             report.files.push_back(example);
         }
         return ReportCommand::run(report);
+    }
+    if (app.got_subcommand(explainCommand)) {
+        LibraryLog::install(explain.common.verbose);
+        explain.hasDevice = explainDevice->count() > 0;
+        return ExplainCommand::run(explain);
     }
     if (app.got_subcommand(diffCommand)) {
         LibraryLog::install(diff.common.verbose);

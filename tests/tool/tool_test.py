@@ -306,6 +306,27 @@ class BlobsTest(unittest.TestCase):
         self.assertLessEqual(max(len(line) for line in lines), 80)
 
 
+
+
+    def test_lists_by_band_and_row_with_their_sources(self):
+        text = run("blobs", EXAMPLE, "--profile", "movie").stdout
+        # IEQ preset "detailed" (line 52), first band on line 55; the speaker_stereo matrix's
+        # third row on line 699.
+        self.assertRegex(text, r"speaker +iebs +41 +ieq_frequency, ieq_target line 52\n +"
+                         r"band 1: 47 Hz  target 5 dB \(80\)\n")
+        self.assertIn("row 3: 0.7070 0.7070  (11583 11583)", text)
+        raw = run("blobs", EXAMPLE, "--profile", "movie", "--raw").stdout
+        self.assertNotIn("band 1:", raw)
+        self.assertIn("20 47 141 234", raw)
+        _, document = run_json("blobs", EXAMPLE, "--profile", "movie")
+        iebs = [e for e in document["blobs"][0]["entries"]
+                if e["code"] == "iebs" and e["device"] == 2][0]
+        self.assertEqual(iebs["view"]["raw"], iebs["values"])
+        self.assertEqual([c["name"] for c in iebs["view"]["columns"]], ["frequency", "target"])
+        self.assertEqual(iebs["view"]["columns"][1]["values"][0], 5.0)
+        self.assertEqual(iebs["source"]["summary"], "ieq_frequency, ieq_target line 52")
+
+
 class SimulateTest(unittest.TestCase):
     def test_profile_switch_sends_the_builtin_profile_then_commits(self):
         _, builtin = run_json("blobs", "--builtin", "--profile", "music")
@@ -378,17 +399,14 @@ class DiffTest(unittest.TestCase):
     def tearDown(self):
         shutil.rmtree(self.folder)
 
-    def changed_copy(self):
-        """The example with the movie profile's speaker dialog-enhancer amount 8 made 9."""
+    def changed_copy(self, old, new, after):
+        """The example with the first old after the text after made new."""
         with open(EXAMPLE, encoding="utf-8") as f:
             text = f.read()
-        old = '<dialog-enhancer-amount value="8"/>'
-        at = text.index(old, text.index('<profile id="1"'))
-        self.assertLess(at, text.index('<endpoint_type id="headphone">', text.index(
-            '<profile id="1"')))
+        at = text.index(old, text.index(after))
         path = os.path.join(self.folder, "changed.xml")
         with open(path, "w", encoding="utf-8") as f:
-            f.write(text[:at] + '<dialog-enhancer-amount value="9"/>' + text[at + len(old):])
+            f.write(text[:at] + new + text[at + len(old):])
         return path
 
     def test_a_file_against_itself_is_identical(self):
@@ -398,17 +416,52 @@ class DiffTest(unittest.TestCase):
         self.assertIn("no differences", run("diff", EXAMPLE, EXAMPLE).stdout)
 
     def test_one_changed_value_is_exactly_one_change(self):
-        changed = self.changed_copy()
+        # The movie speaker's dialog-enhancer amount (hand-read line 387) and the third band of
+        # the movie GEQ preset (line 188 of the preset on line 183).
+        cases = [
+            ('<dialog-enhancer-amount value="8"/>', '<dialog-enhancer-amount value="9"/>',
+             '<profile id="1"', 2, "dea", [8], [9], "dialog_enhancer_amount line 387",
+             [("value 1", "8", "9")]),
+            ('<band_geq frequency="234" gain="16"/>', '<band_geq frequency="234" gain="32"/>',
+             '<preset id="1" type="geq">', ALL_DEVICES, "gebs", None, None,
+             "geq_frequency, geq_gain line 183",
+             [("band 3 (234 Hz) gain", "1 dB (16)", "2 dB (32)")]),
+        ]
+        for old, new, after, device, code, was, now, source, values in cases:
+            with self.subTest(code=code):
+                changed = self.changed_copy(old, new, after)
+                result, document = run_json("diff", EXAMPLE, changed)
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(document["store"], [])
+                [difference] = document["differences"]
+                self.assertEqual((difference["blob"], difference["change"]),
+                                 ('profile 1 "movie"', "changed"))
+                [entry] = difference["entries"]
+                self.assertEqual((entry["device"], entry["code"]), (device, code))
+                if was is not None:
+                    self.assertEqual((entry["old"], entry["new"]), (was, now))
+                self.assertEqual((entry["source_a"], entry["source_b"]), (source, source))
+                self.assertEqual([(v["where"], v["old_text"], v["new_text"])
+                                  for v in entry["values"]], values)
+                text = run("diff", EXAMPLE, changed).stdout.splitlines()
+                self.assertEqual(text[0], 'profile 1 "movie": 1 entry differs')
+                self.assertEqual(text[1].split()[:2], ["changed", entry["device_name"]])
+                self.assertEqual(text[2].strip(), "from " + source)
+                # Only what changed: one row under the header.
+                self.assertEqual(len(text), 5)
+                self.assertEqual(text[4].split(), " ".join(values[0]).split())
+
+    def test_changes_to_the_store_state_are_named(self):
+        # Without a default_usb binding the start-up check disables every tuning.
+        changed = self.changed_copy('<device_id id="default_usb"', '<device_id id="usb_other"',
+                                    "<tuning ")
         result, document = run_json("diff", EXAMPLE, changed)
         self.assertEqual(result.returncode, 1)
-        self.assertEqual(document["differences"], [{
-            "blob": 'profile 1 "movie"', "change": "changed",
-            "entries": [{"change": "changed", "device": 2, "device_name": "speaker",
-                         "code": "dea", "old": [8], "new": [9]}]}])
-        text = run("diff", EXAMPLE, changed).stdout.splitlines()
-        self.assertEqual(text[0], 'profile 1 "movie": 1 entry differs')
-        self.assertEqual(text[2].split() + text[3].split(),
-                         ["changed", "speaker", "dea", "old:", "8", "new:", "9"])
+        state = {c["what"]: (c["a"], c["b"]) for c in document["store"]}
+        self.assertEqual(state["tunings usable"], ("true", "false"))
+        self.assertEqual(state["tuning devices of usb"],
+                         ("default_usb usb_dac", "usb_dac usb_other"))
+        self.assertIn("tunings usable", run("diff", EXAMPLE, changed).stdout)
 
     def test_blobs_only_one_file_has_are_added_or_removed(self):
         result, document = run_json("diff", VERSION_OVERRIDES, EXAMPLE)
@@ -451,7 +504,8 @@ class CommandLineTest(unittest.TestCase):
         self.assertRegex(lines[0], r"^spatializer-paramtool \d+\.\d+\.\d+$")
         # The version of the library file the tool actually loaded, and where it is.
         self.assertRegex(lines[1], r"^libspatializerparamstorage \d+\.\d+\.\d+ \(/.*\.so\.")
-        for command in ([], ["check"], ["simulate"], ["diff"], ["blobs"]):
+        for command in ([], ["check"], ["simulate"], ["diff"], ["blobs"], ["explain"],
+                        ["report"]):
             with self.subTest(command=command):
                 text = run(*command, "--help").stdout
                 self.assertIn("Usage: spatializer-paramtool", text)
@@ -501,6 +555,39 @@ class CommandLineTest(unittest.TestCase):
                              [n["message"] for n in finding["notes"]])
         broken = json.loads(run("check", BROKEN, "--sarif").stdout)["runs"][0]["results"]
         self.assertEqual([(r["ruleId"], r["level"]) for r in broken], [("unreadable", "error")])
+
+
+class ExplainTest(unittest.TestCase):
+    def test_entries_trace_back_to_their_lines(self):
+        # Lines read by hand from the example.
+        cases = [
+            (["dea", "--profile", "movie"], 387,
+             ['line 387 <dialog-enhancer-amount> value="8"',
+              "dialog_enhancer_amount of speaker endpoint of profile 1 (line 382)"]),
+            (["svm", "--device", ""], 685,
+             ['line 685 <speaker-virtualizer-mode> value="2"',
+              'speaker_virtualizer_mode of tuning "speaker_stereo" (line 682)']),
+            (["dom", "--profile", "1"], 694,
+             ["loader rule: the speaker tuning's mix matrix",
+              'line 694 <output-mode>', 'line 696 <layout> value="15,24"',
+              'line 699 <c> value="11583,11583"', "row 3: 0.7070 0.7070  (11583 11583)"]),
+        ]
+        for args, line, texts in cases:
+            with self.subTest(code=args[0]):
+                result = run("explain", EXAMPLE, *args)
+                self.assertEqual(result.returncode, 0, result.stderr)
+                for text in texts:
+                    self.assertIn(text, result.stdout)
+                _, document = run_json("explain", EXAMPLE, *args)
+                lines = [element["line"] for entry in document["entries"]
+                         for parameter in entry["source"]["parameters"]
+                         for step in parameter["steps"] for element in step["elements"]]
+                self.assertIn(line, lines)
+
+    def test_an_unknown_entry_is_an_error(self):
+        result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn('no entry "zzz"', result.stderr)
 
 
 if __name__ == "__main__":
