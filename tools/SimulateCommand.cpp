@@ -1,5 +1,7 @@
 #include "tools/SimulateCommand.h"
 
+#include <sys/stat.h>
+
 #include <memory>
 #include <utility>
 
@@ -7,6 +9,7 @@
 #include "model/Parameter.h"
 #include "reader/String2Int.h"
 #include "tools/BlobDecoder.h"
+#include "tools/LibraryLog.h"
 #include "tools/NumberText.h"
 #include "tools/SimulatedEffect.h"
 #include "tools/StoreSession.h"
@@ -169,10 +172,45 @@ Json callJson(const EffectCall& call) {
     if (call.kind != EffectCall::kCommit) {
         json["code"] = BlobDecoder::codeText(call.code);
         json[call.kind == EffectCall::kGetParam ? "capacity" : "count"] = call.count;
+        if (call.kind == EffectCall::kGetParam) {
+            json["returned"] = call.returned;
+        }
         json["values"] = callValues(call);
     }
     json["result"] = call.result;
     return json;
+}
+
+// What a call's count was: getParam shows what the effect wrote back beside what it was asked
+// for ("-" when it refused).
+std::string countText(const EffectCall& call) {
+    if (call.kind != EffectCall::kGetParam) {
+        return std::to_string(call.count);
+    }
+    return (call.result == 0 ? std::to_string(call.returned) : "-") + " of " +
+           std::to_string(call.count);
+}
+
+// Why a step failed, in one line: the library's own error line, else the effect's refusal, else
+// what the store holds for the device asked for.
+std::string whyFailed(const Step& step, const std::vector<EffectCall>& calls,
+                      const std::vector<std::string>& libraryErrors, SpatializerParamArray& store) {
+    if (!libraryErrors.empty()) {
+        return "the library says: " + libraryErrors.back();
+    }
+    for (const EffectCall& call : calls) {
+        if (call.result != 0) {
+            return std::string("the effect answered ") + callName(call.kind) + " " +
+                   BlobDecoder::codeText(call.code) + " with " + std::to_string(call.result);
+        }
+    }
+    if (step.kind == Step::kLoad && !store.isXMLTuningValid(step.device)) {
+        return "the store holds no tuning blob for device \"" + step.device + "\"";
+    }
+    if (step.kind == Step::kTuning && !SpatializerParamCache().isTuningAvailable()) {
+        return "the store has no usable tunings";
+    }
+    return "";
 }
 
 std::string callsText(const std::vector<EffectCall>& calls) {
@@ -188,14 +226,46 @@ std::string callsText(const std::vector<EffectCall>& calls) {
         const bool commit = call.kind == EffectCall::kCommit;
         table.addRow({std::to_string(++number), callName(call.kind),
                       BlobDecoder::deviceName(call.deviceId),
-                      commit ? "" : BlobDecoder::codeText(call.code),
-                      commit ? "" : std::to_string(call.count), std::to_string(call.result),
-                      NumberText::join(callValues(call))});
+                      commit ? "" : BlobDecoder::codeText(call.code), commit ? "" : countText(call),
+                      std::to_string(call.result), NumberText::join(callValues(call))});
     }
     return table.render("  ");
 }
 
 }  // namespace
+
+const char* const SimulateCommand::kStepForms =
+    "profile=NAME|ID, content=on|off[,mcc], select=PORT:DEVICE, tuning, load=DEVICE, "
+    "geq=G1,...,G20";
+
+bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* options) {
+    size_t first = 0;
+    if (!words.empty() && !isStep(words[0])) {
+        struct stat status;
+        const std::string& word = words[0];
+        const bool looksLikePath =
+            word.find('/') != std::string::npos ||
+            (word.size() > 4 && word.compare(word.size() - 4, 4, ".xml") == 0);
+        if (stat(word.c_str(), &status) != 0 && !looksLikePath) {
+            ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
+                                                   "), and no file of that name");
+            return false;
+        }
+        options->common.file = word;
+        first = 1;
+    }
+    for (size_t i = first; i < words.size(); i++) {
+        if (!isStep(words[i])) {
+            ToolOutput::usageError("simulate", "unknown step '" + words[i] +
+                                                   "' (steps: " + kStepForms +
+                                                   "; only the first word may be a "
+                                                   "file)");
+            return false;
+        }
+        options->steps.push_back(words[i]);
+    }
+    return true;
+}
 
 bool SimulateCommand::isStep(const std::string& word) {
     for (const char* prefix : {"profile=", "content=", "select=", "load=", "geq="}) {
@@ -212,12 +282,21 @@ int SimulateCommand::run(const Options& options) {
     for (const std::string& assignment : options.properties) {
         const size_t equals = assignment.find('=');
         if (equals == std::string::npos || equals == 0) {
-            ToolOutput::error(path, "--prop takes KEY=VALUE, not " + assignment);
+            ToolOutput::usageError("simulate", "--prop takes KEY=VALUE, not '" + assignment + "'");
             return kExitError;
         }
         std::string key = assignment.substr(0, equals);
+        std::string shortNames;
         for (const auto& [alias, name] : kPropertyNames) {
             key = key == alias ? name : key;
+            shortNames += (shortNames.empty() ? "" : ", ") + alias;
+        }
+        // Every property name has a dot; a word without one was meant as a short name.
+        if (key.find('.') == std::string::npos) {
+            ToolOutput::usageError("simulate", "--prop: unknown short name '" + key +
+                                                   "' (short names: " + shortNames +
+                                                   "; or a full property name)");
+            return kExitError;
         }
         properties.emplace_back(key, assignment.substr(equals + 1));
     }
@@ -239,21 +318,29 @@ int SimulateCommand::run(const Options& options) {
 
     const bool tuningsUsable = SpatializerParamCache().isTuningAvailable();
     SimulatedEffect effect;
+    LibraryLog::takeErrors();
     Json stepsJson = Json::array();
     std::string text;
     size_t number = 0;
     for (const Step& step : steps) {
         const int result = runStep(step, effect);
         const std::vector<EffectCall> calls = effect.takeCalls();
+        const std::string why =
+            result == 0 ? "" : whyFailed(step, calls, LibraryLog::takeErrors(), session->store());
+        LibraryLog::takeErrors();
         if (options.common.json) {
             Json list = Json::array();
             for (const EffectCall& call : calls) {
                 list.push_back(callJson(call));
             }
             stepsJson.push_back({{"step", step.text}, {"result", result}, {"calls", list}});
+            if (!why.empty()) {
+                stepsJson.back()["why"] = why;
+            }
         } else {
             text += "\nstep " + std::to_string(++number) + ": " + step.text + "  result " +
-                    std::to_string(result) + "\n" + callsText(calls);
+                    std::to_string(result) + "\n" + (why.empty() ? "" : "  why: " + why + "\n") +
+                    callsText(calls);
         }
     }
 

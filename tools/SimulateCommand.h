@@ -23,6 +23,12 @@ public:
 
     // Whether a command-line word is a step (so that the first word that is not is the file).
     static bool isStep(const std::string& word);
+    // Splits the words after the options into the file and the steps: the first word is the
+    // file when it is not a step and names something on disk or looks like a path. False, after
+    // one line on stderr naming the word, for a word that is neither.
+    static bool takeWords(const std::vector<std::string>& words, Options* options);
+    // The steps' forms, for help and errors.
+    static const char* const kStepForms;
 
     // Short names of the properties a device's start-up depends on.
     static const std::vector<std::pair<std::string, std::string>> kPropertyNames;

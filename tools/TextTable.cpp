@@ -11,8 +11,15 @@ constexpr const char* kGap = "  ";
 // The last column never gets narrower than this, even when the others leave less room.
 constexpr size_t kMinLastWidth = 24;
 
-// Splits text into lines of at most width characters at blanks; a longer word stays whole.
-std::vector<std::string> wrap(const std::string& text, size_t width) {
+void rtrim(std::string& text) {
+    while (!text.empty() && text.back() == ' ') {
+        text.pop_back();
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> TextTable::wrap(const std::string& text, size_t width) {
     std::vector<std::string> lines;
     std::string line;
     size_t start = 0;
@@ -32,14 +39,6 @@ std::vector<std::string> wrap(const std::string& text, size_t width) {
     lines.push_back(line);
     return lines;
 }
-
-void rtrim(std::string& text) {
-    while (!text.empty() && text.back() == ' ') {
-        text.pop_back();
-    }
-}
-
-}  // namespace
 
 TextTable::TextTable(std::vector<std::string> headers)
     : mHeaders(std::move(headers)), mRightAligned(mHeaders.size(), false) {}
@@ -92,7 +91,14 @@ void TextTable::renderRow(const std::vector<std::string>& cells, const std::vect
         }
         prefix += kGap;
     }
-    const size_t lastStart = prefix.size();
+    size_t lastStart = prefix.size();
+    if (lastStart + kMinLastWidth > width && !cells.back().empty()) {
+        // The other columns leave the last too little room: it goes below them, indented.
+        rtrim(prefix);
+        out += prefix + "\n";
+        lastStart = indent.size() + 4;
+        prefix = std::string(lastStart, ' ');
+    }
     const size_t lastWidth = width > lastStart + kMinLastWidth ? width - lastStart : kMinLastWidth;
     const std::vector<std::string> lines = wrap(cells.back(), lastWidth);
     for (size_t i = 0; i < lines.size(); i++) {

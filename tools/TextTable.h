@@ -20,7 +20,11 @@ public:
 
     std::string render(const std::string& indent = "", size_t width = kDefaultWidth) const;
 
-    static constexpr size_t kDefaultWidth = 100;
+    // Splits text into lines of at most width characters at blanks; a longer word stays whole.
+    static std::vector<std::string> wrap(const std::string& text, size_t width);
+
+    // A terminal's usual width: tables and help read without a wide window.
+    static constexpr size_t kDefaultWidth = 80;
 
 private:
     void renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,

@@ -109,6 +109,10 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
     TextTable narrow({"", ""});
     narrow.addRow({"k", "a " + std::string(50, 'x') + " b"});
     EXPECT_EQ(narrow.render("", 30), "k  a\n   " + std::string(50, 'x') + "\n   b\n");
+    // Columns that leave the last too little room push it below them, indented.
+    TextTable wide({"", ""});
+    wide.addRow({std::string(50, 'n'), "1 2 3"});
+    EXPECT_EQ(wide.render("  ", 60), "  " + std::string(50, 'n') + "\n      1 2 3\n");
 }
 
 }  // namespace

@@ -200,9 +200,9 @@ class CheckTest(unittest.TestCase):
         for path, words in [(BROKEN, "not a readable XML document"),
                             (os.path.join(DATA, "no-such-file.xml"), "cannot open"),
                             (DATA, "is a directory")]:
-            for command in ("check", "dump", "blobs", "simulate", "diff"):
+            for command in (["check"], ["dump"], ["blobs"], ["simulate"], ["diff", EXAMPLE]):
                 with self.subTest(path=os.path.basename(path), command=command):
-                    result = run(command, path)
+                    result = run(*command, path)
                     self.assertEqual(result.returncode, 2)
                     lines = result.stderr.splitlines()
                     self.assertEqual(len(lines), 1, result.stderr)
@@ -303,7 +303,7 @@ class BlobsTest(unittest.TestCase):
         self.assertEqual([(r[1], r[2]) for r in rows][:3], [("all", "mdle"), ("all", "miee"),
                                                            ("all", "msce")])
         self.assertEqual(len(rows), len(blob["entries"]))
-        self.assertLessEqual(max(len(line) for line in lines), 100)
+        self.assertLessEqual(max(len(line) for line in lines), 80)
 
 
 
@@ -413,7 +413,7 @@ class DiffTest(unittest.TestCase):
         result, document = run_json("diff", EXAMPLE, EXAMPLE)
         self.assertEqual(result.returncode, 0)
         self.assertEqual((document["identical"], document["differences"]), (True, []))
-        self.assertIn("no differences", run("diff").stdout)
+        self.assertIn("no differences", run("diff", EXAMPLE, EXAMPLE).stdout)
 
     def test_one_changed_value_is_exactly_one_change(self):
         # The movie speaker's dialog-enhancer amount (hand-read line 387) and the third band of
@@ -508,6 +508,85 @@ class ExplainTest(unittest.TestCase):
         result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
         self.assertEqual(result.returncode, 2)
         self.assertIn('no entry "zzz"', result.stderr)
+
+
+class CommandLineTest(unittest.TestCase):
+    def test_wrong_command_lines_name_what_is_wrong(self):
+        cases = [
+            (["chek"], "unknown subcommand 'chek'"),
+            (["simulate", "profil=1"], "unknown step 'profil=1'"),
+            (["simulate", EXAMPLE, "tuning", "bogus"], "unknown step 'bogus'"),
+            (["simulate", "tuning", EXAMPLE], "only the first word may be a file"),
+            (["simulate", "--prop", "gain=1", "tuning"], "unknown short name 'gain'"),
+            (["simulate", "--prop", "gains", "tuning"], "--prop takes KEY=VALUE"),
+            (["diff"], "A is required"),
+            (["diff", EXAMPLE], "B is required"),
+            (["check", "--sarif", "--json"], "excludes"),
+        ]
+        for args, words in cases:
+            with self.subTest(args=args):
+                result = run(*args)
+                self.assertEqual((result.returncode, result.stdout), (2, ""))
+                self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
+                self.assertIn(words, result.stderr)
+
+    def test_version_and_help(self):
+        result = run("--version")
+        self.assertEqual(result.returncode, 0)
+        lines = result.stdout.splitlines()
+        self.assertRegex(lines[0], r"^spatializer-paramtool \d+\.\d+\.\d+$")
+        # The version of the library file the tool actually loaded, and where it is.
+        self.assertRegex(lines[1], r"^libspatializerparamstorage \d+\.\d+\.\d+ \(/.*\.so\.")
+        for command in ([], ["check"], ["simulate"], ["diff"], ["blobs"]):
+            with self.subTest(command=command):
+                text = run(*command, "--help").stdout
+                self.assertIn("Usage: spatializer-paramtool", text)
+                self.assertNotRegex(text, r"\(\d+x\)|TEXT")
+                self.assertLessEqual(max(len(line) for line in text.splitlines()), 80, text)
+        self.assertIn("simulate [OPTIONS] [FILE] STEP...", run("simulate", "--help").stdout)
+
+    def test_a_refused_step_says_why_and_getparam_shows_what_came_back(self):
+        result, document = run_json("simulate", "select=headphone:usb_dac", "load=nothing",
+                                    "geq=1,2", "content=on", "geq=" + ",".join(["1"] * 20))
+        select, load, refused, _, geq = document["steps"]
+        self.assertEqual([s["result"] for s in (select, load, refused)], [-22] * 3)
+        self.assertIn("usb_dac is not available for port headphone", select["why"])
+        self.assertIn('no tuning blob for device "nothing"', load["why"])
+        self.assertIn("could not get proper GEQ parameters", refused["why"])
+        self.assertNotIn("why", geq)
+        self.assertEqual([(c["capacity"], c["returned"]) for c in geq["calls"]
+                          if c["call"] == "getParam"], [(41, 41)])
+        text = run("simulate", "load=nothing", "content=on", "geq=" + ",".join(["1"] * 20))
+        self.assertIn('  why: the store holds no tuning blob for device "nothing"', text.stdout)
+        self.assertRegex(text.stdout, r"getParam +all +gebs +41 of 41 +0")
+
+    def test_sarif_log_of_the_findings(self):
+        result, check = run_json("check", VERSION_OVERRIDES)
+        sarif_run = run("check", VERSION_OVERRIDES, "--sarif")
+        self.assertEqual(sarif_run.returncode, result.returncode)
+        log = json.loads(sarif_run.stdout)
+        self.assertEqual(log["version"], "2.1.0")
+        self.assertIn("sarif-2.1.0", log["$schema"])
+        (sarif,) = log["runs"]
+        driver = sarif["tool"]["driver"]
+        self.assertEqual(driver["name"], "spatializer-paramtool")
+        rule_ids = [r["id"] for r in driver["rules"]]
+        self.assertEqual(len(rule_ids), len(set(rule_ids)))
+        results = sarif["results"]
+        self.assertEqual(len(results), len(check["findings"]))
+        self.assertGreater(len(results), 0)
+        for found, finding in zip(results, check["findings"]):
+            self.assertIn(found["ruleId"], rule_ids)
+            self.assertEqual(found["level"], finding["severity"])
+            self.assertEqual(found["message"]["text"], finding["message"])
+            (where,) = found["locations"]
+            place = where["physicalLocation"]
+            self.assertEqual(place["artifactLocation"]["uri"], "file://" + VERSION_OVERRIDES)
+            self.assertEqual(place["region"]["startLine"], finding["line"])
+            self.assertEqual([r["message"]["text"] for r in found.get("relatedLocations", [])],
+                             [n["message"] for n in finding["notes"]])
+        broken = json.loads(run("check", BROKEN, "--sarif").stdout)["runs"][0]["results"]
+        self.assertEqual([(r["ruleId"], r["level"]) for r in broken], [("unreadable", "error")])
 
 
 if __name__ == "__main__":
