@@ -248,6 +248,16 @@ std::vector<std::string> BlobsCommand::valueLines(int32_t code, const std::vecto
     return view.lines();
 }
 
+std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string* name) {
+    for (NamedBlob& blob : builtinBlobs()) {
+        if (blob.id == profileId) {
+            *name = blob.name;
+            return std::move(blob.sources);
+        }
+    }
+    return {};
+}
+
 int BlobsCommand::collectJson(const std::string& path, Json* document) {
     std::vector<NamedBlob> blobs;
     Json state;
