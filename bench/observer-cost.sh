@@ -51,29 +51,14 @@ cleanup() {
 trap cleanup EXIT
 
 # build SIDE COMMIT: the library of COMMIT in Release and korva-load-once against it.
+# shellcheck source=bench/build-driver.sh
+. "$root/bench/build-driver.sh"
 build() {
     local side=$1 commit=$2
-    local tree=$work/tree-$side out=$work/build-$side
-    git -C "$root" worktree add --detach "$tree" "$commit" >/dev/null 2>&1
+    git -C "$root" worktree add --detach "$work/tree-$side" "$commit" >/dev/null 2>&1
     echo "building $side ($commit) ..." >&2
-    cmake -S "$tree" -B "$out" -DCMAKE_BUILD_TYPE=Release -DKORVA_BUILD_BENCH=ON \
-        -DKORVA_BUILD_TESTS=OFF -DKORVA_BUILD_TOOLS=OFF -DKORVA_BUILD_FUZZ=OFF >/dev/null
-    cmake --build "$out" -j 2 --target spatializerparamstorage korva-gen-tuning >/dev/null
-    # The compile and link lines of korva-bench-load, with this checkout's driver in its place.
-    local flags=$out/bench/CMakeFiles/korva-bench-load.dir/flags.make
-    local defines includes cxxflags
-    defines=$(sed -n 's/^CXX_DEFINES = //p' "$flags")
-    includes=$(sed -n 's/^CXX_INCLUDES = //p' "$flags")
-    cxxflags=$(sed -n 's/^CXX_FLAGS = //p' "$flags")
-    local libs=()
-    for lib in libspatializerparamstorage.so engine/libvexparamstore.so \
-               platform/libkorva_host_platform.so; do
-        libs+=("$out/$lib")
-    done
-    # shellcheck disable=SC2086
-    c++ $cxxflags $defines $includes "$root/bench/LoadOnce.cpp" -o "$work/load-once-$side" \
-        -Wl,-rpath,"$out:$out/engine:$out/platform:/usr/lib/x86_64-linux-gnu/android" \
-        "${libs[@]}" -lxml2 -L/usr/lib/x86_64-linux-gnu/android -llog -lutils -lcutils -lbase
+    build_driver "$work/tree-$side" "$work/build-$side" "$root/bench/LoadOnce.cpp" \
+        "$work/load-once-$side"
 }
 build base "$base"
 build head "$head"

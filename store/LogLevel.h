@@ -1,10 +1,13 @@
 // How chatty the store side is. The level comes from a property that integrators change on a
-// running device, so every public call reads it anew rather than caching it; the steps inside
-// one call (a validation walk, the entries of one delivery) share that call's read.
+// running device, so every public call reads it anew; the steps inside one call (a validation
+// walk, the entries of one delivery) share that call's read. A read compares the property's
+// serial with the one last read and parses the value only when it changed
+// (store/CachedIntProperty.h).
 #pragma once
 
 #include <android/log.h>
-#include <cutils/properties.h>
+
+#include "store/CachedIntProperty.h"
 
 namespace korva {
 
@@ -18,8 +21,12 @@ constexpr int kLogLevelTrace = 3;
 // Per-entry traces of the blob parser.
 constexpr int kLogLevelVerbose = 4;
 
+// The one reader of the level property, shared by every caller in the process. Constant
+// initialised, so it can be read from any static initialiser.
+extern CachedIntProperty sLogLevelProperty;
+
 inline int logLevel() {
-    return property_get_int32(kLogLevelProperty, kDefaultLogLevel);
+    return sLogLevelProperty.get();
 }
 
 inline bool isLogLevelAtLeast(int level) {

@@ -1,5 +1,6 @@
 #include "store/SpatializerParamArray.h"
 
+#include <cutils/properties.h>
 #include <sys/stat.h>
 
 #include <cerrno>

@@ -2,6 +2,8 @@
 // the effect works on twenty bands in 1/16 dB, relative to their mean unless the product keeps
 // the user's values as they are.
 
+#include <cutils/properties.h>
+
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>

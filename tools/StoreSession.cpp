@@ -1,9 +1,8 @@
 #include "tools/StoreSession.h"
 
-#include <android-base/properties.h>
-
 #include <cstdlib>
 
+#include "platform/LocalProperties.h"
 #include "tools/HostRoot.h"
 #include "tools/ToolOutput.h"
 #include "tools/TuningInput.h"
@@ -16,11 +15,9 @@ std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
     if (input == nullptr) {
         return nullptr;
     }
+    // The host's property stand-in, which the library reads its log level from as well.
     for (const auto& [key, value] : properties) {
-        if (!android::base::SetProperty(key, value)) {
-            ToolOutput::error(tuningFile, "cannot set property " + key);
-            return nullptr;
-        }
+        setLocalProperty(key, value);
     }
     std::string error;
     std::unique_ptr<HostRoot> root = HostRoot::create(input->path(), &error);

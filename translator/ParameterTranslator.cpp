@@ -1,6 +1,8 @@
 #include "translator/ParameterTranslator.h"
 
+#include <algorithm>
 #include <map>
+#include <typeinfo>
 #include <vector>
 
 #include "model/LoadObserver.h"
@@ -28,13 +30,18 @@ void ParameterTranslator::onParameterChanged(Parameter parameter) {
 void ParameterTranslator::translatePending(SetParamCommand& cmd) {
     LoadObserver* observer = LoadObserver::current();
     for (Translator* translator : mPending) {
-        if (observer == nullptr) {
-            translator->vexTranslate(cmd, *mSource, mEndpoint, mMono);
-        } else {
-            translateObserved(*translator, cmd, *observer);
-        }
+        translate(*translator, cmd, observer);
     }
     mPending.clear();
+}
+
+void ParameterTranslator::translate(Translator& translator, SetParamCommand& cmd,
+                                    LoadObserver* observer) {
+    if (observer == nullptr) {
+        translator.vexTranslate(cmd, *mSource, mEndpoint, mMono);
+    } else {
+        translateObserved(translator, cmd, *observer);
+    }
 }
 
 void ParameterTranslator::translateObserved(Translator& translator, SetParamCommand& cmd,
@@ -55,10 +62,30 @@ void ParameterTranslator::translateObserved(Translator& translator, SetParamComm
 }
 
 void ParameterTranslator::translateAll(SetParamCommand& cmd) {
-    for (Parameter parameter : mSource->getValidParams()) {
-        onParameterChanged(parameter);
+    if (typeid(*this) != typeid(ParameterTranslator)) {
+        // A subclass may queue differently: let it.
+        for (Parameter parameter : mSource->getValidParams()) {
+            onParameterChanged(parameter);
+        }
+        translatePending(cmd);
+        return;
     }
-    translatePending(cmd);
+    // The same translators in the same order as through the queue, without a set node per
+    // translator per record: gathered in one vector, put in construction order, each kept once.
+    std::vector<Translator*> queue(mPending.begin(), mPending.end());
+    queue.reserve(queue.size() + mSource->getValidParams().size());
+    for (Parameter parameter : mSource->getValidParams()) {
+        if (Translator* translator = sTranslatorCollection->getTranslator(parameter)) {
+            queue.push_back(translator);
+        }
+    }
+    std::sort(queue.begin(), queue.end(), TranslatorOrder());
+    queue.erase(std::unique(queue.begin(), queue.end()), queue.end());
+    mPending.clear();
+    LoadObserver* observer = LoadObserver::current();
+    for (Translator* translator : queue) {
+        translate(*translator, cmd, observer);
+    }
 }
 
 }  // namespace korva

@@ -32,6 +32,8 @@ public:
     static TranslatorCollection* sTranslatorCollection;
 
 private:
+    // Runs one translator on the source, through translateObserved when someone listens.
+    void translate(Translator& translator, SetParamCommand& cmd, LoadObserver* observer);
     // As vexTranslate, telling the load's listener what it changed and which entries it added.
     void translateObserved(Translator& translator, SetParamCommand& cmd, LoadObserver& observer);
 

@@ -1,0 +1,20 @@
+# Sourced by bench/observer-cost.sh and bench/blob-check.sh: build_driver TREE OUT SOURCE BINARY
+# builds the library of the source tree TREE in Release into OUT, then compiles SOURCE (a driver
+# of this checkout) against it into BINARY with the compile and link lines of korva-bench-load.
+build_driver() {
+    local tree=$1 out=$2 source=$3 binary=$4
+    cmake -S "$tree" -B "$out" -DCMAKE_BUILD_TYPE=Release -DKORVA_BUILD_BENCH=ON \
+        -DKORVA_BUILD_TESTS=OFF -DKORVA_BUILD_TOOLS=OFF -DKORVA_BUILD_FUZZ=OFF >/dev/null
+    cmake --build "$out" -j 2 --target spatializerparamstorage korva-gen-tuning >/dev/null
+    local flags=$out/bench/CMakeFiles/korva-bench-load.dir/flags.make
+    local defines includes cxxflags
+    defines=$(sed -n 's/^CXX_DEFINES = //p' "$flags")
+    includes=$(sed -n 's/^CXX_INCLUDES = //p' "$flags")
+    cxxflags=$(sed -n 's/^CXX_FLAGS = //p' "$flags")
+    # shellcheck disable=SC2086
+    c++ $cxxflags $defines $includes "$source" -o "$binary" \
+        -Wl,-rpath,"$out:$out/engine:$out/platform:/usr/lib/x86_64-linux-gnu/android" \
+        "$out/libspatializerparamstorage.so" "$out/engine/libvexparamstore.so" \
+        "$out/platform/libkorva_host_platform.so" -lxml2 -L/usr/lib/x86_64-linux-gnu/android \
+        -llog -lutils -lcutils -lbase
+}
