@@ -262,6 +262,16 @@ Json BlobsCommand::blobsJson(const StoreSession& session) {
     return list;
 }
 
+std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string* name) {
+    for (NamedBlob& blob : builtinBlobs()) {
+        if (blob.id == profileId) {
+            *name = blob.name;
+            return std::move(blob.sources);
+        }
+    }
+    return {};
+}
+
 int BlobsCommand::collectJson(const std::string& path, Json* document) {
     std::vector<NamedBlob> blobs;
     Json state;

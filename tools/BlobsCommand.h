@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/EntryProvenance.h"
 #include "tools/StoreSession.h"
 #include "tools/ToolOutput.h"
 
@@ -31,6 +32,10 @@ public:
     // or when its code has no layout.
     static std::vector<std::string> valueLines(int32_t code, const std::vector<int32_t>& values,
                                                bool raw);
+
+    // The entries of the built-in table the store keeps for a profile id, and the table's name;
+    // none for an id without a table.
+    static std::vector<EntrySource> builtinSources(int profileId, std::string* name);
 
     // Every blob of a file as blobs --json prints it. Reports and returns kExitError when the
     // file cannot be loaded.

@@ -227,6 +227,23 @@ SourceParameter EntryProvenance::sourceParameter(Parameter parameter, int record
     return source;
 }
 
+int EntryProvenance::blobRecord(size_t blob) const {
+    auto translations = mTranslations.find(static_cast<int>(blob));
+    if (translations == mTranslations.end() || translations->second.empty()) {
+        return -1;
+    }
+    return mReport.translated[translations->second.front()].record;
+}
+
+EntrySource EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {
+    EntrySource source;
+    for (Parameter parameter : parameters) {
+        // Every write the load made, the last translation's included.
+        source.parameters.push_back(sourceParameter(parameter, record, mReport.translated.size()));
+    }
+    return source;
+}
+
 std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
     std::vector<EntrySource> sources;
     if (blob >= mReport.blobs.size()) {

@@ -70,6 +70,11 @@ public:
     int profileBlob(int profileId) const;
     int tuningBlob(const std::string& device) const;
 
+    // The record the load translated first into a blob, or -1: a tuning device blob's tuning.
+    int blobRecord(size_t blob) const;
+    // Where a record's values of some parameters came from, as one entry made of them would say.
+    EntrySource ofRecord(int record, const std::vector<Parameter>& parameters) const;
+
     // Every entry of a blob of the report, in blob order.
     std::vector<EntrySource> ofBlob(size_t blob) const;
     // Every entry of a built-in table's words.

@@ -1,6 +1,7 @@
 // spatializer-paramtool simulate: replays an effect's calls into the parameter cache against a
 // simulated effect, after setting the system properties a device would have, and prints every
-// setParam, getParam and commit the library makes, step by step.
+// setParam, getParam and commit the library makes, step by step, each with the blob entry it
+// carries, where that entry came from and what the cache put in its place, as the cache reports.
 #pragma once
 
 #include <string>
@@ -17,6 +18,8 @@ public:
         // KEY=VALUE, KEY being a property name or one of the short names (see kPropertyNames).
         std::vector<std::string> properties;
         std::vector<std::string> steps;
+        // The words of list values instead of their bands and rows.
+        bool raw = false;
     };
 
     static int run(const Options& options);

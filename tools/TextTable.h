@@ -16,6 +16,9 @@ public:
     // Numbers read best right-aligned.
     void alignRight(size_t column);
     void addRow(std::vector<std::string> cells);
+    // A line under the row added last that spans the columns, indented a little past them and
+    // wrapped (continuations indented further): details that would crowd the last column.
+    void addNote(const std::string& text);
     bool empty() const { return mRows.empty(); }
 
     std::string render(const std::string& indent = "", size_t width = kDefaultWidth) const;
@@ -33,6 +36,7 @@ private:
     std::vector<std::string> mHeaders;
     std::vector<bool> mRightAligned;
     std::vector<std::vector<std::string>> mRows;
+    std::vector<bool> mIsNote;  // per row: a note's single cell
 };
 
 }  // namespace korva::tool

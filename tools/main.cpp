@@ -128,6 +128,7 @@ int main(int argc, char** argv) {
                                 std::string("tuning file (default: the bundled example), then "
                                             "the steps: ") +
                                     SimulateCommand::kStepForms);
+    simulateCommand->add_flag("--raw", simulate.raw, "list values as words, not bands and rows");
     addCommonOptions(simulateCommand, &simulate.common);
 
     DiffCommand::Options diff;

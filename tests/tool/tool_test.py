@@ -383,6 +383,92 @@ class SimulateTest(unittest.TestCase):
                 self.assertEqual(step["result"], 0)
                 self.assertEqual(setparams(step["calls"]), entries(blobs["blobs"][0]))
 
+    def test_rows_name_the_blob_entry_and_its_lines(self):
+        _, document = run_json("simulate", EXAMPLE, "profile=movie", "content=on", "tuning")
+        profile, content, tuning_step = document["steps"]
+        calls = [c for step in document["steps"] for c in step["calls"] if c["call"] != "commit"]
+        self.assertTrue(all(c["source"] is not None for c in calls))
+        self.assertEqual({c["source"]["blob"]["kind"] for c in profile["calls"][:-1]},
+                         {"builtin"})
+
+        def call(step, device, code):
+            [found] = [c for c in step["calls"]
+                       if (c.get("device_name"), c.get("code")) == (device, code)]
+            return found
+
+        def lines(source):
+            return [e["line"] for p in source["provenance"]["parameters"] for s in p["steps"]
+                    for e in s["elements"]]
+        # Hand-read: the movie speaker's dialog-enhancer amount (line 387), the movie GEQ preset
+        # (line 183), the wired headphone's audio-optimiser bands (line 1042, first band 1043).
+        cases = [(content, "speaker", "dea", "profile", 387, "as_is"),
+                 (content, "all", "gebs", "profile", 183, "user_geq_gains"),
+                 (tuning_step, "wired headphone", "aobs", "tuning_device", 1043, "as_is")]
+        for step, device, code, kind, line, delivery in cases:
+            with self.subTest(code=code):
+                source = call(step, device, code)["source"]
+                self.assertEqual(source["blob"]["kind"], kind)
+                self.assertIn(line, lines(source))
+                self.assertEqual(source["delivery"]["kind"], delivery)
+        gebs = call(content, "all", "gebs")
+        self.assertEqual(gebs["source"]["delivery"]["gains"], gebs["values"][21:])
+        self.assertEqual(gebs["view"]["raw"], gebs["values"])
+
+        text = run("simulate", EXAMPLE, "profile=movie", "content=on").stdout
+        self.assertIn('from profile 1 "movie" #7: reverb_suppression_amount line 377', text)
+        self.assertRegex(text, r'from profile 1 "movie" #13: geq_frequency, geq_gain line 183\n'
+                         r' +with the user\'s GEQ gains of profile 1 "movie"\n'
+                         r' +band 1: 47 Hz  gain 3 dB \(48\)\n')
+        self.assertIn('from built-in table "movie" #1\n', text)
+        raw = run("simulate", EXAMPLE, "content=on", "--raw").stdout
+        self.assertNotIn("band 1:", raw)
+        self.assertLessEqual(max(len(line) for line in text.splitlines()), 80)
+
+    def test_substitutions_name_the_user_gains_and_the_tuning_matrix(self):
+        # Speaker tunings with four output channels take the tuning's mix matrix into "dom".
+        folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, folder)
+        four = os.path.join(folder, "four-channels.xml")
+        with open(EXAMPLE, encoding="utf-8") as f:
+            text = f.read().replace('output_channels="2">', 'output_channels="4">')
+        with open(four, "w", encoding="utf-8") as f:
+            f.write(text)
+        gains = [g - 10 for g in range(20)]
+        _, document = run_json("simulate", four, "content=on", "select=internal_speaker:speaker_game",
+                               "geq=" + ",".join(map(str, gains)), "content=off")
+        content, select, geq, off = [s["calls"] for s in document["steps"]]
+        # The stereo speaker tuning's output mode is on line 694, the game one's matrix on 828.
+        cases = [(content, "setParam", "profile", "tuning_mix_matrix", "", 694),
+                 (select, "getParam", "effect", "tuning_mix_matrix", "speaker_game", 828),
+                 (select, "setParam", "effect", "tuning_mix_matrix", "speaker_game", 828),
+                 (off, "getParam", "profile", "effect_matrix_off", None, None),
+                 (off, "setParam", "profile", "effect_matrix_off", None, None)]
+        for calls, kind, blob, delivery, device, line in cases:
+            with self.subTest(kind=kind, delivery=delivery, device=device):
+                [dom] = [c for c in calls if (c["call"], c.get("device"), c.get("code")) ==
+                         (kind, 2, "dom")]
+                source = dom["source"]
+                self.assertEqual((source["blob"]["kind"], source["delivery"]["kind"]),
+                                 (blob, delivery))
+                if device is None:
+                    continue
+                self.assertEqual(source["delivery"]["device"], device)
+                matrix = source["delivery"]["words"]
+                if kind == "setParam":
+                    self.assertEqual(dom["values"][1:len(matrix) + 1], matrix)
+                self.assertIn(line, [e["line"] for p in source["delivery"]["provenance"]["parameters"]
+                                     for s in p["steps"] for e in s["elements"]])
+        [get, sent, _] = geq
+        for call in (get, sent):
+            self.assertEqual(call["source"]["blob"], {"kind": "effect"})
+            self.assertEqual(call["source"]["delivery"]["kind"], "user_geq_gains")
+            self.assertEqual(call["source"]["delivery"]["gains"], gains)
+        self.assertEqual(sent["values"][21:], gains)
+        text = run("simulate", four, "content=on", "geq=" + ",".join(map(str, gains))).stdout
+        self.assertIn("read back, to send with the user's GEQ gains of profile 1", text)
+        self.assertRegex(text, r"from the effect's own gebs, read back\n +with the user's GEQ "
+                         r'gains of profile 1 "movie"\n +band 1: 47 Hz  gain -0.625 dB \(-10\)')
+
     def test_bad_steps_are_refused_before_anything_runs(self):
         for step in ("profile=opera", "content=maybe", "select=moon:x", "geq=1.5"):
             with self.subTest(step=step):
@@ -477,6 +563,39 @@ class DiffTest(unittest.TestCase):
         self.assertIn(BROKEN, result.stderr)
 
 
+class ExplainTest(unittest.TestCase):
+    def test_entries_trace_back_to_their_lines(self):
+        # Lines read by hand from the example.
+        cases = [
+            (["dea", "--profile", "movie"], 387,
+             ['line 387 <dialog-enhancer-amount> value="8"',
+              "dialog_enhancer_amount of speaker endpoint of profile 1 (line 382)"]),
+            (["svm", "--device", ""], 685,
+             ['line 685 <speaker-virtualizer-mode> value="2"',
+              'speaker_virtualizer_mode of tuning "speaker_stereo" (line 682)']),
+            (["dom", "--profile", "1"], 694,
+             ["loader rule: the speaker tuning's mix matrix",
+              'line 694 <output-mode>', 'line 696 <layout> value="15,24"',
+              'line 699 <c> value="11583,11583"', "row 3: 0.7070 0.7070  (11583 11583)"]),
+        ]
+        for args, line, texts in cases:
+            with self.subTest(code=args[0]):
+                result = run("explain", EXAMPLE, *args)
+                self.assertEqual(result.returncode, 0, result.stderr)
+                for text in texts:
+                    self.assertIn(text, result.stdout)
+                _, document = run_json("explain", EXAMPLE, *args)
+                lines = [element["line"] for entry in document["entries"]
+                         for parameter in entry["source"]["parameters"]
+                         for step in parameter["steps"] for element in step["elements"]]
+                self.assertIn(line, lines)
+
+    def test_an_unknown_entry_is_an_error(self):
+        result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn('no entry "zzz"', result.stderr)
+
+
 class CommandLineTest(unittest.TestCase):
     def test_wrong_command_lines_name_what_is_wrong(self):
         cases = [
@@ -555,39 +674,6 @@ class CommandLineTest(unittest.TestCase):
                              [n["message"] for n in finding["notes"]])
         broken = json.loads(run("check", BROKEN, "--sarif").stdout)["runs"][0]["results"]
         self.assertEqual([(r["ruleId"], r["level"]) for r in broken], [("unreadable", "error")])
-
-
-class ExplainTest(unittest.TestCase):
-    def test_entries_trace_back_to_their_lines(self):
-        # Lines read by hand from the example.
-        cases = [
-            (["dea", "--profile", "movie"], 387,
-             ['line 387 <dialog-enhancer-amount> value="8"',
-              "dialog_enhancer_amount of speaker endpoint of profile 1 (line 382)"]),
-            (["svm", "--device", ""], 685,
-             ['line 685 <speaker-virtualizer-mode> value="2"',
-              'speaker_virtualizer_mode of tuning "speaker_stereo" (line 682)']),
-            (["dom", "--profile", "1"], 694,
-             ["loader rule: the speaker tuning's mix matrix",
-              'line 694 <output-mode>', 'line 696 <layout> value="15,24"',
-              'line 699 <c> value="11583,11583"', "row 3: 0.7070 0.7070  (11583 11583)"]),
-        ]
-        for args, line, texts in cases:
-            with self.subTest(code=args[0]):
-                result = run("explain", EXAMPLE, *args)
-                self.assertEqual(result.returncode, 0, result.stderr)
-                for text in texts:
-                    self.assertIn(text, result.stdout)
-                _, document = run_json("explain", EXAMPLE, *args)
-                lines = [element["line"] for entry in document["entries"]
-                         for parameter in entry["source"]["parameters"]
-                         for step in parameter["steps"] for element in step["elements"]]
-                self.assertIn(line, lines)
-
-    def test_an_unknown_entry_is_an_error(self):
-        result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
-        self.assertEqual(result.returncode, 2)
-        self.assertIn('no entry "zzz"', result.stderr)
 
 
 if __name__ == "__main__":
