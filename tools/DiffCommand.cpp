@@ -84,9 +84,28 @@ std::string sourceOf(const Json& entry) {
     return source.value("summary", std::string());
 }
 
+// The line of a band's own row in the file, as the entry's source reports the rows its
+// parameters were read from; 0 when none is reported.
+long bandLine(const Json& entry, int band) {
+    if (band < 0 || !entry.contains("source") || !entry["source"].contains("parameters")) {
+        return 0;
+    }
+    for (const Json& parameter : entry["source"]["parameters"]) {
+        for (const Json& step : parameter["steps"]) {
+            int row = 0;
+            for (const Json& element : step["elements"]) {
+                if (element.value("row", false) && row++ == band) {
+                    return element["line"].get<long>();
+                }
+            }
+        }
+    }
+    return 0;
+}
+
 // The values that differ between two lists of one length, by band or row where the entry's
 // layout says, each with its old and new value in its unit.
-Json changedValues(const Json& entry, const std::vector<int>& before,
+Json changedValues(const Json& entry, const Json& newEntry, const std::vector<int>& before,
                    const std::vector<int>& after) {
     const int32_t code = vexParameterCode(entry.value("code", std::string()).c_str());
     const EntryView oldView = EntryView::decode(code, before);
@@ -95,12 +114,16 @@ Json changedValues(const Json& entry, const std::vector<int>& before,
     for (size_t i = 0; i < before.size(); i++) {
         if (before[i] != after[i]) {
             const EntryView::Place was = oldView.place(i);
-            changes.push_back({{"index", i},
-                               {"where", was.where},
-                               {"old", before[i]},
-                               {"new", after[i]},
-                               {"old_text", was.value},
-                               {"new_text", newView.place(i).value}});
+            Json change = {
+                {"index", i},      {"where", was.where},    {"old", before[i]},
+                {"new", after[i]}, {"old_text", was.value}, {"new_text", newView.place(i).value}};
+            const long lineA = bandLine(entry, was.band);
+            const long lineB = bandLine(newEntry, was.band);
+            if (lineA > 0 || lineB > 0) {
+                change["line_a"] = lineA;
+                change["line_b"] = lineB;
+            }
+            changes.push_back(change);
         }
     }
     return changes;
@@ -138,7 +161,8 @@ Json compareEntries(const Json& before, const Json& after) {
             change["old"] = oldValues;
             change["new"] = newValues;
             if (oldValues.size() == newValues.size()) {
-                change["values"] = changedValues(oldEntries[i], oldValues, newValues);
+                change["values"] =
+                    changedValues(oldEntries[i], newEntries[found->second], oldValues, newValues);
             }
             changes.push_back(change);
         }
@@ -254,9 +278,17 @@ std::string changedText(const Json& entry) {
         text += b.empty() ? "" : "    b: from " + b + "\n";
     }
     if (entry.contains("values")) {
-        TextTable table({"where", "old", "new"});
+        TextTable table({"where", "line", "old", "new"});
         for (const Json& value : entry["values"]) {
-            table.addRow({value["where"].get<std::string>(), value["old_text"].get<std::string>(),
+            // A band's own row: one line when both files have it in the same place.
+            std::string line;
+            if (value.contains("line_a")) {
+                const long a = value["line_a"].get<long>();
+                const long b = value["line_b"].get<long>();
+                line = a == b ? std::to_string(a) : std::to_string(a) + "/" + std::to_string(b);
+            }
+            table.addRow({value["where"].get<std::string>(), line,
+                          value["old_text"].get<std::string>(),
                           value["new_text"].get<std::string>()});
         }
         return text + table.render("    ");

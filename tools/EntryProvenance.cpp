@@ -97,6 +97,11 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.translated.size(); i++) {
         mTranslations[report.translated[i].blob].push_back(i);
     }
+    for (const LoadReport::NodeEvent& event : report.structures) {
+        if (event.what == static_cast<int>(Structure::kSetterRow)) {
+            mRows.insert(event.node);
+        }
+    }
 }
 
 int EntryProvenance::profileBlob(int profileId) const {
@@ -169,7 +174,7 @@ std::vector<ReadElement> EntryProvenance::readElements(int node) const {
         const ReportedNode& reported = mReport.node(at);
         auto attributes = mAttributes.find(at);
         if (at == node || attributes != mAttributes.end()) {
-            elements.push_back({reported.name, reported.line, reported.atLeast,
+            elements.push_back({reported.name, reported.line, reported.atLeast, mRows.count(at) > 0,
                                 attributes != mAttributes.end() ? attributes->second
                                                                 : decltype(attributes->second)()});
         }
@@ -356,6 +361,7 @@ Json EntrySource::toJson() const {
                 elements.push_back({{"element", element.name},
                                     {"line", element.line},
                                     {"at_least", element.atLeast},
+                                    {"row", element.row},
                                     {"attributes", attributes}});
             }
             Json item = {{"rule", step.rule.empty() ? Json(nullptr) : Json(step.rule)}};

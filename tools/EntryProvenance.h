@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,8 @@ struct ReadElement {
     std::string name;
     long line = 0;
     bool atLeast = false;
+    // A band or matrix row that a setter read as one row of the list.
+    bool row = false;
     std::vector<std::pair<std::string, std::string>> attributes;
 };
 
@@ -95,6 +98,7 @@ private:
     std::map<int, std::vector<std::pair<std::string, std::string>>> mAttributes;
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob
+    std::set<int> mRows;                               // nodes reported as list rows
 };
 
 }  // namespace korva::tool

@@ -507,13 +507,13 @@ class DiffTest(unittest.TestCase):
         cases = [
             ('<dialog-enhancer-amount value="8"/>', '<dialog-enhancer-amount value="9"/>',
              '<profile id="1"', 2, "dea", [8], [9], "dialog_enhancer_amount line 387",
-             [("value 1", "8", "9")]),
+             [("value 1", "8", "9")], None),
             ('<band_geq frequency="234" gain="16"/>', '<band_geq frequency="234" gain="32"/>',
              '<preset id="1" type="geq">', ALL_DEVICES, "gebs", None, None,
              "geq_frequency, geq_gain line 183",
-             [("band 3 (234 Hz) gain", "1 dB (16)", "2 dB (32)")]),
+             [("band 3 (234 Hz) gain", "1 dB (16)", "2 dB (32)")], 188),
         ]
-        for old, new, after, device, code, was, now, source, values in cases:
+        for old, new, after, device, code, was, now, source, values, row_line in cases:
             with self.subTest(code=code):
                 changed = self.changed_copy(old, new, after)
                 result, document = run_json("diff", EXAMPLE, changed)
@@ -529,13 +529,18 @@ class DiffTest(unittest.TestCase):
                 self.assertEqual((entry["source_a"], entry["source_b"]), (source, source))
                 self.assertEqual([(v["where"], v["old_text"], v["new_text"])
                                   for v in entry["values"]], values)
+                # A band's change is traced to the band's own row.
+                self.assertEqual([(v.get("line_a"), v.get("line_b")) for v in entry["values"]],
+                                 [(row_line, row_line)])
                 text = run("diff", EXAMPLE, changed).stdout.splitlines()
                 self.assertEqual(text[0], 'profile 1 "movie": 1 entry differs')
                 self.assertEqual(text[1].split()[:2], ["changed", entry["device_name"]])
                 self.assertEqual(text[2].strip(), "from " + source)
                 # Only what changed: one row under the header.
                 self.assertEqual(len(text), 5)
-                self.assertEqual(text[4].split(), " ".join(values[0]).split())
+                where, old_text, new_text = values[0]
+                self.assertEqual(text[4].split(),
+                                 " ".join([where, str(row_line or ""), old_text, new_text]).split())
 
     def test_changes_to_the_store_state_are_named(self):
         # Without a default_usb binding the start-up check disables every tuning.
@@ -584,6 +589,7 @@ class ExplainTest(unittest.TestCase):
                 self.assertEqual(result.returncode, 0, result.stderr)
                 for text in texts:
                     self.assertIn(text, result.stdout)
+                self.assertLessEqual(max(len(line) for line in result.stdout.splitlines()), 80)
                 _, document = run_json("explain", EXAMPLE, *args)
                 lines = [element["line"] for entry in document["entries"]
                          for parameter in entry["source"]["parameters"]
