@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <set>
 
+#include "cache/DeliveryObserver.h"
 #include "engine/EffectParamParser.h"
 #include "engine/VexParamStore.h"
 #include "model/OutputDevice.h"
@@ -53,6 +54,38 @@ public:
 private:
     const char* mFunction;
     bool mEnabled;
+};
+
+// Tells the thread's delivery listener, if there is one, what the calls that follow carry. Made
+// once per operation: with nobody listening, each report is a test of a null pointer.
+class DeliveryReport {
+public:
+    DeliveryReport() : mObserver(DeliveryObserver::current()) {}
+
+    void blob(DeliveredBlob blob, int profileId, const std::string& device = noDevice()) const {
+        if (mObserver != nullptr) {
+            mObserver->onBlob(blob, profileId, device);
+        }
+    }
+    void entry(int index, Delivery how, int profileId = 0,
+               const std::string& device = noDevice()) const {
+        if (mObserver != nullptr) {
+            mObserver->onEntry(index, how, profileId, device);
+        }
+    }
+    void effectValues(Delivery how, int profileId, const std::string& device = noDevice()) const {
+        if (mObserver != nullptr) {
+            mObserver->onEffectValues(how, profileId, device);
+        }
+    }
+
+private:
+    static const std::string& noDevice() {
+        static const std::string sNone;
+        return sNone;
+    }
+
+    DeliveryObserver* mObserver;
 };
 
 void sendEntry(IEffectKrv* effect, const EffectParamParser& parser) {
@@ -137,14 +170,20 @@ int SpatializerParamCache::setKorvaContentProfile(KrvSpatializerProfileId id, IE
     const StoreState state = readStoreState(array);
     // A speaker with more than two output channels has its mix matrix from its tuning device.
     const bool tunedSpeakerMatrix = state.tuningParamValue >= 3 && state.xmlTuningCount >= 1;
+    const DeliveryReport report;
+    report.blob(DeliveredBlob::kBuiltinProfile, id);
+    int entry = 0;
     parser.forEachEntry([&] {
+        const int index = entry++;
         if (!tunedSpeakerMatrix || parser.mDeviceId != kOutputDeviceSpeaker ||
             parser.mParamId != kDomCode) {
+            report.entry(index, Delivery::kAsIs);
             effect->setParam(parser.mDeviceId, parser.mParamId, parser.mValues, parser.mNumValues);
             return;
         }
         // Keep the effect's matrix; only make sure that it is switched on.
         KORVA_LOGD(kTag, "%s(): Hardcoded dom parameter values skipped", "setKorvaContentProfile");
+        report.entry(index, Delivery::kEffectMatrixOn);
         std::vector<int> dom = mixMatrixBuffer(state.defaultMixMatrixLength);
         int count = static_cast<int>(dom.size());
         if (effect->getParam(kOutputDeviceSpeaker, kDomCode, dom.data(), &count) == 0 &&
@@ -175,8 +214,10 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
         }
         const bool hasTunings = state.xmlTuningCount >= 1;
         const EntryTracer tracer(__func__);
+        const DeliveryReport report;
+        report.blob(DeliveredBlob::kFileProfile, state.currentProfileId);
         parser.begin();
-        while (parser.next()) {
+        for (int index = 0; parser.next(); index++) {
             tracer.trace(parser);
             const int device = parser.mDeviceId;
             const int code = parser.mParamId;
@@ -185,6 +226,7 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                 // Speaker optimisation and virtual bass come with the tuning devices; without
                 // them the effect keeps its own.
                 if (hasTunings) {
+                    report.entry(index, Delivery::kAsIs);
                     sendEntry(effect, parser);
                 }
             } else if (code == kGebsCode) {
@@ -196,15 +238,18 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                     std::vector<int> gains = copyProfileGeqGains(array, state.currentProfileId);
                     std::copy_n(gains.begin(), std::min<size_t>(gains.size(), kGeqBands),
                                 geq.begin() + kGeqGainsOffset);
+                    report.entry(index, Delivery::kUserGeqGains, state.currentProfileId);
                     effect->setParam(device, code, geq.data(), kGeqWords);
                 }
             } else if (isContentProcEnabled && hasTunings && device == kOutputDeviceSpeaker &&
                        code == kDomCode && state.tuningParamValue > 2) {
-                const std::vector<int>& matrix =
-                    array.getXMLTuningMixMatrix(array.getSelectedTuningDevice(kSpeakerPort));
+                const std::string speaker = array.getSelectedTuningDevice(kSpeakerPort);
+                const std::vector<int>& matrix = array.getXMLTuningMixMatrix(speaker);
                 if (matrix.empty()) {
+                    report.entry(index, Delivery::kAsIs);
                     sendEntry(effect, parser);
                 } else {
+                    report.entry(index, Delivery::kTuningMixMatrix, 0, speaker);
                     // The entry's own count goes with the tuning's matrix, as the effect expects;
                     // the buffer covers both so that neither reaches past it.
                     size_t length = std::max(matrix.size() + 1,
@@ -215,13 +260,16 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                     effect->setParam(device, code, dom.data(), parser.mNumValues);
                 }
             } else if (VexParamStore::isDeviceProcParamInProfile(code)) {
+                report.entry(index, Delivery::kAsIs);
                 sendEntry(effect, parser);
             } else if (isKorvaContentWithMcc) {
                 // Multichannel content: the built-in blobs sent below decide the rest.
             } else if (isContentProcEnabled) {
+                report.entry(index, Delivery::kAsIs);
                 sendEntry(effect, parser);
             } else if (code == kDomCode) {
                 // Switching off keeps the effect's matrix and only disables it.
+                report.entry(index, Delivery::kEffectMatrixOff);
                 std::vector<int> dom = mixMatrixBuffer(state.defaultMixMatrixLength);
                 int count = static_cast<int>(dom.size());
                 effect->getParam(device, code, dom.data(), &count);
@@ -229,6 +277,7 @@ int SpatializerParamCache::updateContentProcEnabled(IEffectKrv* effect, bool isC
                 effect->setParam(device, code, dom.data(), clampCount(count, dom));
             } else if (VexParamStore::isContentProcDisableParam(code)) {
                 const int off = 0;
+                report.entry(index, Delivery::kSwitchedOff);
                 effect->setParam(device, code, &off, 1);
             }
         }
@@ -267,9 +316,12 @@ int SpatializerParamCache::loadTuningDevice(std::string device, IEffectKrv* effe
         return -EINVAL;
     }
     const EntryTracer tracer(__func__);
+    const DeliveryReport report;
+    report.blob(DeliveredBlob::kTuningDevice, 0, device);
     parser.begin();
-    while (parser.next()) {
+    for (int index = 0; parser.next(); index++) {
         tracer.trace(parser);
+        report.entry(index, Delivery::kAsIs);
         sendEntry(effect, parser);
     }
     return effect->commit(kOutputDeviceAll);
@@ -293,6 +345,7 @@ int SpatializerParamCache::setSelectedTuningDevice(int port, std::string device,
     if (port == kSpeakerPort && state.tuningParamValue > 2) {
         std::vector<int> dom = mixMatrixBuffer(state.defaultMixMatrixLength);
         int count = static_cast<int>(dom.size());
+        DeliveryReport().effectValues(Delivery::kTuningMixMatrix, 0, device);
         if (effect->getParam(kOutputDeviceSpeaker, kDomCode, dom.data(), &count) == 0) {
             const std::vector<int>& matrix = array.getXMLTuningMixMatrix(device);
             if (!matrix.empty()) {
@@ -318,6 +371,7 @@ int SpatializerParamCache::setProfileGeqGains(std::vector<int>& gains, IEffectKr
     }
     std::vector<int> geq(kGeqWords, 0);
     int count = kGeqWords;
+    DeliveryReport().effectValues(Delivery::kUserGeqGains, profile);
     if (effect->getParam(kOutputDeviceAll, kGebsCode, geq.data(), &count) == 0 &&
         count == kGeqWords) {
         std::copy_n(gains.begin(), std::min<size_t>(gains.size(), kGeqBands),

@@ -11,15 +11,15 @@ namespace korva {
 
 EffectCall EffectCall::setParam(int deviceId, int code, std::vector<int> values) {
     const int count = static_cast<int>(values.size());
-    return {kSetParam, deviceId, code, std::move(values), count, {}, 0};
+    return {kSetParam, deviceId, code, std::move(values), count, {}, 0, 0};
 }
 
 EffectCall EffectCall::getParam(int deviceId, int code, int capacity) {
-    return {kGetParam, deviceId, code, {}, capacity, {}, 0};
+    return {kGetParam, deviceId, code, {}, capacity, {}, 0, 0};
 }
 
 EffectCall EffectCall::commit(int deviceId) {
-    return {kCommit, deviceId, 0, {}, 0, {}, 0};
+    return {kCommit, deviceId, 0, {}, 0, {}, 0, 0};
 }
 
 bool EffectCall::operator==(const EffectCall& other) const {
@@ -75,7 +75,7 @@ int RecordingEffect::setParam(int deviceId, int code, const int* values, int cou
         mAnswers[{deviceId, code}] = {sent, 0, -1};
     }
     if (mRecording) {
-        mCalls.push_back({EffectCall::kSetParam, deviceId, code, std::move(sent), count, {}, 0});
+        mCalls.push_back({EffectCall::kSetParam, deviceId, code, std::move(sent), count, {}, 0, 0});
     }
     return 0;
 }
@@ -129,6 +129,7 @@ int RecordingEffect::getParam(int deviceId, int code, int* values, int* count) {
     }
     if (call != nullptr) {
         call->result = result;
+        call->returned = count != nullptr ? *count : 0;
     }
     return result;
 }

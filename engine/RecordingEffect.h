@@ -27,6 +27,8 @@ struct EffectCall {
     // What the effect did: getParam's values copied out and the result of the call.
     std::vector<int> answer;
     int result;
+    // getParam: the count the effect wrote back (left at the capacity when it did not answer).
+    int returned;
 
     static EffectCall setParam(int deviceId, int code, std::vector<int> values);
     static EffectCall getParam(int deviceId, int code, int capacity);

@@ -2,7 +2,8 @@
 # Installs every system package the project needs on Debian 12. Idempotent: packages already
 # present are left alone, and apt is only asked when something is missing.
 #
-#   scripts/setup.sh            host build, tests, tool, benchmarks and fuzzing
+#   scripts/setup.sh            host build, tests, tool, benchmarks and fuzzing, and Chromium
+#                               for the test that opens the tool's HTML report
 #   scripts/setup.sh --arm64    additionally the AArch64 cross toolchain and arm64 libraries
 set -euo pipefail
 
@@ -25,6 +26,7 @@ host_packages=(
     libcli11-dev nlohmann-json3-dev
     clang libclang-rt-14-dev valgrind python3
     blueprint-tools
+    chromium
 )
 
 apt_install "${host_packages[@]}"

@@ -93,13 +93,9 @@ Json storeState(SpatializerParamArray& store) {
 
 // The blobs the store built from the file, per profile id then per tuning device, named after
 // the records the load put into the blob it kept.
-int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs, Json* state = nullptr) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(path);
-    if (session == nullptr || !session->readable()) {
-        return kExitError;
-    }
-    SpatializerParamArray& store = session->store();
-    const LoadReport& report = session->report();
+void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs, Json* state) {
+    SpatializerParamArray& store = session.store();
+    const LoadReport& report = session.report();
     const EntryProvenance provenance(report);
     std::vector<NamedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
@@ -143,6 +139,14 @@ int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs, Json* stat
     if (state != nullptr) {
         *state = storeState(store);
     }
+}
+
+int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs, Json* state = nullptr) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    fileBlobs(*session, blobs, state);
     return kExitOk;
 }
 
@@ -246,6 +250,26 @@ std::vector<std::string> BlobsCommand::valueLines(int32_t code, const std::vecto
         return {NumberText::join(words)};
     }
     return view.lines();
+}
+
+Json BlobsCommand::blobsJson(const StoreSession& session) {
+    std::vector<NamedBlob> blobs;
+    fileBlobs(session, &blobs, nullptr);
+    Json list = Json::array();
+    for (const NamedBlob& blob : blobs) {
+        list.push_back(blobJson(blob));
+    }
+    return list;
+}
+
+std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string* name) {
+    for (NamedBlob& blob : builtinBlobs()) {
+        if (blob.id == profileId) {
+            *name = blob.name;
+            return std::move(blob.sources);
+        }
+    }
+    return {};
 }
 
 int BlobsCommand::collectJson(const std::string& path, Json* document) {

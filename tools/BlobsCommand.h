@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/EntryProvenance.h"
+#include "tools/StoreSession.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {
@@ -31,9 +33,15 @@ public:
     static std::vector<std::string> valueLines(int32_t code, const std::vector<int32_t>& values,
                                                bool raw);
 
+    // The entries of the built-in table the store keeps for a profile id, and the table's name;
+    // none for an id without a table.
+    static std::vector<EntrySource> builtinSources(int profileId, std::string* name);
+
     // Every blob of a file as blobs --json prints it. Reports and returns kExitError when the
     // file cannot be loaded.
     static int collectJson(const std::string& path, Json* document);
+    // The "blobs" list of that document, from a session that could read its file.
+    static Json blobsJson(const StoreSession& session);
 };
 
 }  // namespace korva::tool

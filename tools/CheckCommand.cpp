@@ -11,6 +11,7 @@
 #include "model/Parameter.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "tools/LintRules.h"
+#include "tools/SarifLog.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
 
@@ -117,7 +118,9 @@ Json placed(const FileLine& at, const Json& fields) {
     return object;
 }
 
-Json findingsJson(const std::vector<Finding>& findings) {
+}  // namespace
+
+Json CheckCommand::findingsJson(const std::vector<Finding>& findings) {
     Json list = Json::array();
     for (const Finding& finding : findings) {
         Json notes = Json::array();
@@ -130,6 +133,8 @@ Json findingsJson(const std::vector<Finding>& findings) {
     }
     return list;
 }
+
+namespace {
 
 Json summaryJson(const Summary& summary, const LoadReport& report) {
     Json counts = Json::object();
@@ -195,6 +200,10 @@ std::string findingsText(const std::string& path, const std::vector<Finding>& fi
 
 }  // namespace
 
+Json CheckCommand::summaryJson(const StoreSession& session) {
+    return korva::tool::summaryJson(summarize(session.store(), session.report()), session.report());
+}
+
 int CheckCommand::run(const Options& options) {
     const std::string& path = options.common.file;
     std::unique_ptr<StoreSession> session = StoreSession::open(path);
@@ -202,8 +211,11 @@ int CheckCommand::run(const Options& options) {
         return kExitError;
     }
     const std::vector<Finding> findings = LintRules::run(session->report());
+    if (options.sarif) {
+        ToolOutput::printJson(SarifLog::make(path, findings));
+    }
     if (session->report().readFailed) {
-        if (options.common.json) {
+        if (options.common.json && !options.sarif) {
             ToolOutput::printJson({{"file", path},
                                    {"findings", findingsJson(findings)},
                                    {"errors", 1},
@@ -222,12 +234,15 @@ int CheckCommand::run(const Options& options) {
     const int status = errors > 0                       ? kExitError
                        : warnings > 0 && options.strict ? kExitFindings
                                                         : kExitOk;
+    if (options.sarif) {
+        return status;
+    }
     if (options.common.json) {
         ToolOutput::printJson({{"file", path},
                                {"findings", findingsJson(findings)},
                                {"errors", errors},
                                {"warnings", warnings},
-                               {"summary", summaryJson(summary, session->report())},
+                               {"summary", korva::tool::summaryJson(summary, session->report())},
                                {"status", status}});
         return status;
     }

@@ -3,6 +3,10 @@
 // cannot be read.
 #pragma once
 
+#include <vector>
+
+#include "tools/Finding.h"
+#include "tools/StoreSession.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {
@@ -12,9 +16,16 @@ public:
     struct Options {
         CommonOptions common;
         bool strict = false;
+        // The findings as a SARIF log on stdout, for code-scanning in CI.
+        bool sarif = false;
     };
 
     static int run(const Options& options);
+
+    // What check --json says, for the report: the findings, and the summary of what the store
+    // made of a file it could read.
+    static Json findingsJson(const std::vector<Finding>& findings);
+    static Json summaryJson(const StoreSession& session);
 };
 
 }  // namespace korva::tool

@@ -1,15 +1,10 @@
 #include "tools/DiffCommand.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <map>
 #include <vector>
 
 #include "tools/BlobsCommand.h"
+#include "tools/ChildLoad.h"
 #include "tools/EntryView.h"
 #include "tools/NumberText.h"
 #include "tools/TextTable.h"
@@ -20,70 +15,18 @@ namespace {
 
 // Loads one file in a child process and reads back its blobs document.
 int loadInChild(const std::string& path, Json* document) {
-    int pipeFds[2];
-    if (pipe(pipeFds) != 0) {
-        ToolOutput::error(path, std::string("cannot make a pipe: ") + strerror(errno));
-        return kExitError;
-    }
-    fflush(stdout);
-    fflush(stderr);
-    const pid_t child = fork();
-    if (child < 0) {
-        ToolOutput::error(path, std::string("cannot start a process: ") + strerror(errno));
-        close(pipeFds[0]);
-        close(pipeFds[1]);
-        return kExitError;
-    }
-    if (child == 0) {
-        close(pipeFds[0]);
-        Json blobs;
-        int status = BlobsCommand::collectJson(path, &blobs);
-        if (status == kExitOk) {
-            const std::string text = blobs.dump(-1, ' ', false, Json::error_handler_t::replace);
-            size_t written = 0;
-            while (written < text.size()) {
-                const ssize_t n = write(pipeFds[1], text.data() + written, text.size() - written);
-                if (n <= 0) {
-                    status = kExitError;
-                    break;
-                }
-                written += static_cast<size_t>(n);
-            }
-        }
-        close(pipeFds[1]);
-        fflush(stderr);
-        _exit(status);
-    }
-    close(pipeFds[1]);
-    std::string text;
-    char buffer[65536];
-    ssize_t n;
-    while ((n = read(pipeFds[0], buffer, sizeof(buffer))) > 0 || (n < 0 && errno == EINTR)) {
-        if (n > 0) {
-            text.append(buffer, static_cast<size_t>(n));
-        }
-    }
-    close(pipeFds[0]);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != kExitOk) {
-        // The child has reported why, unless it died.
-        if (!WIFEXITED(status)) {
-            ToolOutput::error(path, "loading the file ended abnormally");
-        }
-        return kExitError;
-    }
-    *document = Json::parse(text, nullptr, false);
-    if (document->is_discarded() || !document->contains("blobs")) {
+    const int status = ChildLoad::run(path, BlobsCommand::collectJson, document);
+    if (status == kExitOk && !document->contains("blobs")) {
         ToolOutput::error(path, "could not read the blobs back from the loading process");
         return kExitError;
     }
-    return kExitOk;
+    return status;
 }
 
+}  // namespace
+
 // A blob's identity across the two files.
-std::string blobKey(const Json& blob) {
+std::string DiffCommand::blobKey(const Json& blob) {
     const std::string kind = blob.value("kind", "");
     if (kind == "tuning_device") {
         return kind + ":" + blob.value("name", "");
@@ -91,7 +34,7 @@ std::string blobKey(const Json& blob) {
     return kind + ":" + std::to_string(blob.value("id", 0));
 }
 
-std::string blobTitle(const Json& blob) {
+std::string DiffCommand::blobTitle(const Json& blob) {
     if (blob.value("kind", "") == "tuning_device") {
         return "tuning device \"" + blob.value("name", "") + "\"";
     }
@@ -99,7 +42,7 @@ std::string blobTitle(const Json& blob) {
 }
 
 // An entry's identity within a blob: device, code, and which occurrence of that pair it is.
-std::vector<std::string> entryKeys(const Json& entries) {
+std::vector<std::string> DiffCommand::entryKeys(const Json& entries) {
     std::vector<std::string> keys;
     std::map<std::string, int> seen;
     for (const Json& entry : entries) {
@@ -109,6 +52,8 @@ std::vector<std::string> entryKeys(const Json& entries) {
     }
     return keys;
 }
+
+namespace {
 
 std::vector<int> valuesOf(const Json& entry) {
     std::vector<int> values;
@@ -139,9 +84,28 @@ std::string sourceOf(const Json& entry) {
     return source.value("summary", std::string());
 }
 
+// The line of a band's own row in the file, as the entry's source reports the rows its
+// parameters were read from; 0 when none is reported.
+long bandLine(const Json& entry, int band) {
+    if (band < 0 || !entry.contains("source") || !entry["source"].contains("parameters")) {
+        return 0;
+    }
+    for (const Json& parameter : entry["source"]["parameters"]) {
+        for (const Json& step : parameter["steps"]) {
+            int row = 0;
+            for (const Json& element : step["elements"]) {
+                if (element.value("row", false) && row++ == band) {
+                    return element["line"].get<long>();
+                }
+            }
+        }
+    }
+    return 0;
+}
+
 // The values that differ between two lists of one length, by band or row where the entry's
 // layout says, each with its old and new value in its unit.
-Json changedValues(const Json& entry, const std::vector<int>& before,
+Json changedValues(const Json& entry, const Json& newEntry, const std::vector<int>& before,
                    const std::vector<int>& after) {
     const int32_t code = vexParameterCode(entry.value("code", std::string()).c_str());
     const EntryView oldView = EntryView::decode(code, before);
@@ -150,12 +114,16 @@ Json changedValues(const Json& entry, const std::vector<int>& before,
     for (size_t i = 0; i < before.size(); i++) {
         if (before[i] != after[i]) {
             const EntryView::Place was = oldView.place(i);
-            changes.push_back({{"index", i},
-                               {"where", was.where},
-                               {"old", before[i]},
-                               {"new", after[i]},
-                               {"old_text", was.value},
-                               {"new_text", newView.place(i).value}});
+            Json change = {
+                {"index", i},      {"where", was.where},    {"old", before[i]},
+                {"new", after[i]}, {"old_text", was.value}, {"new_text", newView.place(i).value}};
+            const long lineA = bandLine(entry, was.band);
+            const long lineB = bandLine(newEntry, was.band);
+            if (lineA > 0 || lineB > 0) {
+                change["line_a"] = lineA;
+                change["line_b"] = lineB;
+            }
+            changes.push_back(change);
         }
     }
     return changes;
@@ -166,8 +134,8 @@ Json changedValues(const Json& entry, const std::vector<int>& before,
 Json compareEntries(const Json& before, const Json& after) {
     const Json& oldEntries = before["entries"];
     const Json& newEntries = after["entries"];
-    const std::vector<std::string> oldKeys = entryKeys(oldEntries);
-    const std::vector<std::string> newKeys = entryKeys(newEntries);
+    const std::vector<std::string> oldKeys = DiffCommand::entryKeys(oldEntries);
+    const std::vector<std::string> newKeys = DiffCommand::entryKeys(newEntries);
     std::map<std::string, size_t> newIndex;
     for (size_t i = 0; i < newKeys.size(); i++) {
         newIndex[newKeys[i]] = i;
@@ -193,7 +161,8 @@ Json compareEntries(const Json& before, const Json& after) {
             change["old"] = oldValues;
             change["new"] = newValues;
             if (oldValues.size() == newValues.size()) {
-                change["values"] = changedValues(oldEntries[i], oldValues, newValues);
+                change["values"] =
+                    changedValues(oldEntries[i], newEntries[found->second], oldValues, newValues);
             }
             changes.push_back(change);
         }
@@ -209,7 +178,9 @@ Json compareEntries(const Json& before, const Json& after) {
     return changes;
 }
 
-Json compareBlobs(const Json& a, const Json& b) {
+}  // namespace
+
+Json DiffCommand::compare(const Json& a, const Json& b) {
     std::map<std::string, const Json*> inB;
     for (const Json& blob : b["blobs"]) {
         inB[blobKey(blob)] = &blob;
@@ -243,6 +214,8 @@ Json compareBlobs(const Json& a, const Json& b) {
     }
     return differences;
 }
+
+namespace {
 
 // What the store serves besides its blobs, where the two files differ: each item with its
 // value in either file.
@@ -305,9 +278,17 @@ std::string changedText(const Json& entry) {
         text += b.empty() ? "" : "    b: from " + b + "\n";
     }
     if (entry.contains("values")) {
-        TextTable table({"where", "old", "new"});
+        TextTable table({"where", "line", "old", "new"});
         for (const Json& value : entry["values"]) {
-            table.addRow({value["where"].get<std::string>(), value["old_text"].get<std::string>(),
+            // A band's own row: one line when both files have it in the same place.
+            std::string line;
+            if (value.contains("line_a")) {
+                const long a = value["line_a"].get<long>();
+                const long b = value["line_b"].get<long>();
+                line = a == b ? std::to_string(a) : std::to_string(a) + "/" + std::to_string(b);
+            }
+            table.addRow({value["where"].get<std::string>(), line,
+                          value["old_text"].get<std::string>(),
                           value["new_text"].get<std::string>()});
         }
         return text + table.render("    ");
@@ -358,7 +339,7 @@ int DiffCommand::run(const Options& options) {
     if (loadInChild(options.fileA, &a) != kExitOk || loadInChild(options.fileB, &b) != kExitOk) {
         return kExitError;
     }
-    const Json differences = compareBlobs(a, b);
+    const Json differences = compare(a, b);
     const Json state =
         compareState(a.value("store", Json::object()), b.value("store", Json::object()));
     const bool identical = differences.empty() && state.empty();

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tools/ToolOutput.h"
 
@@ -21,6 +22,15 @@ public:
     };
 
     static int run(const Options& options);
+
+    // The differences between the blobs of two blobs documents (BlobsCommand::collectJson), as
+    // diff --json lists them.
+    static Json compare(const Json& a, const Json& b);
+    // A blob's identity across two files ("profile:1", "tuning_device:usb_dac"), and its title.
+    static std::string blobKey(const Json& blob);
+    static std::string blobTitle(const Json& blob);
+    // Each entry's identity within its blob: device, code, and which occurrence of the pair.
+    static std::vector<std::string> entryKeys(const Json& entries);
 };
 
 }  // namespace korva::tool

@@ -97,6 +97,11 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.translated.size(); i++) {
         mTranslations[report.translated[i].blob].push_back(i);
     }
+    for (const LoadReport::NodeEvent& event : report.structures) {
+        if (event.what == static_cast<int>(Structure::kSetterRow)) {
+            mRows.insert(event.node);
+        }
+    }
 }
 
 int EntryProvenance::profileBlob(int profileId) const {
@@ -169,7 +174,7 @@ std::vector<ReadElement> EntryProvenance::readElements(int node) const {
         const ReportedNode& reported = mReport.node(at);
         auto attributes = mAttributes.find(at);
         if (at == node || attributes != mAttributes.end()) {
-            elements.push_back({reported.name, reported.line, reported.atLeast,
+            elements.push_back({reported.name, reported.line, reported.atLeast, mRows.count(at) > 0,
                                 attributes != mAttributes.end() ? attributes->second
                                                                 : decltype(attributes->second)()});
         }
@@ -224,6 +229,23 @@ SourceParameter EntryProvenance::sourceParameter(Parameter parameter, int record
         source.recordLine = mReport.node(mReport.records[record].node).line;
     }
     addSteps(parameter, record, translation, false, &source.steps);
+    return source;
+}
+
+int EntryProvenance::blobRecord(size_t blob) const {
+    auto translations = mTranslations.find(static_cast<int>(blob));
+    if (translations == mTranslations.end() || translations->second.empty()) {
+        return -1;
+    }
+    return mReport.translated[translations->second.front()].record;
+}
+
+EntrySource EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {
+    EntrySource source;
+    for (Parameter parameter : parameters) {
+        // Every write the load made, the last translation's included.
+        source.parameters.push_back(sourceParameter(parameter, record, mReport.translated.size()));
+    }
     return source;
 }
 
@@ -339,6 +361,7 @@ Json EntrySource::toJson() const {
                 elements.push_back({{"element", element.name},
                                     {"line", element.line},
                                     {"at_least", element.atLeast},
+                                    {"row", element.row},
                                     {"attributes", attributes}});
             }
             Json item = {{"rule", step.rule.empty() ? Json(nullptr) : Json(step.rule)}};

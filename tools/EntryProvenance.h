@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,8 @@ struct ReadElement {
     std::string name;
     long line = 0;
     bool atLeast = false;
+    // A band or matrix row that a setter read as one row of the list.
+    bool row = false;
     std::vector<std::pair<std::string, std::string>> attributes;
 };
 
@@ -70,6 +73,11 @@ public:
     int profileBlob(int profileId) const;
     int tuningBlob(const std::string& device) const;
 
+    // The record the load translated first into a blob, or -1: a tuning device blob's tuning.
+    int blobRecord(size_t blob) const;
+    // Where a record's values of some parameters came from, as one entry made of them would say.
+    EntrySource ofRecord(int record, const std::vector<Parameter>& parameters) const;
+
     // Every entry of a blob of the report, in blob order.
     std::vector<EntrySource> ofBlob(size_t blob) const;
     // Every entry of a built-in table's words.
@@ -90,6 +98,7 @@ private:
     std::map<int, std::vector<std::pair<std::string, std::string>>> mAttributes;
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob
+    std::set<int> mRows;                               // nodes reported as list rows
 };
 
 }  // namespace korva::tool

@@ -179,6 +179,7 @@ EntryView::Place EntryView::place(size_t index) const {
             if (index < start + column.raw.size()) {
                 const size_t band = index - start;
                 at.where = "band " + std::to_string(band + 1);
+                at.band = static_cast<int>(band);
                 if (!columns.empty() && band < columns[0].raw.size()) {
                     at.where += " (" + valueText(ListUnit::kHz, columns[0].raw[band]) + ")";
                 }

@@ -60,6 +60,7 @@ struct EntryView {
     struct Place {
         std::string where;
         std::string value;
+        int band = -1;  // the band's index, for values of a band
     };
     Place place(size_t index) const;
     std::string locate(size_t index) const { return place(index).where; }

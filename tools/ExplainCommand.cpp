@@ -10,10 +10,21 @@
 #include "tools/EntryView.h"
 #include "tools/NumberText.h"
 #include "tools/StoreSession.h"
+#include "tools/TextTable.h"
 
 namespace korva::tool {
 
 namespace {
+
+// A line wrapped to the terminal's width, its continuations indented under its text.
+std::string wrapped(const std::string& indent, const std::string& line) {
+    std::string text;
+    const std::string more = indent + "  ";
+    for (const std::string& part : TextTable::wrap(line, TextTable::kDefaultWidth - more.size())) {
+        text += (text.empty() ? indent : more) + part + "\n";
+    }
+    return text;
+}
 
 std::string blobTitle(const LoadReport& report, const LoadReport::Blob& blob) {
     if (blob.isTuning) {
@@ -53,11 +64,13 @@ std::string traceText(const EntrySource& source) {
         for (const ValueStep& step : parameter.steps) {
             const std::string values = "values " + NumberText::join(step.values);
             if (step.rule.empty()) {
-                text += "    read from the file" +
-                        (step.record.empty() ? "" : " into " + step.record) + ": " + values + "\n";
+                text += wrapped("    ", "read from the file" +
+                                            (step.record.empty() ? "" : " into " + step.record) +
+                                            ": " + values);
             } else {
-                text += "    " + step.rule + (step.record.empty() ? "" : " (" + step.record + ")") +
-                        ": " + values + "\n";
+                text += wrapped("    ", step.rule +
+                                            (step.record.empty() ? "" : " (" + step.record + ")") +
+                                            ": " + values);
             }
             for (const ReadElement& element : step.elements) {
                 text += "      " + elementText(element) + "\n";

@@ -25,6 +25,8 @@ struct Finding {
     Severity severity;
     std::string message;
     std::vector<Note> notes;
+    // The id of the rule that found it (LintRules::kRules), for code-scanning tools.
+    std::string rule;
 };
 
 inline const char* severityName(Severity severity) {

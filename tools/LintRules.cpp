@@ -1,6 +1,7 @@
 #include "tools/LintRules.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -79,7 +80,7 @@ const char* kindName(RecordKind kind) {
 }
 
 Finding finding(const Report& report, int node, Severity severity, std::string message) {
-    return {lineOf(report, node), severity, std::move(message), {}};
+    return {lineOf(report, node), severity, std::move(message), {}, ""};
 }
 
 Note note(const Report& report, int node, std::string message) {
@@ -218,6 +219,17 @@ void unusedRecords(const LoadReport& report, std::vector<Finding>* out) {
 
 }  // namespace
 
+const std::vector<LintRules::Rule> LintRules::kRules = {
+    {"unreadable", "the file is not a readable XML document"},
+    {"passed-over", "elements, records and blobs the library passed over, cut short or dropped"},
+    {"text-read", "attributes, numbers and words read otherwise than written"},
+    {"values-changed",
+     "values written twice, not used by their record, replaced by a rule or sent empty"},
+    {"loaded", "records whose partner is missing, loader defaults and blobs filed twice"},
+    {"unused-records", "records that go into no blob"},
+    {"preset-bands", "presets whose band lists disagree"},
+};
+
 std::vector<Finding> LintRules::run(const LoadReport& report) {
     std::vector<Finding> findings;
     if (report.readFailed) {
@@ -225,15 +237,20 @@ std::vector<Finding> LintRules::run(const LoadReport& report) {
                             Severity::kError,
                             "not a readable XML document" +
                                 (report.readError.empty() ? "" : ": " + report.readError),
-                            {}});
+                            {},
+                            kRules[0].id});
         return findings;
     }
-    passedOver(report, &findings);
-    textRead(report, &findings);
-    valuesChanged(report, &findings);
-    loaded(report, &findings);
-    unusedRecords(report, &findings);
-    presetBands(report, &findings);
+    using RuleFunction = void (*)(const LoadReport&, std::vector<Finding>*);
+    const RuleFunction functions[] = {passedOver, textRead,      valuesChanged,
+                                      loaded,     unusedRecords, presetBands};
+    for (size_t i = 0; i < std::size(functions); i++) {
+        const size_t first = findings.size();
+        functions[i](report, &findings);
+        for (size_t f = first; f < findings.size(); f++) {
+            findings[f].rule = kRules[i + 1].id;
+        }
+    }
     std::stable_sort(findings.begin(), findings.end(),
                      [](const Finding& a, const Finding& b) { return a.at.line < b.at.line; });
     return findings;
@@ -556,7 +573,8 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
                         Severity::kWarning,
                         "no <format_version>: the file is read by the rules of formats before "
                         "3.4, whose defaults replace values it writes",
-                        {}});
+                        {},
+                        ""});
     }
     for (const RecordSnapshot& record : report.records) {
         if (record.dropped) {
@@ -641,7 +659,8 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
                                          "endpoint_port=\"internal_speaker\"/>)"
                                        : "") +
                             ": the store disables every tuning",
-                        {}});
+                        {},
+                        ""});
     }
     // A blob dropped or replaced: say which records went into the one that is kept.
     for (size_t b = 0; b < report.blobs.size(); b++) {

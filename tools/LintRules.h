@@ -12,6 +12,13 @@ namespace korva::tool {
 
 class LintRules {
 public:
+    struct Rule {
+        const char* id;
+        const char* description;
+    };
+    // Every rule, in the order run() applies them; each finding names its rule's id.
+    static const std::vector<Rule> kRules;
+
     // Every rule's findings, ordered by line.
     static std::vector<Finding> run(const LoadReport& report);
 

@@ -1,6 +1,8 @@
 #include "tools/StoreSession.h"
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "platform/LocalProperties.h"
 #include "tools/HostRoot.h"
@@ -10,7 +12,7 @@
 namespace korva::tool {
 
 std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
-                                                 const Properties& properties) {
+                                                 const Properties& properties, bool keepText) {
     std::unique_ptr<TuningInput> input = TuningInput::open(tuningFile);
     if (input == nullptr) {
         return nullptr;
@@ -34,7 +36,13 @@ std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
     }
     // The store reads its file only while it is constructed.
     unsetenv("KORVA_HOST_ROOT");
-    return std::unique_ptr<StoreSession>(new StoreSession(tuningFile, store, std::move(report)));
+    std::unique_ptr<StoreSession> session(new StoreSession(tuningFile, store, std::move(report)));
+    if (keepText) {
+        // The copy the store read: a pipe's bytes are gone from the pipe by now.
+        std::ifstream in(input->path(), std::ios::binary);
+        session->mText.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    return session;
 }
 
 bool StoreSession::readable() const {

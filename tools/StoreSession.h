@@ -18,12 +18,16 @@ class StoreSession {
 public:
     using Properties = std::vector<std::pair<std::string, std::string>>;
 
-    // Null, after reporting why, when the file cannot be put where the store looks.
+    // Null, after reporting why, when the file cannot be put where the store looks. keepText
+    // keeps the bytes the store reads, for showing the file beside what it became.
     static std::unique_ptr<StoreSession> open(const std::string& tuningFile,
-                                              const Properties& properties = {});
+                                              const Properties& properties = {},
+                                              bool keepText = false);
 
     SpatializerParamArray& store() const { return *mStore; }
     const LoadReport& report() const { return *mReport; }
+    // The file's bytes, when open was asked to keep them.
+    const std::string& text() const { return mText; }
     // False, after one line on stderr that says why with libxml2's line, when the store could
     // not read the file as XML.
     bool readable() const;
@@ -35,6 +39,7 @@ private:
     std::string mPath;
     SpatializerParamArray* mStore;
     std::unique_ptr<LoadReport> mReport;
+    std::string mText;
 };
 
 }  // namespace korva::tool

@@ -10,9 +10,18 @@ namespace {
 constexpr const char* kGap = "  ";
 // The last column never gets narrower than this, even when the others leave less room.
 constexpr size_t kMinLastWidth = 24;
+// How far a note stands in from the table's left edge.
+constexpr size_t kNoteIndent = 4;
 
-// Splits text into lines of at most width characters at blanks; a longer word stays whole.
-std::vector<std::string> wrap(const std::string& text, size_t width) {
+void rtrim(std::string& text) {
+    while (!text.empty() && text.back() == ' ') {
+        text.pop_back();
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> TextTable::wrap(const std::string& text, size_t width) {
     std::vector<std::string> lines;
     std::string line;
     size_t start = 0;
@@ -33,14 +42,6 @@ std::vector<std::string> wrap(const std::string& text, size_t width) {
     return lines;
 }
 
-void rtrim(std::string& text) {
-    while (!text.empty() && text.back() == ' ') {
-        text.pop_back();
-    }
-}
-
-}  // namespace
-
 TextTable::TextTable(std::vector<std::string> headers)
     : mHeaders(std::move(headers)), mRightAligned(mHeaders.size(), false) {}
 
@@ -53,6 +54,12 @@ void TextTable::alignRight(size_t column) {
 void TextTable::addRow(std::vector<std::string> cells) {
     cells.resize(mHeaders.size());
     mRows.push_back(std::move(cells));
+    mIsNote.push_back(false);
+}
+
+void TextTable::addNote(const std::string& text) {
+    mRows.push_back({text});
+    mIsNote.push_back(true);
 }
 
 std::string TextTable::render(const std::string& indent, size_t width) const {
@@ -62,16 +69,29 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
                                        [](const std::string& h) { return !h.empty(); });
     for (size_t i = 0; i + 1 < columns; i++) {
         widths[i] = hasHeader ? mHeaders[i].size() : 0;
-        for (const auto& row : mRows) {
-            widths[i] = std::max(widths[i], row[i].size());
+        for (size_t r = 0; r < mRows.size(); r++) {
+            if (!mIsNote[r]) {
+                widths[i] = std::max(widths[i], mRows[r][i].size());
+            }
         }
     }
     std::string out;
     if (hasHeader) {
         renderRow(mHeaders, widths, indent, width, out);
     }
-    for (const auto& row : mRows) {
-        renderRow(row, widths, indent, width, out);
+    const std::string noteIndent = indent + std::string(kNoteIndent, ' ');
+    for (size_t r = 0; r < mRows.size(); r++) {
+        if (!mIsNote[r]) {
+            renderRow(mRows[r], widths, indent, width, out);
+            continue;
+        }
+        const size_t room =
+            width > noteIndent.size() + kMinLastWidth ? width - noteIndent.size() : kMinLastWidth;
+        // Room for the continuations' deeper indent too.
+        const std::vector<std::string> lines = wrap(mRows[r][0], room - 2);
+        for (size_t i = 0; i < lines.size(); i++) {
+            out += (i == 0 ? noteIndent : noteIndent + "  ") + lines[i] + "\n";
+        }
     }
     return out;
 }
@@ -92,7 +112,14 @@ void TextTable::renderRow(const std::vector<std::string>& cells, const std::vect
         }
         prefix += kGap;
     }
-    const size_t lastStart = prefix.size();
+    size_t lastStart = prefix.size();
+    if (lastStart + kMinLastWidth > width && !cells.back().empty()) {
+        // The other columns leave the last too little room: it goes below them, indented.
+        rtrim(prefix);
+        out += prefix + "\n";
+        lastStart = indent.size() + 4;
+        prefix = std::string(lastStart, ' ');
+    }
     const size_t lastWidth = width > lastStart + kMinLastWidth ? width - lastStart : kMinLastWidth;
     const std::vector<std::string> lines = wrap(cells.back(), lastWidth);
     for (size_t i = 0; i < lines.size(); i++) {

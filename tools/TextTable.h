@@ -16,11 +16,18 @@ public:
     // Numbers read best right-aligned.
     void alignRight(size_t column);
     void addRow(std::vector<std::string> cells);
+    // A line under the row added last that spans the columns, indented a little past them and
+    // wrapped (continuations indented further): details that would crowd the last column.
+    void addNote(const std::string& text);
     bool empty() const { return mRows.empty(); }
 
     std::string render(const std::string& indent = "", size_t width = kDefaultWidth) const;
 
-    static constexpr size_t kDefaultWidth = 100;
+    // Splits text into lines of at most width characters at blanks; a longer word stays whole.
+    static std::vector<std::string> wrap(const std::string& text, size_t width);
+
+    // A terminal's usual width: tables and help read without a wide window.
+    static constexpr size_t kDefaultWidth = 80;
 
 private:
     void renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,
@@ -29,6 +36,7 @@ private:
     std::vector<std::string> mHeaders;
     std::vector<bool> mRightAligned;
     std::vector<std::vector<std::string>> mRows;
+    std::vector<bool> mIsNote;  // per row: a note's single cell
 };
 
 }  // namespace korva::tool

@@ -12,6 +12,10 @@ void ToolOutput::error(const std::string& path, const std::string& message) {
     fprintf(stderr, "spatializer-paramtool: %s: %s\n", path.c_str(), message.c_str());
 }
 
+void ToolOutput::usageError(const std::string& command, const std::string& message) {
+    fprintf(stderr, "spatializer-paramtool: %s: %s\n", command.c_str(), message.c_str());
+}
+
 void ToolOutput::printJson(const Json& document) {
     print(document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
 }

@@ -26,6 +26,8 @@ class ToolOutput {
 public:
     // "spatializer-paramtool: PATH: message" on stderr.
     static void error(const std::string& path, const std::string& message);
+    // "spatializer-paramtool: COMMAND: message" on stderr, for a wrong command line.
+    static void usageError(const std::string& command, const std::string& message);
     // One JSON document on stdout. Text that is not UTF-8 is replaced, never refused.
     static void printJson(const Json& document);
     static void print(const std::string& text);

@@ -2,6 +2,7 @@
 // decides each entry, in which order, and what goes to the effect.
 
 #include "CacheTestSupport.h"
+#include "cache/DeliveryObserver.h"
 #include "engine/VexParamStore.h"
 
 namespace korva::test {
@@ -227,6 +228,101 @@ TEST(UpdateContentProcEnabledTest, EarlierRulesWinOverTheEnginesClasses) {
     EXPECT_EQ(sent(kSpeaker, DSOE, {1}), offSends.front());
     EXPECT_EQ(sent(kAll, MDLE, {0}), offSends.back());
     VexParamStore::resetParamClasses();
+}
+
+// Each report of the cache as text, after the number of calls the effect had then.
+struct DeliveryRecorder : DeliveryObserver {
+    explicit DeliveryRecorder(const RecordingEffect& effect) : mEffect(effect) {}
+
+    void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override {
+        const char* const kinds[] = {"builtin", "file", "tuning"};
+        add(std::string("blob ") + kinds[static_cast<int>(blob)] + " " + std::to_string(profileId) +
+            " " + device);
+    }
+    void onEntry(int entry, Delivery how, int profileId, const std::string& device) override {
+        add("entry " + std::to_string(entry) + " " + text(how, profileId, device));
+    }
+    void onEffectValues(Delivery how, int profileId, const std::string& device) override {
+        add("effect " + text(how, profileId, device));
+    }
+
+    static std::string text(Delivery how, int profileId, const std::string& device) {
+        const char* const kinds[] = {"as_is", "gains", "matrix", "on", "off", "zero"};
+        return kinds[static_cast<int>(how)] + (how == Delivery::kUserGeqGains
+                                                   ? " " + std::to_string(profileId)
+                                               : how == Delivery::kTuningMixMatrix ? " " + device
+                                                                                   : "");
+    }
+    void add(const std::string& report) {
+        reports.push_back(std::to_string(mEffect.calls().size()) + ": " + report);
+    }
+
+    const RecordingEffect& mEffect;
+    std::vector<std::string> reports;
+};
+
+// The cache says which blob and which entry the calls that follow carry, and what it put in the
+// entry's place: the indices skip the entries it does not send.
+TEST(DeliveryObserverTest, ReportsTheBlobEntryOfEachCallAndWhatReplacedIt) {
+    const std::vector<std::string> on = {"0: blob file 1 ",
+                                         "0: entry 0 as_is",
+                                         "1: entry 1 as_is",
+                                         "2: entry 2 gains 1",
+                                         "3: entry 4 matrix speaker_a",
+                                         "4: entry 5 as_is",
+                                         "5: entry 6 as_is",
+                                         "6: entry 7 as_is",
+                                         "7: entry 8 as_is",
+                                         "8: entry 9 as_is"};
+    const std::vector<std::string> off = {
+        "0: blob file 1 ",    "0: entry 0 as_is", "1: entry 1 as_is",
+        "2: entry 2 gains 1", "3: entry 4 off",   "5: entry 5 off",
+        "7: entry 6 as_is",   "8: entry 7 zero",  "9: entry 8 zero"};
+    for (bool contentOn : {true, false}) {
+        prepareStore();
+        RecordingEffect effect;
+        DeliveryRecorder recorder(effect);
+        {
+            const DeliveryObserver::Scope listening(&recorder);
+            SpatializerParamCache().updateContentProcEnabled(&effect, contentOn, false);
+        }
+        EXPECT_EQ(contentOn ? on : off, recorder.reports);
+        // Nobody listens once the scope is left.
+        SpatializerParamCache().updateContentProcEnabled(&effect, contentOn, false);
+        EXPECT_EQ(contentOn ? on : off, recorder.reports);
+    }
+
+    // The user's gains into the effect's own graphic EQ; a speaker tuning's matrix into the
+    // effect's own mix matrix, then the tuning device's blob; the built-in blobs with mcc.
+    prepareStore();
+    SpatializerParamArrayTestPeer().addTuningDevice(
+        "speaker_b", "internal_speaker", Blob().add(kSpeaker, AOON, {1}).add(kSpeaker, VBON, {0}),
+        {15, 24, 1});
+    RecordingEffect effect;
+    effect.setAnswer(kAll, code(GEBS), std::vector<int>(kGeqWords, 0));
+    effect.setAnswer(kSpeaker, code(DOM), {1, 0, 1});
+    DeliveryRecorder recorder(effect);
+    const DeliveryObserver::Scope listening(&recorder);
+    std::vector<int> gains = counting(1, 1, kGeqBands);
+    SpatializerParamCache cache;
+    EXPECT_EQ(0, cache.setProfileGeqGains(gains, &effect));
+    EXPECT_EQ(0, cache.setSelectedTuningDevice(0, "speaker_b", &effect));
+    EXPECT_EQ((std::vector<std::string>{"0: effect gains 1", "3: effect matrix speaker_b",
+                                        "5: blob tuning 0 speaker_b", "5: entry 0 as_is",
+                                        "6: entry 1 as_is"}),
+              recorder.reports);
+    recorder.reports.clear();
+    effect.takeCalls();
+    // Five entries and a commit (the speaker's matrix is the tuning's here), then the built-ins.
+    cache.updateContentProcEnabled(&effect, true, true);
+    std::vector<std::string> blobs;
+    for (const std::string& report : recorder.reports) {
+        if (report.find("blob") != std::string::npos) blobs.push_back(report);
+    }
+    const size_t common = builtinSends(SpatializerParamArray::mCommonParams).size();
+    EXPECT_EQ((std::vector<std::string>{"0: blob file 1 ", "6: blob builtin -1 ",
+                                        std::to_string(7 + common) + ": blob builtin 1 "}),
+              blobs);
 }
 
 }  // namespace

@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "tools/BlobDecoder.h"
+#include "tools/HtmlWriter.h"
 #include "tools/NumberText.h"
 #include "tools/SimulatedEffect.h"
+#include "tools/SvgPlot.h"
 #include "tools/TextTable.h"
 
 namespace korva::tool {
@@ -109,6 +111,57 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
     TextTable narrow({"", ""});
     narrow.addRow({"k", "a " + std::string(50, 'x') + " b"});
     EXPECT_EQ(narrow.render("", 30), "k  a\n   " + std::string(50, 'x') + "\n   b\n");
+    // Columns that leave the last too little room push it below them, indented.
+    TextTable wide({"", ""});
+    wide.addRow({std::string(50, 'n'), "1 2 3"});
+    EXPECT_EQ(wide.render("  ", 60), "  " + std::string(50, 'n') + "\n      1 2 3\n");
+}
+
+TEST(HtmlWriterTest, TextCannotBreakOutOfItsElementOrAttribute) {
+    EXPECT_EQ(HtmlWriter::escape("<a href=\"x\">'&'</a>"),
+              "&lt;a href=&quot;x&quot;&gt;&#39;&amp;&#39;&lt;/a&gt;");
+    HtmlWriter html;
+    html.element("td", "</td><script>", {{"title", "\"><b>"}});
+    EXPECT_EQ(html.str(), "<td title=\"&quot;&gt;&lt;b&gt;\">&lt;/td&gt;&lt;script&gt;</td>\n");
+}
+
+TEST(SvgPlotTest, AxesAreLogarithmicInFrequencyAndRoundInValue) {
+    EXPECT_DOUBLE_EQ(SvgPlot::logPosition(20, 20, 20000, 300), 0);
+    EXPECT_DOUBLE_EQ(SvgPlot::logPosition(200, 20, 20000, 300), 100);
+    EXPECT_DOUBLE_EQ(SvgPlot::logPosition(20000, 20, 20000, 300), 300);
+    const struct {
+        double lo, hi;
+        std::vector<double> ticks;
+    } kCases[] = {{-10, 12.5, {-10, -5, 0, 5, 10, 15}},
+                  {0, 2, {0, 0.5, 1, 1.5, 2}},
+                  {3, 3, {2, 2.5, 3, 3.5, 4}},
+                  {-0.3, 0.2, {-0.3, -0.2, -0.1, 0, 0.1, 0.2}}};
+    for (const auto& c : kCases) {
+        const std::vector<double> ticks = SvgPlot::niceTicks(c.lo, c.hi);
+        ASSERT_EQ(ticks.size(), c.ticks.size()) << c.lo << ".." << c.hi;
+        for (size_t i = 0; i < ticks.size(); i++) {
+            EXPECT_NEAR(ticks[i], c.ticks[i], 1e-9) << c.lo << ".." << c.hi;
+        }
+    }
+}
+
+TEST(SvgPlotTest, CurvesLeaveOutWhatTheAxisCannotShowAndHeatMapsColourBySign) {
+    SvgPlot plot("t", "dB");
+    plot.add({"bad", {{0, 1}, {-5, 2}}, "#000", false});
+    EXPECT_TRUE(plot.empty());
+    plot.add({"gain", {{47, -1.5}, {1000, 0}, {19688, 3}}, "#111", true});
+    const std::string svg = plot.render();
+    EXPECT_EQ(svg.find("data-series=\"bad\""), std::string::npos);
+    const size_t path = svg.find("data-series=\"gain\" d=\"M");
+    ASSERT_NE(path, std::string::npos);
+    EXPECT_NE(svg.find("stroke-dasharray", path), std::string::npos);
+    const std::string map =
+        SvgPlot::heatMap("m", {{1.0, -0.5}, {0, 2}}, {"in 1", "in 2"}, {"left", "right"});
+    // Full red at +1, half blue at -0.5, white at 0, clipped to full red above the scale.
+    for (const char* fill : {"#ff0000", "#8080ff", "#ffffff"}) {
+        EXPECT_NE(map.find(std::string("fill=\"") + fill + "\""), std::string::npos) << fill;
+    }
+    EXPECT_NE(map.find(">-0.500<"), std::string::npos);
 }
 
 }  // namespace

@@ -200,9 +200,9 @@ class CheckTest(unittest.TestCase):
         for path, words in [(BROKEN, "not a readable XML document"),
                             (os.path.join(DATA, "no-such-file.xml"), "cannot open"),
                             (DATA, "is a directory")]:
-            for command in ("check", "dump", "blobs", "simulate", "diff"):
+            for command in (["check"], ["dump"], ["blobs"], ["simulate"], ["diff", EXAMPLE]):
                 with self.subTest(path=os.path.basename(path), command=command):
-                    result = run(command, path)
+                    result = run(*command, path)
                     self.assertEqual(result.returncode, 2)
                     lines = result.stderr.splitlines()
                     self.assertEqual(len(lines), 1, result.stderr)
@@ -303,7 +303,7 @@ class BlobsTest(unittest.TestCase):
         self.assertEqual([(r[1], r[2]) for r in rows][:3], [("all", "mdle"), ("all", "miee"),
                                                            ("all", "msce")])
         self.assertEqual(len(rows), len(blob["entries"]))
-        self.assertLessEqual(max(len(line) for line in lines), 100)
+        self.assertLessEqual(max(len(line) for line in lines), 80)
 
 
 
@@ -383,6 +383,92 @@ class SimulateTest(unittest.TestCase):
                 self.assertEqual(step["result"], 0)
                 self.assertEqual(setparams(step["calls"]), entries(blobs["blobs"][0]))
 
+    def test_rows_name_the_blob_entry_and_its_lines(self):
+        _, document = run_json("simulate", EXAMPLE, "profile=movie", "content=on", "tuning")
+        profile, content, tuning_step = document["steps"]
+        calls = [c for step in document["steps"] for c in step["calls"] if c["call"] != "commit"]
+        self.assertTrue(all(c["source"] is not None for c in calls))
+        self.assertEqual({c["source"]["blob"]["kind"] for c in profile["calls"][:-1]},
+                         {"builtin"})
+
+        def call(step, device, code):
+            [found] = [c for c in step["calls"]
+                       if (c.get("device_name"), c.get("code")) == (device, code)]
+            return found
+
+        def lines(source):
+            return [e["line"] for p in source["provenance"]["parameters"] for s in p["steps"]
+                    for e in s["elements"]]
+        # Hand-read: the movie speaker's dialog-enhancer amount (line 387), the movie GEQ preset
+        # (line 183), the wired headphone's audio-optimiser bands (line 1042, first band 1043).
+        cases = [(content, "speaker", "dea", "profile", 387, "as_is"),
+                 (content, "all", "gebs", "profile", 183, "user_geq_gains"),
+                 (tuning_step, "wired headphone", "aobs", "tuning_device", 1043, "as_is")]
+        for step, device, code, kind, line, delivery in cases:
+            with self.subTest(code=code):
+                source = call(step, device, code)["source"]
+                self.assertEqual(source["blob"]["kind"], kind)
+                self.assertIn(line, lines(source))
+                self.assertEqual(source["delivery"]["kind"], delivery)
+        gebs = call(content, "all", "gebs")
+        self.assertEqual(gebs["source"]["delivery"]["gains"], gebs["values"][21:])
+        self.assertEqual(gebs["view"]["raw"], gebs["values"])
+
+        text = run("simulate", EXAMPLE, "profile=movie", "content=on").stdout
+        self.assertIn('from profile 1 "movie" #7: reverb_suppression_amount line 377', text)
+        self.assertRegex(text, r'from profile 1 "movie" #13: geq_frequency, geq_gain line 183\n'
+                         r' +with the user\'s GEQ gains of profile 1 "movie"\n'
+                         r' +band 1: 47 Hz  gain 3 dB \(48\)\n')
+        self.assertIn('from built-in table "movie" #1\n', text)
+        raw = run("simulate", EXAMPLE, "content=on", "--raw").stdout
+        self.assertNotIn("band 1:", raw)
+        self.assertLessEqual(max(len(line) for line in text.splitlines()), 80)
+
+    def test_substitutions_name_the_user_gains_and_the_tuning_matrix(self):
+        # Speaker tunings with four output channels take the tuning's mix matrix into "dom".
+        folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, folder)
+        four = os.path.join(folder, "four-channels.xml")
+        with open(EXAMPLE, encoding="utf-8") as f:
+            text = f.read().replace('output_channels="2">', 'output_channels="4">')
+        with open(four, "w", encoding="utf-8") as f:
+            f.write(text)
+        gains = [g - 10 for g in range(20)]
+        _, document = run_json("simulate", four, "content=on", "select=internal_speaker:speaker_game",
+                               "geq=" + ",".join(map(str, gains)), "content=off")
+        content, select, geq, off = [s["calls"] for s in document["steps"]]
+        # The stereo speaker tuning's output mode is on line 694, the game one's matrix on 828.
+        cases = [(content, "setParam", "profile", "tuning_mix_matrix", "", 694),
+                 (select, "getParam", "effect", "tuning_mix_matrix", "speaker_game", 828),
+                 (select, "setParam", "effect", "tuning_mix_matrix", "speaker_game", 828),
+                 (off, "getParam", "profile", "effect_matrix_off", None, None),
+                 (off, "setParam", "profile", "effect_matrix_off", None, None)]
+        for calls, kind, blob, delivery, device, line in cases:
+            with self.subTest(kind=kind, delivery=delivery, device=device):
+                [dom] = [c for c in calls if (c["call"], c.get("device"), c.get("code")) ==
+                         (kind, 2, "dom")]
+                source = dom["source"]
+                self.assertEqual((source["blob"]["kind"], source["delivery"]["kind"]),
+                                 (blob, delivery))
+                if device is None:
+                    continue
+                self.assertEqual(source["delivery"]["device"], device)
+                matrix = source["delivery"]["words"]
+                if kind == "setParam":
+                    self.assertEqual(dom["values"][1:len(matrix) + 1], matrix)
+                self.assertIn(line, [e["line"] for p in source["delivery"]["provenance"]["parameters"]
+                                     for s in p["steps"] for e in s["elements"]])
+        [get, sent, _] = geq
+        for call in (get, sent):
+            self.assertEqual(call["source"]["blob"], {"kind": "effect"})
+            self.assertEqual(call["source"]["delivery"]["kind"], "user_geq_gains")
+            self.assertEqual(call["source"]["delivery"]["gains"], gains)
+        self.assertEqual(sent["values"][21:], gains)
+        text = run("simulate", four, "content=on", "geq=" + ",".join(map(str, gains))).stdout
+        self.assertIn("read back, to send with the user's GEQ gains of profile 1", text)
+        self.assertRegex(text, r"from the effect's own gebs, read back\n +with the user's GEQ "
+                         r'gains of profile 1 "movie"\n +band 1: 47 Hz  gain -0.625 dB \(-10\)')
+
     def test_bad_steps_are_refused_before_anything_runs(self):
         for step in ("profile=opera", "content=maybe", "select=moon:x", "geq=1.5"):
             with self.subTest(step=step):
@@ -413,7 +499,7 @@ class DiffTest(unittest.TestCase):
         result, document = run_json("diff", EXAMPLE, EXAMPLE)
         self.assertEqual(result.returncode, 0)
         self.assertEqual((document["identical"], document["differences"]), (True, []))
-        self.assertIn("no differences", run("diff").stdout)
+        self.assertIn("no differences", run("diff", EXAMPLE, EXAMPLE).stdout)
 
     def test_one_changed_value_is_exactly_one_change(self):
         # The movie speaker's dialog-enhancer amount (hand-read line 387) and the third band of
@@ -421,13 +507,13 @@ class DiffTest(unittest.TestCase):
         cases = [
             ('<dialog-enhancer-amount value="8"/>', '<dialog-enhancer-amount value="9"/>',
              '<profile id="1"', 2, "dea", [8], [9], "dialog_enhancer_amount line 387",
-             [("value 1", "8", "9")]),
+             [("value 1", "8", "9")], None),
             ('<band_geq frequency="234" gain="16"/>', '<band_geq frequency="234" gain="32"/>',
              '<preset id="1" type="geq">', ALL_DEVICES, "gebs", None, None,
              "geq_frequency, geq_gain line 183",
-             [("band 3 (234 Hz) gain", "1 dB (16)", "2 dB (32)")]),
+             [("band 3 (234 Hz) gain", "1 dB (16)", "2 dB (32)")], 188),
         ]
-        for old, new, after, device, code, was, now, source, values in cases:
+        for old, new, after, device, code, was, now, source, values, row_line in cases:
             with self.subTest(code=code):
                 changed = self.changed_copy(old, new, after)
                 result, document = run_json("diff", EXAMPLE, changed)
@@ -443,13 +529,18 @@ class DiffTest(unittest.TestCase):
                 self.assertEqual((entry["source_a"], entry["source_b"]), (source, source))
                 self.assertEqual([(v["where"], v["old_text"], v["new_text"])
                                   for v in entry["values"]], values)
+                # A band's change is traced to the band's own row.
+                self.assertEqual([(v.get("line_a"), v.get("line_b")) for v in entry["values"]],
+                                 [(row_line, row_line)])
                 text = run("diff", EXAMPLE, changed).stdout.splitlines()
                 self.assertEqual(text[0], 'profile 1 "movie": 1 entry differs')
                 self.assertEqual(text[1].split()[:2], ["changed", entry["device_name"]])
                 self.assertEqual(text[2].strip(), "from " + source)
                 # Only what changed: one row under the header.
                 self.assertEqual(len(text), 5)
-                self.assertEqual(text[4].split(), " ".join(values[0]).split())
+                where, old_text, new_text = values[0]
+                self.assertEqual(text[4].split(),
+                                 " ".join([where, str(row_line or ""), old_text, new_text]).split())
 
     def test_changes_to_the_store_state_are_named(self):
         # Without a default_usb binding the start-up check disables every tuning.
@@ -498,6 +589,7 @@ class ExplainTest(unittest.TestCase):
                 self.assertEqual(result.returncode, 0, result.stderr)
                 for text in texts:
                     self.assertIn(text, result.stdout)
+                self.assertLessEqual(max(len(line) for line in result.stdout.splitlines()), 80)
                 _, document = run_json("explain", EXAMPLE, *args)
                 lines = [element["line"] for entry in document["entries"]
                          for parameter in entry["source"]["parameters"]
@@ -508,6 +600,86 @@ class ExplainTest(unittest.TestCase):
         result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
         self.assertEqual(result.returncode, 2)
         self.assertIn('no entry "zzz"', result.stderr)
+
+
+class CommandLineTest(unittest.TestCase):
+    def test_wrong_command_lines_name_what_is_wrong(self):
+        cases = [
+            (["chek"], "unknown subcommand 'chek'"),
+            (["simulate", "profil=1"], "unknown step 'profil=1'"),
+            (["simulate", EXAMPLE, "tuning", "bogus"], "unknown step 'bogus'"),
+            (["simulate", "tuning", EXAMPLE], "only the first word may be a file"),
+            (["simulate", "--prop", "gain=1", "tuning"], "unknown short name 'gain'"),
+            (["simulate", "--prop", "gains", "tuning"], "--prop takes KEY=VALUE"),
+            (["diff"], "A is required"),
+            (["diff", EXAMPLE], "B is required"),
+            (["check", "--sarif", "--json"], "excludes"),
+        ]
+        for args, words in cases:
+            with self.subTest(args=args):
+                result = run(*args)
+                self.assertEqual((result.returncode, result.stdout), (2, ""))
+                self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
+                self.assertIn(words, result.stderr)
+
+    def test_version_and_help(self):
+        result = run("--version")
+        self.assertEqual(result.returncode, 0)
+        lines = result.stdout.splitlines()
+        self.assertRegex(lines[0], r"^spatializer-paramtool \d+\.\d+\.\d+$")
+        # The version of the library file the tool actually loaded, and where it is.
+        self.assertRegex(lines[1], r"^libspatializerparamstorage \d+\.\d+\.\d+ \(/.*\.so\.")
+        for command in ([], ["check"], ["simulate"], ["diff"], ["blobs"], ["explain"],
+                        ["report"]):
+            with self.subTest(command=command):
+                text = run(*command, "--help").stdout
+                self.assertIn("Usage: spatializer-paramtool", text)
+                self.assertNotRegex(text, r"\(\d+x\)|TEXT")
+                self.assertLessEqual(max(len(line) for line in text.splitlines()), 80, text)
+        self.assertIn("simulate [OPTIONS] [FILE] STEP...", run("simulate", "--help").stdout)
+
+    def test_a_refused_step_says_why_and_getparam_shows_what_came_back(self):
+        result, document = run_json("simulate", "select=headphone:usb_dac", "load=nothing",
+                                    "geq=1,2", "content=on", "geq=" + ",".join(["1"] * 20))
+        select, load, refused, _, geq = document["steps"]
+        self.assertEqual([s["result"] for s in (select, load, refused)], [-22] * 3)
+        self.assertIn("usb_dac is not available for port headphone", select["why"])
+        self.assertIn('no tuning blob for device "nothing"', load["why"])
+        self.assertIn("could not get proper GEQ parameters", refused["why"])
+        self.assertNotIn("why", geq)
+        self.assertEqual([(c["capacity"], c["returned"]) for c in geq["calls"]
+                          if c["call"] == "getParam"], [(41, 41)])
+        text = run("simulate", "load=nothing", "content=on", "geq=" + ",".join(["1"] * 20))
+        self.assertIn('  why: the store holds no tuning blob for device "nothing"', text.stdout)
+        self.assertRegex(text.stdout, r"getParam +all +gebs +41 of 41 +0")
+
+    def test_sarif_log_of_the_findings(self):
+        result, check = run_json("check", VERSION_OVERRIDES)
+        sarif_run = run("check", VERSION_OVERRIDES, "--sarif")
+        self.assertEqual(sarif_run.returncode, result.returncode)
+        log = json.loads(sarif_run.stdout)
+        self.assertEqual(log["version"], "2.1.0")
+        self.assertIn("sarif-2.1.0", log["$schema"])
+        (sarif,) = log["runs"]
+        driver = sarif["tool"]["driver"]
+        self.assertEqual(driver["name"], "spatializer-paramtool")
+        rule_ids = [r["id"] for r in driver["rules"]]
+        self.assertEqual(len(rule_ids), len(set(rule_ids)))
+        results = sarif["results"]
+        self.assertEqual(len(results), len(check["findings"]))
+        self.assertGreater(len(results), 0)
+        for found, finding in zip(results, check["findings"]):
+            self.assertIn(found["ruleId"], rule_ids)
+            self.assertEqual(found["level"], finding["severity"])
+            self.assertEqual(found["message"]["text"], finding["message"])
+            (where,) = found["locations"]
+            place = where["physicalLocation"]
+            self.assertEqual(place["artifactLocation"]["uri"], "file://" + VERSION_OVERRIDES)
+            self.assertEqual(place["region"]["startLine"], finding["line"])
+            self.assertEqual([r["message"]["text"] for r in found.get("relatedLocations", [])],
+                             [n["message"] for n in finding["notes"]])
+        broken = json.loads(run("check", BROKEN, "--sarif").stdout)["runs"][0]["results"]
+        self.assertEqual([(r["ruleId"], r["level"]) for r in broken], [("unreadable", "error")])
 
 
 if __name__ == "__main__":

@@ -1,0 +1,22 @@
+// A process holds one parameter store for its whole life, so whatever needs two files loaded
+// (diff, the report of two files) loads each in a child process of its own (fork, no exec),
+// which hands back a JSON document through a pipe.
+#pragma once
+
+#include <string>
+
+#include "tools/ToolOutput.h"
+
+namespace korva::tool {
+
+class ChildLoad {
+public:
+    // What the child does with the file: fills the document, returns an exit status, and has
+    // reported why on stderr when that is not kExitOk.
+    using Work = int (*)(const std::string& path, Json* document);
+
+    // The child's document, or kExitError after one line on stderr.
+    static int run(const std::string& path, Work work, Json* document);
+};
+
+}  // namespace korva::tool

@@ -1,0 +1,51 @@
+// The cache's report of what it sends, kept beside the calls the simulated effect records, so
+// that each call names the blob entry it carries and what the cache put in its place.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cache/DeliveryObserver.h"
+#include "engine/RecordingEffect.h"
+
+namespace korva::tool {
+
+// What the cache reported before a call.
+struct CallSource {
+    bool reported = false;  // false for commits and calls no report preceded
+    bool fromBlob = false;  // false: the effect's own values, read back
+    DeliveredBlob blob = DeliveredBlob::kBuiltinProfile;
+    int profileId = 0;
+    std::string device;  // the blob's tuning device
+    int entry = -1;
+    Delivery how = Delivery::kAsIs;
+    int gainsProfile = 0;      // kUserGeqGains
+    std::string matrixDevice;  // kTuningMixMatrix
+};
+
+class DeliveryLog : public DeliveryObserver {
+public:
+    explicit DeliveryLog(const RecordingEffect& effect) : mEffect(effect) {}
+
+    // The source of each of the calls taken from the effect since the last take, which the
+    // effect recorded while this log listened.
+    std::vector<CallSource> take(const std::vector<EffectCall>& calls);
+
+    void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override;
+    void onEntry(int entry, Delivery how, int profileId, const std::string& device) override;
+    void onEffectValues(Delivery how, int profileId, const std::string& device) override;
+
+private:
+    // A report, and the number of calls the effect held when it came.
+    struct Mark {
+        size_t calls;
+        CallSource source;
+    };
+    void mark(CallSource source, Delivery how, int profileId, const std::string& device);
+
+    const RecordingEffect& mEffect;
+    CallSource mBlob;
+    std::vector<Mark> mMarks;
+};
+
+}  // namespace korva::tool

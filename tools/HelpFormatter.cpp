@@ -1,0 +1,59 @@
+#include "tools/HelpFormatter.h"
+
+#include "tools/TextTable.h"
+
+namespace korva::tool {
+
+std::string HelpFormatter::wrapped(const std::string& text, size_t width) const {
+    std::string out;
+    for (const std::string& line : TextTable::wrap(text, width)) {
+        out += (out.empty() ? "" : "\n") + line;
+    }
+    return out;
+}
+
+std::string HelpFormatter::make_description(const CLI::App* app) const {
+    const std::string description = app->get_description();
+    return description.empty() ? "" : wrapped(description, kWidth) + "\n";
+}
+
+std::string HelpFormatter::make_subcommand(const CLI::App* sub) const {
+    std::string name = "  " + sub->get_name();
+    name += std::string(name.size() < column_width_ ? column_width_ - name.size() : 1, ' ');
+    std::string description = wrapped(sub->get_description(), kWidth - column_width_);
+    std::string out = name;
+    for (const char c : description) {
+        out += c;
+        if (c == '\n') {
+            out += std::string(column_width_, ' ');
+        }
+    }
+    return out + "\n";
+}
+
+std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
+    // Positionals are described by their usage words; options show their value's form only.
+    if (option->get_positional()) {
+        return "";
+    }
+    const std::string type = option->get_type_name();
+    return type.empty() || option->get_expected_max() == 0 ? "" : " " + type;
+}
+
+std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
+    return wrapped(option->get_description(), kWidth - column_width_);
+}
+
+std::string HelpFormatter::make_option_usage(const CLI::Option* option) const {
+    const auto found = mUsage.find(option->get_name());
+    if (found != mUsage.end()) {
+        return found->second;
+    }
+    std::string usage = option->get_name();
+    if (option->get_expected_max() > 1) {
+        usage += "...";
+    }
+    return option->get_required() ? usage : "[" + usage + "]";
+}
+
+}  // namespace korva::tool

@@ -1,0 +1,78 @@
+#include "tools/HtmlWriter.h"
+
+namespace korva::tool {
+
+std::string HtmlWriter::escape(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                out += "&amp;";
+                break;
+            case '<':
+                out += "&lt;";
+                break;
+            case '>':
+                out += "&gt;";
+                break;
+            case '"':
+                out += "&quot;";
+                break;
+            case '\'':
+                out += "&#39;";
+                break;
+            default:
+                out += c;
+        }
+    }
+    return out;
+}
+
+std::string HtmlWriter::link(const std::string& anchor, const std::string& text) {
+    return "<a href=\"#" + escape(anchor) + "\">" + escape(text) + "</a>";
+}
+
+void HtmlWriter::open(const std::string& tag, const Attributes& attributes) {
+    mOut += "<" + tag;
+    for (const auto& [name, value] : attributes) {
+        mOut += " " + name + "=\"" + escape(value) + "\"";
+    }
+    mOut += ">";
+}
+
+void HtmlWriter::close(const std::string& tag) {
+    mOut += "</" + tag + ">\n";
+}
+
+void HtmlWriter::element(const std::string& tag, const std::string& text,
+                         const Attributes& attributes) {
+    open(tag, attributes);
+    mOut += escape(text);
+    close(tag);
+}
+
+void HtmlWriter::table(const std::vector<std::string>& headers,
+                       const std::vector<std::vector<std::string>>& rows,
+                       const Attributes& attributes) {
+    open("table", attributes);
+    open("thead");
+    open("tr");
+    for (const std::string& header : headers) {
+        element("th", header);
+    }
+    close("tr");
+    close("thead");
+    open("tbody");
+    for (const std::vector<std::string>& row : rows) {
+        open("tr");
+        for (const std::string& cell : row) {
+            mOut += "<td>" + cell + "</td>";
+        }
+        close("tr");
+    }
+    close("tbody");
+    close("table");
+}
+
+}  // namespace korva::tool

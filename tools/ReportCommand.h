@@ -1,0 +1,33 @@
+// spatializer-paramtool report: one self-contained HTML page about one tuning file, or two side
+// by side: check's findings, the ports and their tuning devices, the EQ curves and mix matrices
+// as pictures, every blob entry with where it came from, linked to a numbered copy of the file.
+// Each file is loaded in a child process (a process holds one store); the page is built from
+// what the children hand back.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/ToolOutput.h"
+
+namespace korva::tool {
+
+class ReportCommand {
+public:
+    struct Options {
+        CommonOptions common;
+        std::vector<std::string> files;  // one or two; none means the bundled example
+        std::string output = kDefaultOutput;
+    };
+    static constexpr const char* kDefaultOutput = "report.html";
+
+    // 0 when the page was written, 2 when a file could not be opened or the page not written.
+    static int run(const Options& options);
+
+    // What the report shows of one file, loaded in this process.
+    static int collect(const std::string& path, Json* document);
+    // The page for one or two collected files.
+    static std::string page(const std::vector<Json>& files);
+};
+
+}  // namespace korva::tool
