@@ -21,6 +21,10 @@ void AudioOptimizerValueSetter::set(ParameterValues& values, TagIterator& iterat
     const bool observed = LoadObserver::current() != nullptr;
     const auto rows =
         NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", observed ? &bands : nullptr);
+    // Every band fills one slot of every column.
+    for (std::vector<int>& column : columns) {
+        column.reserve(rows.size());
+    }
     for (size_t row = 0; row < rows.size(); row++) {
         const xmlNode* element = observed ? bands[row] : nullptr;
         for (size_t i = 0; i < rows[row].size(); i++) {

@@ -24,7 +24,8 @@ std::vector<std::vector<int>> MultiParameterSetter::joinedColumns(
     std::vector<std::string> texts(mParameters.size());
     for (const std::vector<std::string>& row : rows) {
         for (size_t i = 0; i < texts.size() && i < row.size(); i++) {
-            texts[i] += row[i] + ",";
+            texts[i] += row[i];
+            texts[i] += ',';
         }
     }
     std::vector<std::vector<int>> columns(texts.size());

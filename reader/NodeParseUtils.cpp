@@ -2,13 +2,43 @@
 
 #include <android/log.h>
 
+#include <cstring>
+
+#include "model/LoadObserver.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
 namespace korva {
 namespace NodeParseUtils {
 
+namespace {
+
+// Readers for a load that nobody listens to, the usual one: the same values, read where the
+// document holds the text (every parameter element of a file goes through one of them).
+int parseValueUnobserved(TagIterator& iterator) {
+    std::string scratch;
+    const char* text = iterator.attributeText("value", scratch);
+    if (text == nullptr || strcmp(text, "false") == 0) {
+        return 0;
+    }
+    return strcmp(text, "true") == 0 ? 1 : string2Int(text);
+}
+
+std::vector<int> parseDataRowUnobserved(TagIterator& iterator) {
+    std::string scratch;
+    std::vector<int> row;
+    if (const char* text = iterator.firstAttributeText(scratch)) {
+        string2IntVector(text, row);
+    }
+    return row;
+}
+
+}  // namespace
+
 int parseValue(TagIterator& iterator) {
+    if (LoadObserver::current() == nullptr) {
+        return parseValueUnobserved(iterator);
+    }
     static const std::vector<std::string> kValueName = {"value"};
     std::vector<std::string> value;
     iterator.parseNodeWithName(kValueName, value);
@@ -27,6 +57,9 @@ int parseValue(TagIterator& iterator) {
 }
 
 std::vector<int> parseDataRow(TagIterator& iterator) {
+    if (LoadObserver::current() == nullptr) {
+        return parseDataRowUnobserved(iterator);
+    }
     std::vector<std::string> attributes;
     iterator.parseNodeAll(attributes);
     std::vector<int> row;
@@ -48,7 +81,15 @@ std::vector<int> parseMixMatrix(TagIterator& iterator) {
     }
     ReadTrace::structure(iterator.currentNode(), Structure::kSetterLevel);
     iterator.childrenNext();
+    const bool observed = LoadObserver::current() != nullptr;
+    std::string scratch;
     for (; iterator.isCurValid(); iterator.next()) {
+        if (!observed) {
+            if (const char* text = iterator.firstAttributeText(scratch)) {
+                string2IntVector(text, matrix);
+            }
+            continue;
+        }
         std::vector<std::string> row;
         iterator.parseNodeAll(row);
         if (!row.empty()) {
@@ -78,7 +119,9 @@ std::vector<std::vector<std::string>> parseChildRows(TagIterator& iterator, int 
         if (!iterator.isElementNode()) {
             continue;
         }
-        if (!rowName.empty() && iterator.getNodeName() != rowName) {
+        // The name compared where the document holds it: this runs for every band.
+        if (!rowName.empty() &&
+            rowName.compare(reinterpret_cast<const char*>(iterator.currentNode()->name)) != 0) {
             ReadTrace::skipped(iterator.currentNode(), Skip::kEndsList);
             __android_log_print(ANDROID_LOG_INFO, "ValueSetter", "No attribute %s was found!",
                                 rowName.c_str());

@@ -22,6 +22,10 @@ void RegulatorTuningValueSetter::set(ParameterValues& values, TagIterator& itera
     const bool observed = LoadObserver::current() != nullptr;
     const auto rows =
         NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", observed ? &bands : nullptr);
+    // Every band fills one slot of every column.
+    for (std::vector<int>& column : columns) {
+        column.reserve(rows.size());
+    }
     for (size_t row = 0; row < rows.size(); row++) {
         const std::vector<std::string>& band = rows[row];
         const xmlNode* element = observed ? bands[row] : nullptr;

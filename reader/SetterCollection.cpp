@@ -171,6 +171,10 @@ SetterCollection::SetterCollection() {
     for (ValueSetter* setter : kAllValueSetters) {
         mSetters.emplace(setter->getNodeName(), setter);
     }
+    mByName.reserve(mSetters.size());
+    for (const auto& [name, setter] : mSetters) {
+        mByName.emplace(name, setter);
+    }
 }
 
 SetterCollection::~SetterCollection() = default;
@@ -182,8 +186,12 @@ ValueSetter* SetterCollection::getValueSetter(std::string& name) {
 ValueSetter* SetterCollection::getValueSetter(const std::string& name) const {
     // Unknown names are not remembered: a file full of foreign elements must not grow the
     // process-wide table, and lookups stay safe from several parsers at once.
-    auto it = mSetters.find(name);
-    return it != mSetters.end() ? it->second : nullptr;
+    return findValueSetter(name);
+}
+
+ValueSetter* SetterCollection::findValueSetter(std::string_view name) const {
+    auto it = mByName.find(name);
+    return it != mByName.end() ? it->second : nullptr;
 }
 
 }  // namespace korva

@@ -4,6 +4,8 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "reader/ValueSetter.h"
 
@@ -21,6 +23,8 @@ public:
     // The setter registered for the element name, or null for a name that has none.
     ValueSetter* getValueSetter(std::string& name);
     ValueSetter* getValueSetter(const std::string& name) const;
+    // The same lookup for a name that the document holds, without making a string of it.
+    ValueSetter* findValueSetter(std::string_view name) const;
 
     size_t size() const { return mSetters.size(); }
 
@@ -29,6 +33,9 @@ public:
 
 private:
     std::map<std::string, ValueSetter*> mSetters;
+    // mSetters hashed by views of its keys: one lookup per parameter element of a file, and a
+    // walk down the ordered map compares whole names at every level.
+    std::unordered_map<std::string_view, ValueSetter*> mByName;
 };
 
 }  // namespace korva

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <cstring>
 
 namespace korva {
 
@@ -51,6 +52,21 @@ const char* extractInt(const char* at, const char* end, int& value, bool& ok) {
     return at;
 }
 
+// The list reader over [begin, end); returns where reading stopped.
+const char* readIntList(const char* begin, const char* end, std::vector<int>& out) {
+    const char* at = begin;
+    int value = 0;
+    bool ok = false;
+    for (at = extractInt(at, end, value, ok); ok; at = extractInt(at, end, value, ok)) {
+        out.push_back(value);
+        // One separator is allowed between numbers; a second one ends the list.
+        if (at < end && (*at == ',' || *at == ' ' || *at == '\t')) {
+            at++;
+        }
+    }
+    return at;
+}
+
 }  // namespace
 
 int string2Int(std::string& text) {
@@ -72,18 +88,19 @@ void string2IntVector(const std::string& text, std::vector<int>& out) {
     intListEnd(text, out);
 }
 
-size_t intListEnd(const std::string& text, std::vector<int>& out) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
+int string2Int(const char* text) {
     int value = 0;
     bool ok = false;
-    for (at = extractInt(at, end, value, ok); ok; at = extractInt(at, end, value, ok)) {
-        out.push_back(value);
-        // One separator is allowed between numbers; a second one ends the list.
-        if (at < end && (*at == ',' || *at == ' ' || *at == '\t')) {
-            at++;
-        }
-    }
+    extractInt(text, text + strlen(text), value, ok);
+    return value;
+}
+
+void string2IntVector(const char* text, std::vector<int>& out) {
+    readIntList(text, text + strlen(text), out);
+}
+
+size_t intListEnd(const std::string& text, std::vector<int>& out) {
+    const char* const at = readIntList(text.data(), text.data() + text.size(), out);
     return static_cast<size_t>(at - text.data());
 }
 

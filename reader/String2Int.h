@@ -14,10 +14,15 @@ namespace korva {
 int string2Int(std::string& text);
 int string2Int(const std::string& text);
 
+// The same for NUL-terminated text, read in place.
+int string2Int(const char* text);
+
 // Appends the ints of a list such as "1,2,3", "1 2 3" or "1, 2, 3," to out. Reading stops at the
 // first text that is not a number, so "1,,2" gives [1] and "1.5,2" gives [1].
 void string2IntVector(std::string& text, std::vector<int>& out);
 void string2IntVector(const std::string& text, std::vector<int>& out);
+
+void string2IntVector(const char* text, std::vector<int>& out);
 
 // As string2IntVector; returns where reading stopped (the text's size when it read to the end,
 // a trailing separator included).

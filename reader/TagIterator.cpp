@@ -41,6 +41,18 @@ std::string attributeValue(xmlNode* node, const xmlAttr* attribute) {
     return toString(value.get());
 }
 
+// attributeValue without the copy where the tree holds the text whole; else the copy goes into
+// scratch.
+const char* attributeTextOf(xmlNode* node, const xmlAttr* attribute, std::string& scratch) {
+    const xmlNode* text = attribute->children;
+    if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
+        !isShadowed(node, attribute)) {
+        return text->content != nullptr ? reinterpret_cast<const char*>(text->content) : "";
+    }
+    scratch = attributeValue(node, attribute);
+    return scratch.c_str();
+}
+
 // parseNodeWithName for a listener: the same reading, and an account of every attribute asked
 // for, read or left unused.
 void readObserved(xmlNode* node, const std::vector<std::string>& names,
@@ -243,6 +255,28 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
             }
         }
     }
+}
+
+const char* TagIterator::attributeText(const char* name, std::string& scratch) {
+    if (!isReadableElement()) {
+        return nullptr;
+    }
+    // The last attribute of that name wins, as in parseNodeWithName.
+    const char* text = "";
+    for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        if (strcmp(reinterpret_cast<const char*>(attribute->name), name) == 0) {
+            text = attributeTextOf(mCurrent, attribute, scratch);
+        }
+    }
+    return text;
+}
+
+const char* TagIterator::firstAttributeText(std::string& scratch) {
+    if (!isReadableElement() || mCurrent->properties == nullptr) {
+        return nullptr;
+    }
+    return attributeTextOf(mCurrent, mCurrent->properties, scratch);
 }
 
 void TagIterator::clearAll() {

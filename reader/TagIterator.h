@@ -54,6 +54,15 @@ public:
     // Frees the document and forgets every node of it. The node stack is left alone.
     void clearAll();
 
+    // For the reader's own value readers when nobody listens (a listener hears every attribute
+    // through the readers above): the text that parseNodeWithName({name}) would give, pointing
+    // into the document when it holds the text whole and into scratch otherwise. Null, with the
+    // same log line, when the cursor is on no node; null on a node that is not an element.
+    const char* attributeText(const char* name, std::string& scratch);
+    // As attributeText for the first attribute, whatever its name: the first value that
+    // parseNodeAll would give. Null as above, and on an element without attributes.
+    const char* firstAttributeText(std::string& scratch);
+
     static int instanceCount() { return mInstanceCount; }
 
     // The node under the cursor, for the reader's report of where a value came from.

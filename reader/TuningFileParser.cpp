@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <string_view>
 #include <vector>
 
 #include "reader/FormatVersion.h"
@@ -301,8 +302,9 @@ void TuningFileParser::parseProfile() {
         if (!mIterator.isElementNode()) {
             continue;
         }
-        const std::string name = mIterator.getNodeName();
-        if (ValueSetter* setter = sSetterCollection->getValueSetter(name)) {
+        // The name where the document holds it: compared and looked up for every parameter.
+        const std::string_view name = reinterpret_cast<const char*>(mIterator.currentNode()->name);
+        if (ValueSetter* setter = sSetterCollection->findValueSetter(name)) {
             // These two belong to the endpoints that follow them, not to the profile.
             if (name == "ieq-enable") {
                 ReadTrace::structure(mIterator.currentNode(), Structure::kProfileIeqSwitch);
@@ -484,7 +486,8 @@ void TuningFileParser::applySetters(ParameterValues& record) {
         if (!mIterator.isElementNode()) {
             continue;
         }
-        if (ValueSetter* setter = sSetterCollection->getValueSetter(mIterator.getNodeName())) {
+        const char* name = reinterpret_cast<const char*>(mIterator.currentNode()->name);
+        if (ValueSetter* setter = sSetterCollection->findValueSetter(name)) {
             ReadTrace::setter(mIterator.currentNode(), *setter, record);
             setter->set(record, mIterator);
         } else {

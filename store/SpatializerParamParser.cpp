@@ -86,6 +86,33 @@ bool SpatializerParamParser::nextStep(bool verbose) {
     }
     // Counted before reading, so a failed entry still counts (validate relies on this).
     mParamIndex++;
+    // Every entry of every delivery passes here twice: when its three header words fit, read them
+    // with one bounds check; otherwise word by word, for the log line of the one that failed.
+    const int64_t headerEnd = int64_t{mOffset} + 3 * int64_t{sizeof(int32_t)};
+    if (headerEnd <= mSize) {
+        const uint8_t* header = mData + mOffset;
+        memcpy(&mDeviceId, header, sizeof(mDeviceId));
+        memcpy(&mParamId, header + sizeof(int32_t), sizeof(mParamId));
+        memcpy(&mNumValues, header + 2 * sizeof(int32_t), sizeof(mNumValues));
+        mOffset = static_cast<int32_t>(headerEnd);
+    } else if (!readHeaderByWord()) {
+        return false;
+    }
+    int32_t valuesAt = mOffset;
+    // A count whose byte length does not fit an int cannot fit any buffer either.
+    int64_t bytes = int64_t{mNumValues} * 4;
+    bool fits = bytes >= std::numeric_limits<int>::min() &&
+                bytes <= std::numeric_limits<int>::max() && move(bytes);
+    if (!fits) {
+        KORVA_LOGE(kTag, "%s() failed to extract %d values for parameter #%d", "next", mNumValues,
+                   mParamIndex);
+        return false;
+    }
+    mValues = reinterpret_cast<int32_t*>(mData + valuesAt);
+    return true;
+}
+
+bool SpatializerParamParser::readHeaderByWord() {
     if (!readWord(&mDeviceId)) {
         KORVA_LOGE(kTag, "%s() failed to extract device id for parameter #%d", "next", mParamIndex);
         return false;
@@ -100,17 +127,6 @@ bool SpatializerParamParser::nextStep(bool verbose) {
                    mParamIndex);
         return false;
     }
-    int32_t valuesAt = mOffset;
-    // A count whose byte length does not fit an int cannot fit any buffer either.
-    int64_t bytes = int64_t{mNumValues} * 4;
-    bool fits = bytes >= std::numeric_limits<int>::min() &&
-                bytes <= std::numeric_limits<int>::max() && move(bytes);
-    if (!fits) {
-        KORVA_LOGE(kTag, "%s() failed to extract %d values for parameter #%d", "next", mNumValues,
-                   mParamIndex);
-        return false;
-    }
-    mValues = reinterpret_cast<int32_t*>(mData + valuesAt);
     return true;
 }
 

@@ -46,6 +46,8 @@ private:
     // begin() and next() with the verbosity already read.
     bool beginStep(bool verbose);
     bool nextStep(bool verbose);
+    // An entry's device id, code and value count, one bounds-checked word at a time.
+    bool readHeaderByWord();
 };
 
 }  // namespace korva

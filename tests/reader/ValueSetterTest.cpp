@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "LogCapture.h"
 #include "TestPaths.h"
+#include "model/LoadObserver.h"
 #include "model/Parameter.h"
 #include "model/Tuning.h"
 #include "reader/NodeParseUtils.h"
@@ -154,6 +156,9 @@ TEST_F(ValueSetterTest, EachSetterClassOnRealElements) {
         {"simple-capitals", {{VOLUME_LEVELER_ENABLE, {0}}}},
         {"simple-missing", {{VOLUME_LEVELER_ENABLE, {0}}}},
         {"simple-garbage", {{PEAK_VALUE, {12}}}},
+        // Names that repeat in another namespace read as libxml2's lookup by name finds them.
+        {"simple-namespaced", {{VOLUME_LEVELER_AMOUNT, {5}}}},
+        {"row-namespaced", {{BASS_MBDRC_TUNING, {1, 2}}}},
         {"row-mixed-separators", {{BASS_MBDRC_TUNING, {10, 20, 30}}}},
         {"row-first-attribute-only", {{REGULATOR_STRESS_AMOUNT, {4, 5, 6}}}},
         {"row-empty", {{COMPLEX_EQUALIZER_TUNING_LEFT, {}}}},
@@ -185,11 +190,22 @@ TEST_F(ValueSetterTest, EachSetterClassOnRealElements) {
           {REGULATOR_THRESHOLD_HIGH, {-80, 0, 0}},
           {REGULATOR_ISOLATED_BAND, {1, 0, 0}}}},
     };
+    // Read with nobody listening, and again with a listener, which takes the declared readers.
+    class Listener : public LoadObserver {};
+    Listener listener;
+    for (const bool listened : {false, true}) {
+        std::optional<LoadObserver::Scope> scope;
+        if (listened) scope.emplace(&listener);
+        for (const auto& [id, expected] : cases) {
+            Tuning record("t", ENDPOINT_SPEAKER, false);
+            apply(id, record);
+            EXPECT_EQ(expected, record.values) << id << (listened ? " with a listener" : "");
+        }
+    }
     for (const auto& [id, expected] : cases) {
         test::LogCapture log;
         Tuning record("t", ENDPOINT_SPEAKER, false);
         apply(id, record);
-        EXPECT_EQ(expected, record.values) << id;
         // A preset whose bands are not three levels down ends on the level it stopped at.
         const bool foreign = id == "ieq-bands" || id == "ieq-no-bands";
         EXPECT_EQ(foreign ? std::vector<std::string>{"No attribute band_ieq was found!"}
