@@ -24,7 +24,7 @@ public:
     // Points at or below 0 Hz have no place on the axis and are left out.
     void add(PlotSeries series);
     bool empty() const;
-    std::string render(int width = 540, int height = 240) const;
+    std::string render(int width = 500, int height = 230) const;
 
     // A value's place between lo and hi on a logarithmic axis of the given length.
     static double logPosition(double hz, double lo, double hi, double length);
