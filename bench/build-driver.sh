@@ -11,8 +11,11 @@ build_driver() {
     defines=$(sed -n 's/^CXX_DEFINES = //p' "$flags")
     includes=$(sed -n 's/^CXX_INCLUDES = //p' "$flags")
     cxxflags=$(sed -n 's/^CXX_FLAGS = //p' "$flags")
-    # shellcheck disable=SC2086
-    c++ $cxxflags $defines $includes "$source" -o "$binary" \
+    # flags.make holds them quoted for the shell that make hands them to, so a build tree whose
+    # path has blanks comes through whole when the shell reads them back the same way.
+    local args
+    eval "args=($cxxflags $defines $includes)"
+    c++ "${args[@]}" "$source" -o "$binary" \
         -Wl,-rpath,"$out:$out/engine:$out/platform:/usr/lib/x86_64-linux-gnu/android" \
         "$out/libspatializerparamstorage.so" "$out/engine/libvexparamstore.so" \
         "$out/platform/libkorva_host_platform.so" -lxml2 -L/usr/lib/x86_64-linux-gnu/android \

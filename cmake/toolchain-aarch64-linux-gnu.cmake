@@ -25,11 +25,9 @@ set(ENV{PKG_CONFIG_PATH} "")
 
 # A cross linker ignores the RUNPATH of the libraries it reads, so the folders of their own
 # dependencies (libbacktrace and libbase behind libutils, 7z.so behind libbacktrace) are named.
-set(korva_arm64_rpath_link
-    "-Wl,-rpath-link,${korva_arm64_libdir}/android -Wl,-rpath-link,${korva_arm64_7z_dir}")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "${korva_arm64_rpath_link}")
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "${korva_arm64_rpath_link}")
-set(CMAKE_MODULE_LINKER_FLAGS_INIT "${korva_arm64_rpath_link}")
+# The top-level CMakeLists.txt adds them as link options, one item each: the build tree (and so
+# the 7z.so folder) may have spaces in its path, which a flags string would split.
+set(KORVA_RPATH_LINK_DIRS "${korva_arm64_libdir}/android" "${korva_arm64_7z_dir}")
 
 # Libraries and headers of the target, programs of the host.
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

@@ -27,7 +27,8 @@ tool=$build/tools/spatializer-paramtool
 echo
 echo "== the full report: findings, ports, EQ curves, mix matrices, every blob with its sources"
 "$tool" report "$example" -o "$build/report.html"
-echo "   open it in a browser: file://$root/$build/report.html"
+report=$(cd "$build" && pwd)/report.html
+echo "   open it in a browser: file://${report// /%20}"
 echo
 echo "== one blob, entry by entry, with where each entry came from:"
 echo "   $tool blobs --profile 0"

@@ -114,7 +114,7 @@ Json toJson(const LoadReport& records, const std::string& path) {
 
 std::string toText(const LoadReport& records, const std::string& path) {
     TextTable facts({"", ""});
-    facts.addRow({"tuning file", path});
+    facts.addPathRow({"tuning file", path});
     facts.addRow({"format version", records.formatVersion});
     facts.addRow({"tool version", records.toolVersion});
     facts.addRow({"game system gain", std::to_string(records.gameSystemGain)});

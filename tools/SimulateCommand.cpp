@@ -592,7 +592,7 @@ int SimulateCommand::run(const Options& options) {
         shownProperties += (shownProperties.empty() ? "" : " ") + key + "=" + value;
     }
     TextTable facts({"", ""});
-    facts.addRow({"tuning file", path});
+    facts.addPathRow({"tuning file", path});
     facts.addRow({"properties", shownProperties.empty() ? "none" : shownProperties});
     facts.addRow({"tunings usable", tuningsUsable ? "yes" : "no"});
     ToolOutput::print(facts.render() + text);

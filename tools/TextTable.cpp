@@ -55,11 +55,18 @@ void TextTable::addRow(std::vector<std::string> cells) {
     cells.resize(mHeaders.size());
     mRows.push_back(std::move(cells));
     mIsNote.push_back(false);
+    mKeepWhole.push_back(false);
+}
+
+void TextTable::addPathRow(std::vector<std::string> cells) {
+    addRow(std::move(cells));
+    mKeepWhole.back() = true;
 }
 
 void TextTable::addNote(const std::string& text) {
     mRows.push_back({text});
     mIsNote.push_back(true);
+    mKeepWhole.push_back(false);
 }
 
 std::string TextTable::render(const std::string& indent, size_t width) const {
@@ -77,12 +84,12 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
     }
     std::string out;
     if (hasHeader) {
-        renderRow(mHeaders, widths, indent, width, out);
+        renderRow(mHeaders, widths, indent, width, false, out);
     }
     const std::string noteIndent = indent + std::string(kNoteIndent, ' ');
     for (size_t r = 0; r < mRows.size(); r++) {
         if (!mIsNote[r]) {
-            renderRow(mRows[r], widths, indent, width, out);
+            renderRow(mRows[r], widths, indent, width, mKeepWhole[r], out);
             continue;
         }
         const size_t room =
@@ -97,7 +104,8 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
 }
 
 void TextTable::renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,
-                          const std::string& indent, size_t width, std::string& out) const {
+                          const std::string& indent, size_t width, bool keepWhole,
+                          std::string& out) const {
     const size_t columns = cells.size();
     if (columns == 0) {
         return;
@@ -113,7 +121,7 @@ void TextTable::renderRow(const std::vector<std::string>& cells, const std::vect
         prefix += kGap;
     }
     size_t lastStart = prefix.size();
-    if (lastStart + kMinLastWidth > width && !cells.back().empty()) {
+    if (!keepWhole && lastStart + kMinLastWidth > width && !cells.back().empty()) {
         // The other columns leave the last too little room: it goes below them, indented.
         rtrim(prefix);
         out += prefix + "\n";
@@ -121,7 +129,8 @@ void TextTable::renderRow(const std::vector<std::string>& cells, const std::vect
         prefix = std::string(lastStart, ' ');
     }
     const size_t lastWidth = width > lastStart + kMinLastWidth ? width - lastStart : kMinLastWidth;
-    const std::vector<std::string> lines = wrap(cells.back(), lastWidth);
+    const std::vector<std::string> lines =
+        keepWhole ? std::vector<std::string>{cells.back()} : wrap(cells.back(), lastWidth);
     for (size_t i = 0; i < lines.size(); i++) {
         std::string line = (i == 0 ? prefix : std::string(lastStart, ' ')) + lines[i];
         rtrim(line);

@@ -16,6 +16,9 @@ public:
     // Numbers read best right-aligned.
     void alignRight(size_t column);
     void addRow(std::vector<std::string> cells);
+    // A row whose last cell is a path the user gave: never wrapped, since a path split at its
+    // blanks can be neither read nor copied. Its line is as long as the path needs.
+    void addPathRow(std::vector<std::string> cells);
     // A line under the row added last that spans the columns, indented a little past them and
     // wrapped (continuations indented further): details that would crowd the last column.
     void addNote(const std::string& text);
@@ -31,12 +34,14 @@ public:
 
 private:
     void renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,
-                   const std::string& indent, size_t width, std::string& out) const;
+                   const std::string& indent, size_t width, bool keepWhole,
+                   std::string& out) const;
 
     std::vector<std::string> mHeaders;
     std::vector<bool> mRightAligned;
     std::vector<std::vector<std::string>> mRows;
-    std::vector<bool> mIsNote;  // per row: a note's single cell
+    std::vector<bool> mIsNote;     // per row: a note's single cell
+    std::vector<bool> mKeepWhole;  // per row: its last cell is never wrapped
 };
 
 }  // namespace korva::tool

@@ -115,6 +115,12 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
     TextTable wide({"", ""});
     wide.addRow({std::string(50, 'n'), "1 2 3"});
     EXPECT_EQ(wide.render("  ", 60), "  " + std::string(50, 'n') + "\n      1 2 3\n");
+    // A path the user gave stays on its row, whole, whatever its blanks and length.
+    TextTable facts({"", ""});
+    const std::string path = "/home/a user/" + std::string(70, 'p') + "/my tuning.xml";
+    facts.addPathRow({"tuning file", path});
+    facts.addRow({"properties", "none"});
+    EXPECT_EQ(facts.render(), "tuning file  " + path + "\nproperties   none\n");
 }
 
 TEST(HtmlWriterTest, TextCannotBreakOutOfItsElementOrAttribute) {
