@@ -75,6 +75,16 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
             }
         }
     }
+    // The last column's widest cell: a column narrower than the least room it is given stays
+    // on its row as long as it fits.
+    for (size_t r = 0; columns > 0 && r < mRows.size(); r++) {
+        if (!mIsNote[r]) {
+            widths[columns - 1] = std::max(widths[columns - 1], mRows[r][columns - 1].size());
+        }
+    }
+    if (columns > 0 && hasHeader) {
+        widths[columns - 1] = std::max(widths[columns - 1], mHeaders[columns - 1].size());
+    }
     std::string out;
     if (hasHeader) {
         renderRow(mHeaders, widths, indent, width, out);
@@ -113,7 +123,7 @@ void TextTable::renderRow(const std::vector<std::string>& cells, const std::vect
         prefix += kGap;
     }
     size_t lastStart = prefix.size();
-    if (lastStart + kMinLastWidth > width && !cells.back().empty()) {
+    if (lastStart + std::min(kMinLastWidth, widths.back()) > width && !cells.back().empty()) {
         // The other columns leave the last too little room: it goes below them, indented.
         rtrim(prefix);
         out += prefix + "\n";
