@@ -610,6 +610,28 @@ class ExplainTest(unittest.TestCase):
         result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
         self.assertEqual(result.returncode, 2)
         self.assertIn('no entry "zzz"', result.stderr)
+        result = run("explain", EXAMPLE, "dea", "--profile", "9")
+        self.assertEqual((result.returncode, result.stderr.split(": ")[-1]), (2, "no profile 9\n"))
+
+    def test_attributes_are_shown_as_the_file_has_them_and_codes_in_any_case(self):
+        folder = tempfile.mkdtemp(prefix="paramtool-test.")
+        self.addCleanup(shutil.rmtree, folder)
+        path = os.path.join(folder, "vaule.xml")
+        with open(EXAMPLE, encoding="utf-8") as f:
+            text = f.read()
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(text.replace('<dialog-enhancer-amount value="4"/>',
+                                 '<dialog-enhancer-amount vaule="4"/>', 1))
+        result = run("explain", path, "DEA", "--profile", "0")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn('<dialog-enhancer-amount> vaule="4" (no value)', result.stdout)
+        self.assertNotIn('value=""', result.stdout)
+        self.assertIn("speaker dea, 1 value\n", result.stdout)
+        _, document = run_json("explain", path, "dea", "--profile", "0")
+        elements = [e for entry in document["entries"] for p in entry["source"]["parameters"]
+                    for step in p["steps"] for e in step["elements"] if e["absent"]]
+        self.assertEqual([(e["attributes"], e["absent"]) for e in elements],
+                         [({"vaule": "4"}, ["value"])])
 
 
 class CommandLineTest(unittest.TestCase):
