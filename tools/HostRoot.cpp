@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tools/load/TemporaryPaths.h"
+
 namespace korva::tool {
 
 namespace {
@@ -39,6 +41,7 @@ std::unique_ptr<HostRoot> HostRoot::create(const std::string& tuningFile, std::s
         return nullptr;
     }
     std::unique_ptr<HostRoot> root(new HostRoot(pattern));
+    TemporaryPaths::add(pattern);
     for (const char* folder : kFolders) {
         if (!root->makeFolder(folder, error)) {
             return nullptr;
@@ -54,8 +57,10 @@ std::unique_ptr<HostRoot> HostRoot::create(const std::string& tuningFile, std::s
 
 HostRoot::~HostRoot() {
     for (auto it = mMade.rbegin(); it != mMade.rend(); ++it) {
+        TemporaryPaths::drop(mPath + *it);
         remove((mPath + *it).c_str());
     }
+    TemporaryPaths::drop(mPath);
     rmdir(mPath.c_str());
 }
 
@@ -65,6 +70,7 @@ bool HostRoot::makeFolder(const std::string& relative, std::string* error) {
         return false;
     }
     mMade.push_back(relative);
+    TemporaryPaths::add(mPath + relative);
     return true;
 }
 
@@ -74,6 +80,7 @@ bool HostRoot::makeLink(const std::string& relative, const std::string& target, 
         return false;
     }
     mMade.push_back(relative);
+    TemporaryPaths::add(mPath + relative);
     return true;
 }
 

@@ -7,9 +7,11 @@ RUNNER is what starts a binary of another architecture (the cross build's emulat
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -200,6 +202,31 @@ class CheckTest(FolderTest):
         writer.wait(timeout=60)
         self.assertEqual(json.loads(result.stdout)["findings"], expected)
         self.assertEqual(sorted(os.listdir(self.folder)), ["fifo", "tuning.xml"])
+        # "-" is standard input.
+        result = subprocess.run(TOOL + ["check", "-", "--json"], input=text,
+                                capture_output=True, text=True, timeout=300)
+        self.assertEqual(json.loads(result.stdout)["findings"], expected)
+
+    def test_an_interrupted_run_removes_its_private_copy(self):
+        temporary = os.path.join(self.folder, "tmp")
+        os.mkdir(temporary)
+        for stop in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(signal=stop):
+                # Standard input stays open, so the run is still copying it when stopped.
+                tool = subprocess.Popen(TOOL + ["check", "-"], stdin=subprocess.PIPE,
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                        env=dict(os.environ, TMPDIR=temporary))
+                tool.stdin.write(b"<?xml")
+                tool.stdin.flush()
+                for _ in range(200):
+                    if os.listdir(temporary):
+                        break
+                    time.sleep(0.01)
+                self.assertTrue(os.listdir(temporary), "the copy is made while input comes")
+                tool.send_signal(stop)
+                self.assertEqual(tool.wait(timeout=60), -stop)
+                tool.stdin.close()
+                self.assertEqual(os.listdir(temporary), [])
 
     def test_exit_statuses_and_unreadable_inputs(self):
         cases = [(EXAMPLE, [], 0), (EXAMPLE, ["--strict"], 0), (VERSION_OVERRIDES, [], 0),
