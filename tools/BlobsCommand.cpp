@@ -228,9 +228,12 @@ std::string blobText(const NamedBlob& blob, bool raw) {
                     blob.tuning + ")";
             break;
     }
-    title += ": " + std::to_string(decoded.entries.size()) + " entries, " +
-             std::to_string(decoded.words) + " words" +
-             (decoded.valid ? "" : ", rejected by the blob reader") + "\n";
+    const std::string size = std::to_string(decoded.entries.size()) + " entries, " +
+                             std::to_string(decoded.words) + " words" +
+                             (decoded.valid ? "" : ", rejected by the blob reader");
+    // The size goes below a title too long to carry it within the width.
+    title += title.size() + 2 + size.size() > TextTable::kDefaultWidth ? ":\n  " + size + "\n"
+                                                                       : ": " + size + "\n";
     TextTable table({"#", "device", "code", "count", "from / values"});
     table.alignRight(0);
     table.alignRight(3);

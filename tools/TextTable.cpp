@@ -35,6 +35,15 @@ std::vector<std::string> TextTable::wrap(const std::string& text, size_t width) 
             lines.push_back(line);
             line.clear();
         }
+        // A name longer than the width breaks after one of its underscores.
+        while (line.empty() && word.size() > width) {
+            const size_t cut = word.rfind('_', width - 1);
+            if (cut == std::string::npos || cut == 0) {
+                break;
+            }
+            lines.push_back(word.substr(0, cut + 1));
+            word.erase(0, cut + 1);
+        }
         line += line.empty() ? word : " " + word;
         start = end + 1;
     }

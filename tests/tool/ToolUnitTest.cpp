@@ -111,6 +111,10 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
     TextTable narrow({"", ""});
     narrow.addRow({"k", "a " + std::string(50, 'x') + " b"});
     EXPECT_EQ(narrow.render("", 30), "k  a\n   " + std::string(50, 'x') + "\n   b\n");
+    // A name longer than the room breaks after an underscore.
+    EXPECT_EQ(
+        TextTable::wrap("a dynamic_speaker_optimization_speaker_interval b", 24),
+        (std::vector<std::string>{"a", "dynamic_speaker_", "optimization_speaker_", "interval b"}));
     // Columns that leave the last too little room push it below them, indented; a last column
     // that fits in what is left stays on its row.
     TextTable wide({"", ""});

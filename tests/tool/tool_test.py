@@ -633,6 +633,16 @@ class ExplainTest(unittest.TestCase):
                          for step in parameter["steps"] for element in step["elements"]]
                 self.assertIn(line, lines)
 
+    def test_dump_and_blobs_fit_80_columns(self):
+        for command in ("dump", "blobs"):
+            with self.subTest(command=command):
+                result = run(command, EXAMPLE)
+                # The lines judged are those without the user's path, which may run over.
+                long = [line for line in result.stdout.splitlines()
+                        if len(line) > 80 and EXAMPLE not in line]
+                self.assertEqual(long, [])
+        self.assertIn("\n  readonly=true\n", run("dump", EXAMPLE).stdout)
+
     def test_an_unknown_entry_is_an_error(self):
         result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
         self.assertEqual(result.returncode, 2)
