@@ -271,7 +271,7 @@ void TuningFileParser::parseProfile() {
         mIterator.childrenNext();
         mIterator.next();
         mIterator.next();
-        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == "include";
+        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == kIncludeElement;
         const xmlNode* include = mIterator.currentNode();
         ReadTrace::lookup(include, Structure::kInclude, found);
         if (found) {
@@ -358,7 +358,7 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
                             "parseProfileEndpoint", idText.c_str());
         mIterator.pushNode();
         mIterator.childrenNext();
-        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == "include";
+        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == kIncludeElement;
         ReadTrace::lookup(mIterator.currentNode(), Structure::kInclude, found);
         if (found) {
             const xmlNode* include = mIterator.currentNode();

@@ -14,11 +14,6 @@ namespace korva {
 
 namespace {
 
-constexpr const char* kDefaultOdmTuningFile = "/odm/etc/korva/kvx-default-spatializer.xml";
-constexpr const char* kMeridaneTuningFile = "/odm/etc/korva/kvx-meridane-spatializer.xml";
-constexpr const char* kDefaultVendorTuningFile = "/vendor/etc/korva/kvx-default-spatializer.xml";
-constexpr const char* kFs19xxTuningFile = "/odm/etc/korva/kvx-fs19xx-spatializer.xml";
-
 constexpr const char* kMeridaneProductName = "quenthorn";
 constexpr const char* kFs19xxSmartPaType = "fs19xx";
 

@@ -11,6 +11,14 @@ namespace korva {
 // Log tag of everything the store writes.
 constexpr const char* kStoreLogTag = "KrvSpatializerParamArray";
 
+// The tuning files the store chooses among, by the device's product and smart PA.
+constexpr const char* kDefaultOdmTuningFile = "/odm/etc/korva/kvx-default-spatializer.xml";
+constexpr const char* kMeridaneTuningFile = "/odm/etc/korva/kvx-meridane-spatializer.xml";
+constexpr const char* kDefaultVendorTuningFile = "/vendor/etc/korva/kvx-default-spatializer.xml";
+constexpr const char* kFs19xxTuningFile = "/odm/etc/korva/kvx-fs19xx-spatializer.xml";
+constexpr const char* kTuningFiles[] = {kDefaultOdmTuningFile, kMeridaneTuningFile,
+                                        kDefaultVendorTuningFile, kFs19xxTuningFile};
+
 // An AndroidDevice number.
 using Port = int;
 

@@ -150,7 +150,27 @@ int fileBlobs(const std::string& path, std::vector<NamedBlob>* blobs, Json* stat
     return kExitOk;
 }
 
-Json blobJson(const NamedBlob& blob) {
+// What comparing blobs reads of an entry's source: its summary and the lines of its band rows.
+Json briefSource(const EntrySource& source) {
+    if (!source.builtinTable.empty()) {
+        return {{"builtin_table", source.builtinTable}};
+    }
+    Json rows = Json::array();
+    for (const SourceParameter& parameter : source.parameters) {
+        for (const ValueStep& step : parameter.steps) {
+            for (const ReadElement& element : step.elements) {
+                if (element.row) {
+                    rows.push_back({{"row", true}, {"line", element.line}});
+                }
+            }
+        }
+    }
+    return {{"summary", source.summary()},
+            {"parameters", Json::array({{{"steps", Json::array({{{"elements", rows}}})}}})}};
+}
+
+// brief: only what comparing blobs reads, a hundredth of the size.
+Json blobJson(const NamedBlob& blob, bool brief = false) {
     const DecodedBlob decoded = BlobDecoder::decode(blob.words);
     Json entries = Json::array();
     for (size_t i = 0; i < decoded.entries.size(); i++) {
@@ -161,6 +181,13 @@ Json blobJson(const NamedBlob& blob) {
                      {"code", BlobDecoder::codeText(entry.code)},
                      {"count", entry.values.size()},
                      {"values", entry.values}};
+        if (brief) {
+            if (i < blob.sources.size()) {
+                json["source"] = briefSource(blob.sources[i]);
+            }
+            entries.push_back(json);
+            continue;
+        }
         const EntryView view = EntryView::decode(entry.code, values);
         if (view.kind != EntryView::Kind::kPlain) {
             json["view"] = view.toJson();
@@ -201,9 +228,12 @@ std::string blobText(const NamedBlob& blob, bool raw) {
                     blob.tuning + ")";
             break;
     }
-    title += ": " + std::to_string(decoded.entries.size()) + " entries, " +
-             std::to_string(decoded.words) + " words" +
-             (decoded.valid ? "" : ", rejected by the blob reader") + "\n";
+    const std::string size = std::to_string(decoded.entries.size()) + " entries, " +
+                             std::to_string(decoded.words) + " words" +
+                             (decoded.valid ? "" : ", rejected by the blob reader");
+    // The size goes below a title too long to carry it within the width.
+    title += title.size() + 2 + size.size() > TextTable::kDefaultWidth ? ":\n  " + size + "\n"
+                                                                       : ": " + size + "\n";
     TextTable table({"#", "device", "code", "count", "from / values"});
     table.alignRight(0);
     table.alignRight(3);
@@ -272,18 +302,24 @@ std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string
     return {};
 }
 
-int BlobsCommand::collectJson(const std::string& path, Json* document) {
+Json BlobsCommand::sessionJson(const StoreSession& session, bool brief) {
     std::vector<NamedBlob> blobs;
     Json state;
-    const int status = fileBlobs(path, &blobs, &state);
-    if (status != kExitOk) {
-        return status;
-    }
+    fileBlobs(session, &blobs, &state);
     Json list = Json::array();
     for (const NamedBlob& blob : blobs) {
-        list.push_back(blobJson(blob));
+        list.push_back(blobJson(blob, brief));
     }
-    *document = {{"file", path}, {"store", state}, {"blobs", list}};
+    return {{"store", state}, {"blobs", list}};
+}
+
+int BlobsCommand::collectJson(const std::string& path, Json* document) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    *document = {{"file", path}};
+    document->update(sessionJson(*session));
     return kExitOk;
 }
 

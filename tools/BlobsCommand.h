@@ -42,6 +42,9 @@ public:
     static int collectJson(const std::string& path, Json* document);
     // The "blobs" list of that document, from a session that could read its file.
     static Json blobsJson(const StoreSession& session);
+    // What collectJson makes of a file, from its loaded session; brief keeps of the entries'
+    // sources only what DiffCommand::compare reads.
+    static Json sessionJson(const StoreSession& session, bool brief = false);
 };
 
 }  // namespace korva::tool

@@ -1,6 +1,9 @@
 #include "tools/CheckCommand.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -14,6 +17,9 @@
 #include "tools/SarifLog.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
+#include "tools/lint/Effects.h"
+#include "tools/lint/UndoEdit.h"
+#include "tools/load/FreshLoads.h"
 
 namespace korva::tool {
 
@@ -120,16 +126,28 @@ Json placed(const FileLine& at, const Json& fields) {
 
 }  // namespace
 
-Json CheckCommand::findingsJson(const std::vector<Finding>& findings) {
+Json CheckCommand::findingsJson(const std::vector<Finding>& findings, const LoadReport& report) {
     Json list = Json::array();
     for (const Finding& finding : findings) {
         Json notes = Json::array();
         for (const Note& note : finding.notes) {
             notes.push_back(placed(note.at, {{"message", note.message}}));
         }
-        list.push_back(placed(finding.at, {{"severity", severityName(finding.severity)},
-                                           {"message", finding.message},
-                                           {"notes", notes}}));
+        Json follows = Json::array();
+        for (const Note& note : finding.follows) {
+            follows.push_back(placed(note.at, {{"message", note.message}}));
+        }
+        Json json = placed(finding.at, {{"rule", finding.rule},
+                                        {"severity", severityName(finding.severity)},
+                                        {"message", finding.message},
+                                        {"notes", notes}});
+        json["undo"] = finding.hasUndo ? UndoEdit::toJson(report, finding.undo) : Json(nullptr);
+        json["effect"] = finding.measured ? finding.effect : Json(nullptr);
+        if (!finding.measured && !finding.unmeasured.empty()) {
+            json["effect_not_measured"] = finding.unmeasured;
+        }
+        json["clears"] = follows;
+        list.push_back(json);
     }
     return list;
 }
@@ -155,6 +173,11 @@ Json summaryJson(const Summary& summary, const LoadReport& report) {
             {"tunings_usable", summary.tuningsUsable}};
 }
 
+// "1 warning", "2 warnings".
+std::string counted(size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string summaryText(const Summary& summary, const LoadReport& report, size_t errors,
                         size_t warnings) {
     std::string counts;
@@ -171,8 +194,7 @@ std::string summaryText(const Summary& summary, const LoadReport& report, size_t
     facts.addRow({"records", counts});
     facts.addRow({"profile blobs", blobs.empty() ? "none" : blobs});
     facts.addRow({"tunings usable", summary.tuningsUsable ? "yes" : "no"});
-    facts.addRow({"findings",
-                  std::to_string(errors) + " errors, " + std::to_string(warnings) + " warnings"});
+    facts.addRow({"findings", counted(errors, "error") + ", " + counted(warnings, "warning")});
 
     TextTable ports({"port", "selected", "tuning devices"});
     for (const PortSummary& port : summary.ports) {
@@ -186,7 +208,48 @@ std::string summaryText(const Summary& summary, const LoadReport& report, size_t
     return "summary\n" + facts.render("  ") + "\n" + ports.render("  ");
 }
 
-std::string findingsText(const std::string& path, const std::vector<Finding>& findings) {
+std::string indented(const std::string& text, const std::string& indent) {
+    std::string out;
+    size_t start = 0;
+    while (start < text.size()) {
+        const size_t end = text.find('\n', start);
+        out += indent + text.substr(start, end - start) + "\n";
+        start = end == std::string::npos ? text.size() : end + 1;
+    }
+    return out;
+}
+
+// A finding's undo and its measured effect, or why it was not measured.
+std::string effectText(const Finding& finding, const LoadReport& report, bool verbose) {
+    std::string text;
+    if (finding.hasUndo) {
+        text += "    undo: " + UndoEdit::describe(report, finding.undo) + "\n";
+    }
+    const std::string indent = "      ";
+    const std::string effect =
+        finding.measured ? Effects::text(finding, TextTable::kDefaultWidth - indent.size()) : "";
+    if (finding.measured && effect.empty()) {
+        text += "    effect: none, nothing that reaches the effect changes\n";
+    } else if (finding.measured) {
+        text += "    effect, undone (a) against as written (b):\n" + indented(effect, indent);
+    } else if (!finding.unmeasured.empty()) {
+        text += "    effect not measured: " + finding.unmeasured + "\n";
+    }
+    if (!finding.follows.empty()) {
+        const size_t count = finding.follows.size();
+        text += "    undoing it also clears " + std::to_string(count) +
+                (count == 1 ? " other finding" : " other findings") +
+                (verbose ? ":\n" : " (--verbose lists them)\n");
+        for (size_t i = 0; verbose && i < count; i++) {
+            text += "      " + lineText(finding.follows[i].at) + ": " + finding.follows[i].message +
+                    "\n";
+        }
+    }
+    return text;
+}
+
+std::string findingsText(const std::string& path, const std::vector<Finding>& findings,
+                         const LoadReport& report, bool effects, bool verbose) {
     std::string text;
     for (const Finding& finding : findings) {
         text += path + ":" + lineText(finding.at) + ": " + severityName(finding.severity) + ": " +
@@ -194,8 +257,22 @@ std::string findingsText(const std::string& path, const std::vector<Finding>& fi
         for (const Note& note : finding.notes) {
             text += "    " + path + ":" + lineText(note.at) + ": note: " + note.message + "\n";
         }
+        text += effects ? effectText(finding, report, verbose) : "";
     }
     return text;
+}
+
+// "measuring effects: 3/12" on a terminal, rewritten in place and cleared at the end.
+void showProgress(size_t done, size_t total) {
+    if (!isatty(STDERR_FILENO) || total == 0) {
+        return;
+    }
+    if (done < total) {
+        fprintf(stderr, "\rmeasuring effects: %zu/%zu", done, total);
+    } else {
+        fprintf(stderr, "\r%40s\r", "");
+    }
+    fflush(stderr);
 }
 
 }  // namespace
@@ -206,18 +283,29 @@ Json CheckCommand::summaryJson(const StoreSession& session) {
 
 int CheckCommand::run(const Options& options) {
     const std::string& path = options.common.file;
-    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    // The loads of undone copies fork from a process that has loaded nothing yet.
+    std::unique_ptr<FreshLoads> loads;
+    if (!options.noEffects) {
+        loads = FreshLoads::start(Effects::loadWork);
+    }
+    std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, false, loads != nullptr);
     if (session == nullptr) {
         return kExitError;
     }
-    const std::vector<Finding> findings = LintRules::run(session->report());
+    std::vector<Finding> findings = LintRules::run(session->report());
+    if (loads != nullptr && !session->report().readFailed) {
+        Effects::measure(*session, *loads, options.common.verbose, &findings, showProgress);
+    } else {
+        Effects::skip(&findings);
+    }
+    loads.reset();
     if (options.sarif) {
-        ToolOutput::printJson(SarifLog::make(path, findings));
+        ToolOutput::printJson(SarifLog::make(path, findings, session->report()));
     }
     if (session->report().readFailed) {
         if (options.common.json && !options.sarif) {
             ToolOutput::printJson({{"file", path},
-                                   {"findings", findingsJson(findings)},
+                                   {"findings", findingsJson(findings, session->report())},
                                    {"errors", 1},
                                    {"warnings", 0},
                                    {"status", kExitError}});
@@ -239,14 +327,15 @@ int CheckCommand::run(const Options& options) {
     }
     if (options.common.json) {
         ToolOutput::printJson({{"file", path},
-                               {"findings", findingsJson(findings)},
+                               {"findings", findingsJson(findings, session->report())},
                                {"errors", errors},
                                {"warnings", warnings},
                                {"summary", korva::tool::summaryJson(summary, session->report())},
                                {"status", status}});
         return status;
     }
-    std::string text = findingsText(path, findings);
+    std::string text =
+        findingsText(path, findings, session->report(), !options.noEffects, options.common.verbose);
     text += findings.empty() ? path + ": no findings\n\n" : "\n";
     ToolOutput::print(text + summaryText(summary, session->report(), errors, warnings));
     return status;

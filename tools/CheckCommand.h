@@ -18,13 +18,15 @@ public:
         bool strict = false;
         // The findings as a SARIF log on stdout, for code-scanning in CI.
         bool sarif = false;
+        // Findings without their measured effects.
+        bool noEffects = false;
     };
 
     static int run(const Options& options);
 
     // What check --json says, for the report: the findings, and the summary of what the store
     // made of a file it could read.
-    static Json findingsJson(const std::vector<Finding>& findings);
+    static Json findingsJson(const std::vector<Finding>& findings, const LoadReport& report);
     static Json summaryJson(const StoreSession& session);
 };
 

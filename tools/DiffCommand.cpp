@@ -215,11 +215,11 @@ Json DiffCommand::compare(const Json& a, const Json& b) {
     return differences;
 }
 
-namespace {
+namespace {}  // namespace
 
 // What the store serves besides its blobs, where the two files differ: each item with its
 // value in either file.
-Json compareState(const Json& a, const Json& b) {
+Json DiffCommand::compareStore(const Json& a, const Json& b) {
     Json changes = Json::array();
     const Json none = Json::object();
     const auto text = [](const Json& value) {
@@ -249,7 +249,10 @@ Json compareState(const Json& a, const Json& b) {
     return changes;
 }
 
-std::string stateText(const Json& changes, const std::string& a, const std::string& b) {
+namespace {
+
+std::string stateText(const Json& changes, const std::string& a, const std::string& b,
+                      size_t width) {
     if (changes.empty()) {
         return "";
     }
@@ -261,11 +264,11 @@ std::string stateText(const Json& changes, const std::string& a, const std::stri
         };
         table.addRow({change["what"].get<std::string>(), cell(change["a"]), cell(change["b"])});
     }
-    return table.render();
+    return table.render("", width);
 }
 
 // One changed entry: its sources on both sides, then what changed, by band or row.
-std::string changedText(const Json& entry) {
+std::string changedText(const Json& entry, size_t width) {
     std::string text = "  " + entry["change"].get<std::string>() + " " +
                        entry["device_name"].get<std::string>() + " " +
                        entry["code"].get<std::string>() + "\n";
@@ -291,23 +294,30 @@ std::string changedText(const Json& entry) {
                           value["old_text"].get<std::string>(),
                           value["new_text"].get<std::string>()});
         }
-        return text + table.render("    ");
+        return text + table.render("    ", width);
     }
-    if (entry.contains("old")) {
-        text += "    old: " + NumberText::join(entry["old"].get<std::vector<int>>()) + "\n";
-    }
-    if (entry.contains("new")) {
-        text += "    new: " + NumberText::join(entry["new"].get<std::vector<int>>()) + "\n";
+    for (const char* side : {"old", "new"}) {
+        if (!entry.contains(side)) {
+            continue;
+        }
+        const std::vector<std::string> lines = TextTable::wrap(
+            NumberText::join(entry[side].get<std::vector<int>>()), width > 20 ? width - 9 : 11);
+        for (size_t i = 0; i < lines.size(); i++) {
+            text += (i == 0 ? "    " + std::string(side) + ": " : std::string(9, ' ')) + lines[i] +
+                    "\n";
+        }
     }
     return text;
 }
 
-std::string differencesText(const Json& differences, const Json& state, const std::string& a,
-                            const std::string& b) {
+}  // namespace
+
+std::string DiffCommand::text(const Json& differences, const Json& state, const std::string& a,
+                              const std::string& b, size_t width) {
     if (differences.empty() && state.empty()) {
         return "no differences in the blobs of " + a + " and " + b + "\n";
     }
-    std::string text = stateText(state, a, b);
+    std::string text = stateText(state, a, b, width);
     for (const Json& difference : differences) {
         const std::string change = difference["change"];
         const std::string title = difference["blob"];
@@ -325,13 +335,11 @@ std::string differencesText(const Json& differences, const Json& state, const st
         text += title + ": " + std::to_string(count) +
                 (count == 1 ? " entry differs\n" : " entries differ\n");
         for (const Json& entry : difference["entries"]) {
-            text += changedText(entry);
+            text += changedText(entry, width);
         }
     }
     return text;
 }
-
-}  // namespace
 
 int DiffCommand::run(const Options& options) {
     Json a;
@@ -341,7 +349,7 @@ int DiffCommand::run(const Options& options) {
     }
     const Json differences = compare(a, b);
     const Json state =
-        compareState(a.value("store", Json::object()), b.value("store", Json::object()));
+        compareStore(a.value("store", Json::object()), b.value("store", Json::object()));
     const bool identical = differences.empty() && state.empty();
     const int status = identical ? kExitOk : kExitFindings;
     if (options.common.json) {
@@ -351,7 +359,7 @@ int DiffCommand::run(const Options& options) {
                                {"store", state},
                                {"differences", differences}});
     } else {
-        ToolOutput::print(differencesText(differences, state, options.fileA, options.fileB));
+        ToolOutput::print(text(differences, state, options.fileA, options.fileB));
     }
     return status;
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/TextTable.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {
@@ -26,6 +27,12 @@ public:
     // The differences between the blobs of two blobs documents (BlobsCommand::collectJson), as
     // diff --json lists them.
     static Json compare(const Json& a, const Json& b);
+    // What the store serves besides its blobs (BlobsCommand's "store"), where a and b differ.
+    static Json compareStore(const Json& a, const Json& b);
+    // The differences and store changes as diff prints them, a and b named as given, its tables
+    // fitted to width.
+    static std::string text(const Json& differences, const Json& store, const std::string& a,
+                            const std::string& b, size_t width = TextTable::kDefaultWidth);
     // A blob's identity across two files ("profile:1", "tuning_device:usb_dac"), and its title.
     static std::string blobKey(const Json& blob);
     static std::string blobTitle(const Json& blob);

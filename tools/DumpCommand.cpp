@@ -45,8 +45,18 @@ std::string valuesText(const RecordSnapshot& record) {
 std::string heading(const std::string& kind, size_t number,
                     const std::vector<std::pair<std::string, std::string>>& fields) {
     std::string text = kind + " #" + std::to_string(number);
+    size_t lineStart = 0;
     for (const auto& [key, value] : fields) {
-        text += "  " + key + "=" + value;
+        const std::string field = key + "=" + value;
+        // Fields that would run past the width continue on a line of their own, indented.
+        if (text.size() - lineStart + 2 + field.size() > TextTable::kDefaultWidth) {
+            text += "\n";
+            lineStart = text.size();
+            text += "  ";
+        } else {
+            text += "  ";
+        }
+        text += field;
     }
     return text + "\n";
 }

@@ -74,14 +74,21 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.nodes.size(); i++) {
         mChildren[report.nodes[i].parent].push_back(static_cast<int>(i));
     }
+    // An attribute the element does not have is said to be absent, never shown with the empty
+    // text it was read as; one the reader passed over is shown as the file has it.
     std::set<std::pair<int, std::string>> seen;
+    for (const LoadReport::AttributeEvent& event : report.attributes) {
+        if (event.how == AttributeRead::kMissing && seen.insert({event.node, event.name}).second) {
+            mAbsent[event.node].push_back(event.name);
+        }
+    }
     const auto read = [this, &seen](int node, const std::string& name, const std::string& text) {
         if (node >= 0 && seen.insert({node, name}).second) {
             mAttributes[node].emplace_back(name, text);
         }
     };
     for (const LoadReport::AttributeEvent& event : report.attributes) {
-        if (event.how == AttributeRead::kRead) {
+        if (event.how != AttributeRead::kMissing) {
             read(event.node, event.name, event.text);
         }
     }
@@ -173,10 +180,13 @@ std::vector<ReadElement> EntryProvenance::readElements(int node) const {
         pending.pop_back();
         const ReportedNode& reported = mReport.node(at);
         auto attributes = mAttributes.find(at);
-        if (at == node || attributes != mAttributes.end()) {
-            elements.push_back({reported.name, reported.line, reported.atLeast, mRows.count(at) > 0,
-                                attributes != mAttributes.end() ? attributes->second
-                                                                : decltype(attributes->second)()});
+        auto absent = mAbsent.find(at);
+        if (at == node || attributes != mAttributes.end() || absent != mAbsent.end()) {
+            elements.push_back(
+                {reported.name, reported.line, reported.atLeast, mRows.count(at) > 0,
+                 attributes != mAttributes.end() ? attributes->second
+                                                 : decltype(attributes->second)(),
+                 absent != mAbsent.end() ? absent->second : std::vector<std::string>()});
         }
         auto children = mChildren.find(at);
         if (children != mChildren.end()) {
@@ -362,7 +372,8 @@ Json EntrySource::toJson() const {
                                     {"line", element.line},
                                     {"at_least", element.atLeast},
                                     {"row", element.row},
-                                    {"attributes", attributes}});
+                                    {"attributes", attributes},
+                                    {"absent", element.absent}});
             }
             Json item = {{"rule", step.rule.empty() ? Json(nullptr) : Json(step.rule)}};
             if (!step.record.empty()) {

@@ -24,6 +24,8 @@ struct ReadElement {
     // A band or matrix row that a setter read as one row of the list.
     bool row = false;
     std::vector<std::pair<std::string, std::string>> attributes;
+    // Attributes the reader asked for that the element does not have (read as empty).
+    std::vector<std::string> absent;
 };
 
 // One write of a parameter's values, in the order the load made them.
@@ -96,6 +98,7 @@ private:
     const LoadReport& mReport;
     std::map<int, std::vector<int>> mChildren;
     std::map<int, std::vector<std::pair<std::string, std::string>>> mAttributes;
+    std::map<int, std::vector<std::string>> mAbsent;
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob
     std::set<int> mRows;                               // nodes reported as list rows

@@ -1,5 +1,7 @@
 #include "tools/ExplainCommand.h"
 
+#include <algorithm>
+#include <cctype>
 #include <memory>
 #include <vector>
 
@@ -38,11 +40,22 @@ std::string blobTitle(const LoadReport& report, const LoadReport::Blob& blob) {
     return "profile " + std::to_string(blob.profileId);
 }
 
+// Codes are four letters whatever case they are typed in.
+bool sameCode(const std::string& a, const std::string& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
+           });
+}
+
 std::string elementText(const ReadElement& element) {
     std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
                        " <" + element.name + ">";
     for (const auto& [name, value] : element.attributes) {
         text += " " + name + "=\"" + value + "\"";
+    }
+    for (const std::string& name : element.absent) {
+        text += " (no " + name + ")";
     }
     return text;
 }
@@ -101,8 +114,15 @@ int ExplainCommand::run(const Options& options) {
                 known = true;
             }
         }
+        const auto profiles = report.ofKind(RecordKind::kProfile);
         if (!known) {
             ToolOutput::error(path, "no profile named " + options.profile);
+            return kExitError;
+        }
+        if (std::none_of(profiles.begin(), profiles.end(), [profileId](const RecordSnapshot* p) {
+                return p->profileId == profileId;
+            })) {
+            ToolOutput::error(path, "no profile " + options.profile);
             return kExitError;
         }
     }
@@ -121,23 +141,25 @@ int ExplainCommand::run(const Options& options) {
             continue;
         }
         for (const EntrySource& source : provenance.ofBlob(b)) {
-            if (BlobDecoder::codeText(source.code) != options.code) {
+            if (!sameCode(BlobDecoder::codeText(source.code), options.code)) {
                 continue;
             }
+            const std::string code = BlobDecoder::codeText(source.code);
             const EntryView view = EntryView::decode(source.code, source.values);
             const std::string title = blobTitle(report, blob);
             list.push_back({{"blob", title},
                             {"entry", source.entry},
                             {"device", source.deviceId},
                             {"device_name", BlobDecoder::deviceName(source.deviceId)},
-                            {"code", options.code},
+                            {"code", code},
                             {"values", source.values},
                             {"view", view.toJson()},
                             {"source", source.toJson()}});
             text += (text.empty() ? "" : "\n") + title + ", entry " +
                     std::to_string(source.entry + 1) + ": " +
-                    BlobDecoder::deviceName(source.deviceId) + " " + options.code + ", " +
-                    std::to_string(source.values.size()) + " values\n";
+                    BlobDecoder::deviceName(source.deviceId) + " " + code + ", " +
+                    std::to_string(source.values.size()) +
+                    (source.values.size() == 1 ? " value\n" : " values\n");
             std::vector<int32_t> values(source.values.begin(), source.values.end());
             for (const std::string& line :
                  BlobsCommand::valueLines(source.code, values, options.raw)) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/ToolOutput.h"
+
 namespace korva::tool {
 
 enum class Severity { kWarning, kError };
@@ -20,13 +22,45 @@ struct Note {
     std::string message;
 };
 
+// The smallest edit of the document that takes a finding's cause away, made on a copy of what the
+// library read: its load with the edit, against the file's, is the finding's effect.
+struct Undo {
+    enum class Action {
+        kRemove,           // the node
+        kRename,           // the element, or its attribute, to `to`
+        kReplace,          // the attribute's value, by `to`
+        kMoveBefore,       // the element, to just before the node `before`
+        kRemoveAttribute,  // the attribute
+    };
+    Action action = Action::kRemove;
+    int node = -1;          // the reported node edited
+    std::string attribute;  // "" for the element itself
+    std::string to;
+    int before = -1;
+};
+
 struct Finding {
+    Finding() = default;
+    Finding(FileLine where, Severity how, std::string what)
+        : at(where), severity(how), message(std::move(what)) {}
+
     FileLine at;
-    Severity severity;
+    Severity severity = Severity::kWarning;
     std::string message;
     std::vector<Note> notes;
     // The id of the rule that found it (LintRules::kRules), for code-scanning tools.
     std::string rule;
+    // How to undo the cause; when there is none, why (unmeasured).
+    bool hasUndo = false;
+    Undo undo;
+    std::string unmeasured;
+    // A comment or blank text the reader met: a finding only when undoing it changes something.
+    bool onlyIfEffect = false;
+    // Measured: the differences and store changes of diff --json, undone copy as a, file as b.
+    bool measured = false;
+    Json effect;
+    // The other findings that undoing this one's cause clears (its consequences).
+    std::vector<Note> follows;
 };
 
 inline const char* severityName(Severity severity) {

@@ -3,25 +3,36 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <vector>
+
+#include "store/SpatializerParamArrayConstants.h"
+#include "tools/load/TemporaryPaths.h"
 
 namespace korva::tool {
 
 namespace {
 
-// The device paths among which the store chooses its tuning file.
-const char* const kTuningFilePaths[] = {
-    "/odm/etc/korva/kvx-default-spatializer.xml",
-    "/odm/etc/korva/kvx-meridane-spatializer.xml",
-    "/vendor/etc/korva/kvx-default-spatializer.xml",
-    "/odm/etc/korva/kvx-fs19xx-spatializer.xml",
-};
-
-const char* const kFolders[] = {"/odm",    "/odm/etc",    "/odm/etc/korva",
-                                "/vendor", "/vendor/etc", "/vendor/etc/korva"};
+// The folders that hold the store's tuning files, each after its parent.
+std::vector<std::string> tuningFolders() {
+    std::vector<std::string> folders;
+    for (const char* file : kTuningFiles) {
+        const std::string path = file;
+        for (size_t slash = path.find('/', 1); slash != std::string::npos;
+             slash = path.find('/', slash + 1)) {
+            const std::string folder = path.substr(0, slash);
+            if (std::find(folders.begin(), folders.end(), folder) == folders.end()) {
+                folders.push_back(folder);
+            }
+        }
+    }
+    return folders;
+}
 
 }  // namespace
 
@@ -39,12 +50,13 @@ std::unique_ptr<HostRoot> HostRoot::create(const std::string& tuningFile, std::s
         return nullptr;
     }
     std::unique_ptr<HostRoot> root(new HostRoot(pattern));
-    for (const char* folder : kFolders) {
+    TemporaryPaths::add(pattern);
+    for (const std::string& folder : tuningFolders()) {
         if (!root->makeFolder(folder, error)) {
             return nullptr;
         }
     }
-    for (const char* path : kTuningFilePaths) {
+    for (const char* path : kTuningFiles) {
         if (!root->makeLink(path, target, error)) {
             return nullptr;
         }
@@ -54,8 +66,10 @@ std::unique_ptr<HostRoot> HostRoot::create(const std::string& tuningFile, std::s
 
 HostRoot::~HostRoot() {
     for (auto it = mMade.rbegin(); it != mMade.rend(); ++it) {
+        TemporaryPaths::drop(mPath + *it);
         remove((mPath + *it).c_str());
     }
+    TemporaryPaths::drop(mPath);
     rmdir(mPath.c_str());
 }
 
@@ -65,6 +79,7 @@ bool HostRoot::makeFolder(const std::string& relative, std::string* error) {
         return false;
     }
     mMade.push_back(relative);
+    TemporaryPaths::add(mPath + relative);
     return true;
 }
 
@@ -74,6 +89,7 @@ bool HostRoot::makeLink(const std::string& relative, const std::string& target, 
         return false;
     }
     mMade.push_back(relative);
+    TemporaryPaths::add(mPath + relative);
     return true;
 }
 

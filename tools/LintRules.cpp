@@ -7,6 +7,7 @@
 #include <string>
 
 #include "reader/SetterCollection.h"
+#include "reader/TuningFileParser.h"
 #include "reader/ValueSetter.h"
 #include "tools/BlobDecoder.h"
 #include "tools/NumberText.h"
@@ -17,7 +18,7 @@ namespace {
 
 using Report = LoadReport;
 
-std::string quoted(const std::string& text) {
+std::string inQuotes(const std::string& text) {
     return "\"" + text + "\"";
 }
 
@@ -55,7 +56,7 @@ std::string describe(const Report& report, int index) {
     if (content.size() > 30) {
         content = content.substr(0, 27) + "...";
     }
-    return (node.isComment ? "the comment " : "the text ") + quoted(content);
+    return (node.isComment ? "the comment " : "the text ") + inQuotes(content);
 }
 
 std::string parentTag(const Report& report, int index) {
@@ -80,7 +81,7 @@ const char* kindName(RecordKind kind) {
 }
 
 Finding finding(const Report& report, int node, Severity severity, std::string message) {
-    return {lineOf(report, node), severity, std::move(message), {}, ""};
+    return Finding(lineOf(report, node), severity, std::move(message));
 }
 
 Note note(const Report& report, int node, std::string message) {
@@ -92,37 +93,96 @@ Note recordNote(const Report& report, int record, const std::string& message) {
     return note(report, snapshot.node, snapshot.title() + " " + message);
 }
 
+// Edits of one character, two neighbours swapped counting as one ("vaule").
 size_t editDistance(const std::string& a, const std::string& b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); j++) {
-        row[j] = j;
-    }
-    for (size_t i = 1; i <= a.size(); i++) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); j++) {
-            const size_t above = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
-            diagonal = above;
+    std::vector<std::vector<size_t>> d(a.size() + 1, std::vector<size_t>(b.size() + 1));
+    for (size_t i = 0; i <= a.size(); i++) {
+        for (size_t j = 0; j <= b.size(); j++) {
+            if (i == 0 || j == 0) {
+                d[i][j] = i + j;
+                continue;
+            }
+            d[i][j] = std::min(
+                {d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] != b[j - 1])});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+            }
         }
     }
-    return row[b.size()];
+    return d[a.size()][b.size()];
 }
 
-// " (did you mean X?)" when a candidate is close enough to be a slip of the keyboard.
-std::string didYouMean(const std::string& name, const std::set<std::string>& candidates,
-                       bool asTag) {
+std::string lowered(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+// The candidate close enough to name to be a slip of the keyboard, or "". Case does not count
+// towards the distance when ignoreCase.
+std::string closest(const std::string& name, const std::set<std::string>& candidates,
+                    bool ignoreCase = false) {
     const size_t limit = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4));
     std::string best;
     size_t bestDistance = limit + 1;
     for (const std::string& candidate : candidates) {
-        const size_t distance = editDistance(name, candidate);
+        const size_t distance = ignoreCase ? editDistance(lowered(name), lowered(candidate))
+                                           : editDistance(name, candidate);
         if (distance < bestDistance && candidate != name) {
             best = candidate;
             bestDistance = distance;
         }
     }
-    return best.empty() ? "" : " (did you mean " + (asTag ? tag(best) : quoted(best)) + "?)";
+    return best;
+}
+
+// " (did you mean X?)" when a candidate is close enough to be a slip of the keyboard.
+std::string didYouMean(const std::string& best, bool asTag) {
+    return best.empty() ? "" : " (did you mean " + (asTag ? tag(best) : inQuotes(best)) + "?)";
+}
+
+Undo undoOf(Undo::Action action, int node, std::string attribute = "", std::string to = "",
+            int before = -1) {
+    return {action, node, std::move(attribute), std::move(to), before};
+}
+
+void setUndo(Finding* finding, const Undo& undo) {
+    finding->hasUndo = true;
+    finding->undo = undo;
+}
+
+// The attributes of node that the load reported reading (as text, a number or a word), those
+// whose text is the given one when it is not empty.
+std::set<std::string> readAttributes(const Report& report, int node, const std::string& text) {
+    std::set<std::string> names;
+    for (const Report::AttributeEvent& attribute : report.attributes) {
+        if (attribute.node == node && attribute.how == AttributeRead::kRead &&
+            (text.empty() || attribute.text == text)) {
+            names.insert(attribute.name);
+        }
+    }
+    for (const Report::NumberEvent& number : report.numbers) {
+        if (number.node == node && (text.empty() || number.text == text)) {
+            names.insert(number.attribute);
+        }
+    }
+    for (const Report::KeywordEvent& keyword : report.keywords) {
+        if (keyword.node == node && (text.empty() || keyword.text == text)) {
+            names.insert(keyword.attribute);
+        }
+    }
+    return names;
+}
+
+// The node the reader looked at in parent for an include and did not find one, or -1.
+int missedInclude(const Report& report, int parent) {
+    for (const Report::NodeEvent& lookup : report.lookups) {
+        if (!lookup.found && report.node(lookup.node).parent == parent &&
+            lookup.what == static_cast<int>(Structure::kInclude)) {
+            return lookup.node;
+        }
+    }
+    return -1;
 }
 
 std::set<std::string> parameterElementNames() {
@@ -154,13 +214,6 @@ std::vector<Note> consequencesUnder(const Report& report, int element) {
                                      " and does not find it"));
         }
     }
-    const int record = report.recordOfNode(element);
-    if (record >= 0 && report.records[record].kind == RecordKind::kProfileEndpoint &&
-        !notes.empty()) {
-        notes.push_back(recordNote(
-            report, record,
-            "selects IEQ preset " + std::to_string(report.records[record].selectedIeqPreset)));
-    }
     return notes;
 }
 
@@ -191,7 +244,7 @@ std::vector<BlobEntry> entriesOf(const Report& report, const Report::TranslatedE
 }
 
 std::string blobTitle(const Report::Blob& blob) {
-    return blob.isTuning ? "tuning device " + quoted(blob.device) + "'s blob"
+    return blob.isTuning ? "tuning device " + inQuotes(blob.device) + "'s blob"
                          : "profile " + std::to_string(blob.profileId) + "'s blob";
 }
 
@@ -233,12 +286,10 @@ const std::vector<LintRules::Rule> LintRules::kRules = {
 std::vector<Finding> LintRules::run(const LoadReport& report) {
     std::vector<Finding> findings;
     if (report.readFailed) {
-        findings.push_back({{report.readErrorLine, false},
-                            Severity::kError,
-                            "not a readable XML document" +
-                                (report.readError.empty() ? "" : ": " + report.readError),
-                            {},
-                            kRules[0].id});
+        findings.emplace_back(FileLine{report.readErrorLine, false}, Severity::kError,
+                              "not a readable XML document" +
+                                  (report.readError.empty() ? "" : ": " + report.readError));
+        findings.back().rule = kRules[0].id;
         return findings;
     }
     using RuleFunction = void (*)(const LoadReport&, std::vector<Finding>*);
@@ -249,6 +300,11 @@ std::vector<Finding> LintRules::run(const LoadReport& report) {
         functions[i](report, &findings);
         for (size_t f = first; f < findings.size(); f++) {
             findings[f].rule = kRules[i + 1].id;
+        }
+    }
+    for (Finding& finding : findings) {
+        if (!finding.hasUndo && finding.unmeasured.empty()) {
+            finding.unmeasured = "no rule of the tool undoes this cause";
         }
     }
     std::stable_sort(findings.begin(), findings.end(),
@@ -264,17 +320,59 @@ void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) 
         structural.insert(report.node(structure.node).name);
         read.insert(structure.node);
     }
-    std::set<int> skipped;
-    for (const Report::NodeEvent& skip : report.skips) {
-        skipped.insert(skip.node);
-    }
     std::set<std::pair<int, int>> seen;
     // Index in out of the finding each skipped node got, for what passing over it cost.
     std::map<int, size_t> findingOf;
+    const std::set<std::string> includes = {TuningFileParser::kIncludeElement};
+    // A comment or text where the reader looked for an include: it is read in the include's
+    // place, so taking it away is the undo.
+    for (const Report::NodeEvent& lookup : report.lookups) {
+        const ReportedNode& at = report.node(lookup.node);
+        if (lookup.found || at.isElement || describe(report, lookup.node) == "blank text" ||
+            findingOf.count(lookup.node) > 0) {
+            continue;
+        }
+        Finding f = finding(report, lookup.node, Severity::kWarning,
+                            describe(report, lookup.node) + " is where the reader looks for " +
+                                parentTag(report, lookup.node) + "'s <include>: it finds none");
+        setUndo(&f, undoOf(Undo::Action::kRemove, lookup.node));
+        findingOf[lookup.node] = out->size();
+        out->push_back(std::move(f));
+    }
+    // A setter reads its rows below its element: its own element read as a row means the walk
+    // found nothing below it and went on through the elements after it, which their own setters
+    // read as well: the first of them is the cause.
+    std::set<int> besideRows;
+    for (const Report::NodeEvent& structure : report.structures) {
+        if (structure.what == static_cast<int>(Structure::kSetterRow)) {
+            besideRows.insert(structure.node);
+        }
+    }
+    for (const Report::SetterEvent& setter : report.setters) {
+        const ReportedNode& element = report.node(setter.node);
+        const bool first = std::none_of(besideRows.begin(), besideRows.end(), [&](int row) {
+            return report.node(row).parent == element.parent && report.node(row).line < element.line;
+        });
+        if (besideRows.count(setter.node) == 0 || !first || findingOf.count(setter.node) > 0) {
+            continue;
+        }
+        const size_t rows = std::count_if(besideRows.begin(), besideRows.end(), [&](int row) {
+            return report.node(row).parent == element.parent &&
+                   report.node(row).line >= element.line;
+        });
+        Finding f =
+            finding(report, setter.node, Severity::kWarning,
+                    describe(report, setter.node) + " has no rows of its own: its reading takes " +
+                        std::to_string(rows) + " elements at and after it as its rows");
+        setUndo(&f, undoOf(Undo::Action::kRemove, setter.node));
+        findingOf[setter.node] = out->size();
+        out->push_back(std::move(f));
+    }
     for (const Report::NodeEvent& skip : report.skips) {
         const Skip why = static_cast<Skip>(skip.what);
         // A walk that passes over what another step of the reader read takes nothing away.
         if (!seen.insert({skip.node, skip.what}).second ||
+            (why != Skip::kNotWalked && findingOf.count(skip.node) > 0) ||
             (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
             continue;
         }
@@ -292,34 +390,54 @@ void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) 
         switch (static_cast<Skip>(skip.what)) {
             case Skip::kSteppedOver: {
                 std::vector<Note> notes = consequencesUnder(report, report.node(skip.node).parent);
-                // A comment stepped over instead of blank text costs nothing by itself.
-                if (isElement || !notes.empty()) {
-                    Finding f = finding(report, skip.node, Severity::kWarning,
-                                        what + " is the first child of " + where +
-                                            ", which the reader steps over: it is not read");
-                    f.notes = std::move(notes);
-                    out->push_back(std::move(f));
+                Finding f = finding(report, skip.node, Severity::kWarning,
+                                    what + " is the first child of " + where +
+                                        ", which the reader steps over: it is not read");
+                if (isElement) {
+                    f.unmeasured = "no rule undoes an element that the reader steps over";
+                } else {
+                    setUndo(&f, undoOf(Undo::Action::kRemove, skip.node));
+                    // In blank text's place, a comment costs nothing unless measured otherwise.
+                    f.onlyIfEffect = notes.empty();
                 }
+                f.notes = std::move(notes);
+                out->push_back(std::move(f));
                 break;
             }
-            case Skip::kNotElement:
-                if (!report.node(skip.node).isComment) {
-                    out->push_back(finding(report, skip.node, Severity::kWarning,
-                                           what + " in " + where + " is not read"));
-                }
+            case Skip::kNotElement: {
+                Finding f = finding(report, skip.node, Severity::kWarning,
+                                    what + " in " + where + " is not read");
+                setUndo(&f, undoOf(Undo::Action::kRemove, skip.node));
+                // Comments are there to be passed over: one is a finding only by its effect.
+                f.onlyIfEffect = report.node(skip.node).isComment;
+                out->push_back(std::move(f));
                 break;
+            }
             case Skip::kNoSetter:
-                out->push_back(
-                    finding(report, skip.node, Severity::kWarning,
-                            what + " in " + where + " is not read: no parameter has this name" +
-                                didYouMean(report.node(skip.node).name, kSetterNames, true)));
+            case Skip::kUnknown: {
+                const std::string& name = report.node(skip.node).name;
+                const int lookedAt = missedInclude(report, report.node(skip.node).parent);
+                const bool misplaced = includes.count(name) > 0 && lookedAt >= 0;
+                const std::string best =
+                    misplaced ? ""
+                              : closest(name, why == Skip::kNoSetter ? kSetterNames : structural);
+                Finding f = finding(
+                    report, skip.node, Severity::kWarning,
+                    what + " in " + where + " is not read: " +
+                        (misplaced ? "the reader looks for it at " + describe(report, lookedAt)
+                         : why == Skip::kNoSetter ? "no parameter has this name"
+                                                  : "the reader does not know it") +
+                        didYouMean(best, true));
+                if (misplaced) {
+                    setUndo(&f, undoOf(Undo::Action::kMoveBefore, skip.node, "", "", lookedAt));
+                } else if (!best.empty()) {
+                    setUndo(&f, undoOf(Undo::Action::kRename, skip.node, "", best));
+                } else {
+                    f.unmeasured = "no name the reader knows is close to it";
+                }
+                out->push_back(std::move(f));
                 break;
-            case Skip::kUnknown:
-                out->push_back(
-                    finding(report, skip.node, Severity::kWarning,
-                            what + " in " + where + " is not read: the reader does not know it" +
-                                didYouMean(report.node(skip.node).name, structural, true)));
-                break;
+            }
             case Skip::kNotWalked:
                 out->push_back(finding(
                     report, skip.node, Severity::kWarning,
@@ -339,24 +457,11 @@ void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) 
                                            ": the bands after it are not read"));
                 break;
             case Skip::kVersionRule: {
-                Finding f = finding(report, skip.node, Severity::kWarning,
-                                    what + " is passed over in a file of format version " +
-                                        quoted(report.formatVersion) +
-                                        ": its settings do not "
-                                        "apply");
-                std::map<std::pair<Parameter, std::vector<int>>, int> fixed;
-                for (const Report::ValueEvent& value : report.values) {
-                    if (value.source == ValueSource::kVersion32 ||
-                        value.source == ValueSource::kGlobalSetting) {
-                        fixed[{value.parameter, value.values}]++;
-                    }
-                }
-                for (const auto& [written, count] : fixed) {
-                    f.notes.push_back(note(report, skip.node,
-                                           std::string(kParameterNames[written.first]) + " is " +
-                                               NumberText::bracketed(written.second) + " in " +
-                                               std::to_string(count) + " records instead"));
-                }
+                Finding f =
+                    finding(report, skip.node, Severity::kWarning,
+                            what + " is passed over in a file of format version " +
+                                inQuotes(report.formatVersion) + ": its settings do not apply");
+                f.unmeasured = "the file's format version decides it, not an edit here";
                 out->push_back(std::move(f));
                 break;
             }
@@ -382,32 +487,30 @@ void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
             if (keyword.node == node && !keyword.recognised) {
                 covered.insert({node, keyword.attribute});
                 notes->push_back(note(report, node,
-                                      "its " + keyword.attribute + " " + quoted(keyword.text) +
+                                      "its " + keyword.attribute + " " + inQuotes(keyword.text) +
                                           " is read as " + std::to_string(keyword.value)));
             }
-        }
-        const int parentRecord = report.recordOfNode(report.node(node).parent);
-        if (!notes->empty() && parentRecord >= 0 &&
-            report.records[parentRecord].kind == RecordKind::kProfileEndpoint) {
-            notes->push_back(
-                recordNote(report, parentRecord,
-                           "selects IEQ preset " +
-                               std::to_string(report.records[parentRecord].selectedIeqPreset)));
         }
     };
     for (const Report::AttributeEvent& attribute : report.attributes) {
         const std::string element = describe(report, attribute.node);
         if (attribute.how == AttributeRead::kIgnored) {
-            Finding f = finding(
-                report, attribute.node, Severity::kWarning,
-                "attribute " + quoted(attribute.name) + " of " + element + " is not read" +
-                    didYouMean(attribute.name, asked[report.node(attribute.node).name], false));
+            const std::string best =
+                closest(attribute.name, asked[report.node(attribute.node).name]);
+            Finding f = finding(report, attribute.node, Severity::kWarning,
+                                "attribute " + inQuotes(attribute.name) + " of " + element +
+                                    " is not read" + didYouMean(best, false));
+            if (!best.empty()) {
+                setUndo(&f, undoOf(Undo::Action::kRename, attribute.node, attribute.name, best));
+            } else {
+                f.unmeasured = "no attribute name the reader asks for is close to it";
+            }
             for (const Report::AttributeEvent& missing : report.attributes) {
                 if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
                     covered.insert({missing.node, missing.name});
                     f.notes.push_back(note(
                         report, missing.node,
-                        element + " has no " + quoted(missing.name) + ": it is read as empty"));
+                        element + " has no " + inQuotes(missing.name) + ": it is read as empty"));
                 }
             }
             keywordNotes(attribute.node, &f.notes);
@@ -438,8 +541,16 @@ void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
             Finding f = finding(report, attribute.node, Severity::kWarning,
                                 describe(report, attribute.node) + " has no " + attribute.name +
                                     " attribute: read as " + readAs);
+            f.unmeasured = "nothing in the file to undo: the attribute is absent";
             keywordNotes(attribute.node, &f.notes);
             out->push_back(std::move(f));
+        }
+    }
+    // The words this load read as numbers ("true"), by attribute name.
+    std::map<std::string, std::set<std::string>> words;
+    for (const Report::NumberEvent& number : report.numbers) {
+        if (number.how == NumberRead::kWord) {
+            words[number.attribute].insert(number.text);
         }
     }
     for (const Report::NumberEvent& number : report.numbers) {
@@ -448,15 +559,34 @@ void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
             continue;
         }
         const std::string what =
-            describe(report, number.node) + " " + number.attribute + " " + quoted(number.text);
+            describe(report, number.node) + " " + number.attribute + " " + inQuotes(number.text);
         const std::string readAs =
             number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
         const char* how = number.isList                        ? " is not a list of whole numbers"
                           : number.how == NumberRead::kClamped ? " is out of the int range"
                           : number.how == NumberRead::kNone    ? " has no digits"
                                                                : " is not a whole number";
-        out->push_back(
-            finding(report, number.node, Severity::kWarning, what + how + ": read as " + readAs));
+        Finding f =
+            finding(report, number.node, Severity::kWarning, what + how + ": read as " + readAs);
+        const std::string best = number.how == NumberRead::kNone
+                                     ? closest(number.text, words[number.attribute], true)
+                                     : "";
+        if (!best.empty()) {
+            setUndo(&f, undoOf(Undo::Action::kReplace, number.node, number.attribute, best));
+        } else {
+            f.unmeasured = "no rule undoes a number that is read otherwise than written";
+        }
+        out->push_back(std::move(f));
+    }
+    // The words the reader knew in this load, by element and attribute name, and the library's
+    // names of endpoints and ports, which these words name.
+    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
+    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
+    std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
+    for (const Report::KeywordEvent& keyword : report.keywords) {
+        if (keyword.recognised) {
+            known[{report.node(keyword.node).name, keyword.attribute}].insert(keyword.text);
+        }
     }
     for (const Report::KeywordEvent& keyword : report.keywords) {
         if (!keyword.recognised && covered.insert({keyword.node, keyword.attribute}).second) {
@@ -468,9 +598,17 @@ void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
             Finding f =
                 finding(report, keyword.node, Severity::kWarning,
                         describe(report, keyword.node) + " " + keyword.attribute + " " +
-                            quoted(keyword.text) + " is not a word the reader knows: read as " +
+                            inQuotes(keyword.text) + " is not a word the reader knows: read as " +
                             std::to_string(keyword.value));
             f.notes = std::move(notes);
+            std::set<std::string> words = known[{report.node(keyword.node).name, keyword.attribute}];
+            words.insert(libraryWords.begin(), libraryWords.end());
+            const std::string best = closest(keyword.text, words, true);
+            if (!best.empty()) {
+                setUndo(&f, undoOf(Undo::Action::kReplace, keyword.node, keyword.attribute, best));
+            } else {
+                f.unmeasured = "no word this load read there is close to it";
+            }
             out->push_back(std::move(f));
         }
     }
@@ -553,7 +691,7 @@ void LintRules::emptyEntries(const LoadReport& report, std::vector<Finding>* out
             if (isNew) {
                 out->push_back(finding(report, record.node, Severity::kWarning,
                                        record.title() + " has no " + names + ": the effect gets " +
-                                           quoted(code) + " with no values"));
+                                           inQuotes(code) + " with no values"));
             }
             (*out)[at->second].notes.push_back(
                 note(report, record.node,
@@ -569,12 +707,9 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
                      [](const Report::NodeEvent& s) {
                          return s.what == static_cast<int>(Structure::kFormatVersion);
                      })) {
-        out->push_back({root,
-                        Severity::kWarning,
-                        "no <format_version>: the file is read by the rules of formats before "
-                        "3.4, whose defaults replace values it writes",
-                        {},
-                        ""});
+        out->emplace_back(root, Severity::kWarning,
+                          "no <format_version>: the file is read by the rules of formats before "
+                          "3.4, whose defaults replace values it writes");
     }
     for (const RecordSnapshot& record : report.records) {
         if (record.dropped) {
@@ -595,7 +730,7 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
             partner.record >= 0 ? &report.records[partner.record] : nullptr;
         const int node = record != nullptr ? record->node : partner.binding.node;
         const std::string title = record != nullptr ? record->title() : "";
-        const std::string device = "tuning device " + quoted(partner.binding.device);
+        const std::string device = "tuning device " + inQuotes(partner.binding.device);
         switch (partner.what) {
             case MissingPartner::kGeqPreset:
                 out->push_back(finding(report, node, Severity::kWarning,
@@ -603,26 +738,47 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
                                                "EQ and the persisted user gains are not restored "
                                                "for it"));
                 break;
-            case MissingPartner::kIeqPreset:
-                out->push_back(finding(
-                    report, node, Severity::kWarning,
-                    title + " selects IEQ preset " +
-                        std::to_string(record != nullptr ? record->selectedIeqPreset : 0) +
-                        ", which the file does not define: it gets the IEQ curve translated "
-                        "before it, if any"));
+            case MissingPartner::kIeqPreset: {
+                Finding f =
+                    finding(report, node, Severity::kWarning,
+                            title + " selects IEQ preset " +
+                                std::to_string(record != nullptr ? record->selectedIeqPreset : 0) +
+                                ", which the file does not define");
+                // The reference is the attribute its include was read from.
+                for (const Report::NodeEvent& include : report.structures) {
+                    if (include.what != static_cast<int>(Structure::kInclude) ||
+                        report.node(include.node).parent != node) {
+                        continue;
+                    }
+                    for (const std::string& name : readAttributes(report, include.node, "")) {
+                        setUndo(&f, undoOf(Undo::Action::kRemoveAttribute, include.node, name));
+                        f.at = lineOf(report, include.node);
+                    }
+                }
+                if (!f.hasUndo) {
+                    f.unmeasured = "the load reported no attribute that makes the reference";
+                }
+                out->push_back(std::move(f));
                 break;
+            }
             case MissingPartner::kEndpointOther:
                 out->push_back(finding(report, node, Severity::kWarning,
                                        title + ": nothing of this endpoint reaches the effect"));
                 break;
-            case MissingPartner::kTuning:
-                out->push_back(finding(report, node, Severity::kError,
-                                       device + " names tuning " + quoted(partner.binding.tuning) +
-                                           ", which is not kept: the device gets no blob"));
+            case MissingPartner::kTuning: {
+                Finding f = finding(report, node, Severity::kError,
+                                    device + " names tuning " + inQuotes(partner.binding.tuning) +
+                                        ", which is not kept: the device gets no blob");
+                for (const std::string& name :
+                     readAttributes(report, node, partner.binding.tuning)) {
+                    setUndo(&f, undoOf(Undo::Action::kRemoveAttribute, node, name));
+                }
+                out->push_back(std::move(f));
                 break;
+            }
             case MissingPartner::kPortDevice:
                 out->push_back(finding(report, node, Severity::kError,
-                                       "endpoint_port " + quoted(partner.binding.port) + " of " +
+                                       "endpoint_port " + inQuotes(partner.binding.port) + " of " +
                                            device +
                                            " has no output device: its entries are "
                                            "filed for device 0, which no output matches"));
@@ -649,18 +805,15 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
     }
     for (const auto& [port, device] : report.defaultSelectionsMissing) {
         const bool isSpeaker = port == DEVICE_INTERNAL_SPEAKER;
-        out->push_back({root,
-                        Severity::kError,
-                        "default tuning device " + quoted(device) + " for port " +
-                            (port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port]
-                                                                    : std::to_string(port)) +
-                            " is missing" +
-                            (isSpeaker ? " (bind the speaker's tuning with <device_id id=\"\" "
-                                         "endpoint_port=\"internal_speaker\"/>)"
-                                       : "") +
-                            ": the store disables every tuning",
-                        {},
-                        ""});
+        out->emplace_back(root, Severity::kError,
+                          "default tuning device " + inQuotes(device) + " for port " +
+                              (port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port]
+                                                                      : std::to_string(port)) +
+                              " is missing" +
+                              (isSpeaker ? " (bind the speaker's tuning with <device_id id=\"\" "
+                                           "endpoint_port=\"internal_speaker\"/>)"
+                                         : "") +
+                              ": the store disables every tuning");
     }
     // A blob dropped or replaced: say which records went into the one that is kept.
     for (size_t b = 0; b < report.blobs.size(); b++) {
@@ -687,7 +840,7 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
                       " is used again: the blob built for " + snapshot.title() +
                       " is dropped; the blob of the first profile of the id is kept, and the "
                       "endpoints of both go into it"
-                : snapshot.title() + " replaces the blob of " + quoted(blob.device) +
+                : snapshot.title() + " replaces the blob of " + inQuotes(blob.device) +
                       " that an earlier tuning made");
         for (size_t k = 0; k < report.blobs.size(); k++) {
             const Report::Blob& kept = report.blobs[k];
@@ -721,7 +874,7 @@ void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
             for (const BlobEntry& entry : decoded.entries) {
                 if (++sent[{entry.deviceId, entry.code}] == 2) {
                     twice += (twice.empty() ? "" : ", ") + BlobDecoder::deviceName(entry.deviceId) +
-                             " " + quoted(BlobDecoder::codeText(entry.code));
+                             " " + inQuotes(BlobDecoder::codeText(entry.code));
                 }
             }
             if (!twice.empty()) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -151,6 +152,16 @@ struct LoadReport : public LoadObserver {
     bool speakerBound = false;
     std::vector<std::pair<int, std::string>> defaultSelectionsMissing;
 
+    // Set before the load to keep a copy of the document the library read, taken while it holds
+    // it, with each reported node's counterpart in the copy (copies, by node index): what the
+    // findings' undo edits start from. Costs a copy of the document, so only check asks for it.
+    bool keepDocument = false;
+    struct DocumentFree {
+        void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+    };
+    std::unique_ptr<xmlDoc, DocumentFree> document;
+    std::vector<xmlNode*> copies;
+
     // The records of a kind, in file order.
     std::vector<const RecordSnapshot*> ofKind(RecordKind kind) const;
     // The element at index, or an empty one for -1.
@@ -196,7 +207,11 @@ private:
     void snapshot(const ParameterValues& record, RecordSnapshot* into) const;
     BindingSnapshot bindingOf(const DeviceTuning& binding) const;
 
+    // Copies the document of node, pairing each of its nodes with its copy.
+    void copyDocument(const xmlNode* node);
+
     std::unordered_map<const xmlNode*, int> mNodeIndex;
+    std::unordered_map<const xmlNode*, xmlNode*> mCopyOf;
     std::unordered_map<const ParameterValues*, int> mRecordIndex;
     std::unordered_map<const DeviceTuning*, int> mBindingNode;
 };

@@ -16,6 +16,7 @@
 #include "tools/StoreSession.h"
 #include "tools/SvgPlot.h"
 #include "tools/VersionInfo.h"
+#include "tools/lint/Effects.h"
 
 namespace korva::tool {
 
@@ -469,6 +470,13 @@ void sourceSection(Html& html, const std::vector<Json>& files) {
     html.close("section");
 }
 
+// The findings without their effects: the report shows what the load said.
+std::vector<Finding> unmeasured(const LoadReport& report) {
+    std::vector<Finding> findings = LintRules::run(report);
+    Effects::skip(&findings);
+    return findings;
+}
+
 }  // namespace
 
 int ReportCommand::collect(const std::string& path, Json* document) {
@@ -479,7 +487,7 @@ int ReportCommand::collect(const std::string& path, Json* document) {
     const LoadReport& report = session->report();
     *document = {{"file", path},
                  {"source", session->text()},
-                 {"findings", CheckCommand::findingsJson(LintRules::run(report))}};
+                 {"findings", CheckCommand::findingsJson(unmeasured(report), report)}};
     if (report.readFailed) {
         return kExitOk;
     }

@@ -4,6 +4,7 @@
 
 #include "tools/LintRules.h"
 #include "tools/VersionInfo.h"
+#include "tools/lint/UndoEdit.h"
 
 namespace korva::tool {
 
@@ -34,7 +35,36 @@ std::string SarifLog::uri(const std::string& path) {
     return path.size() > 0 && path[0] == '/' ? "file://" + out : out;
 }
 
-Json SarifLog::make(const std::string& path, const std::vector<Finding>& findings) {
+namespace {
+
+Json replacement(long from, long to, const std::string& text) {
+    return {{"deletedRegion", {{"startLine", from}, {"endLine", to}}},
+            {"insertedContent", {{"text", text}}}};
+}
+
+// The undo as a SARIF fix: the line it takes away, and what it puts there.
+Json fix(const std::string& uri, const Finding& finding, const LoadReport& report) {
+    const Json undo = UndoEdit::toJson(report, finding.undo);
+    const long line = undo["line"].get<long>();
+    Json replacements = Json::array();
+    if (undo["action"] == "move") {
+        const long before = undo["before_line"].get<long>();
+        replacements.push_back(
+            {{"deletedRegion", {{"startLine", before}, {"startColumn", 1}, {"endColumn", 1}}},
+             {"insertedContent", {{"text", undo["moves"].get<std::string>()}}}});
+        replacements.push_back(replacement(line, line, ""));
+    } else {
+        replacements.push_back(replacement(line, line, undo.value("becomes", std::string())));
+    }
+    return {{"description", {{"text", UndoEdit::describe(report, finding.undo)}}},
+            {"artifactChanges",
+             Json::array({{{"artifactLocation", {{"uri", uri}}}, {"replacements", replacements}}})}};
+}
+
+}  // namespace
+
+Json SarifLog::make(const std::string& path, const std::vector<Finding>& findings,
+                    const LoadReport& report) {
     Json rules = Json::array();
     for (const LintRules::Rule& rule : LintRules::kRules) {
         rules.push_back({{"id", rule.id}, {"shortDescription", {{"text", rule.description}}}});
@@ -55,6 +85,9 @@ Json SarifLog::make(const std::string& path, const std::vector<Finding>& finding
         }
         if (!related.empty()) {
             result["relatedLocations"] = related;
+        }
+        if (finding.hasUndo) {
+            result["fixes"] = Json::array({fix(fileUri, finding, report)});
         }
         results.push_back(result);
     }

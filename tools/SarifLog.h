@@ -7,13 +7,15 @@
 #include <vector>
 
 #include "tools/Finding.h"
+#include "tools/LoadReport.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {
 
 class SarifLog {
 public:
-    static Json make(const std::string& path, const std::vector<Finding>& findings);
+    static Json make(const std::string& path, const std::vector<Finding>& findings,
+                     const LoadReport& report);
 
     // The path as a URI reference: relative paths stay relative (to the checkout, for CI).
     static std::string uri(const std::string& path);

@@ -12,7 +12,8 @@
 namespace korva::tool {
 
 std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
-                                                 const Properties& properties, bool keepText) {
+                                                 const Properties& properties, bool keepText,
+                                                 bool keepDocument) {
     std::unique_ptr<TuningInput> input = TuningInput::open(tuningFile);
     if (input == nullptr) {
         return nullptr;
@@ -28,6 +29,7 @@ std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
         return nullptr;
     }
     auto report = std::make_unique<LoadReport>();
+    report->keepDocument = keepDocument;
     setenv("KORVA_HOST_ROOT", root->path().c_str(), 1);
     SpatializerParamArray* store;
     {

@@ -19,10 +19,11 @@ public:
     using Properties = std::vector<std::pair<std::string, std::string>>;
 
     // Null, after reporting why, when the file cannot be put where the store looks. keepText
-    // keeps the bytes the store reads, for showing the file beside what it became.
+    // keeps the bytes the store reads, for showing the file beside what it became; keepDocument
+    // the report's copy of the document the library read (LoadReport::keepDocument).
     static std::unique_ptr<StoreSession> open(const std::string& tuningFile,
                                               const Properties& properties = {},
-                                              bool keepText = false);
+                                              bool keepText = false, bool keepDocument = false);
 
     SpatializerParamArray& store() const { return *mStore; }
     const LoadReport& report() const { return *mReport; }

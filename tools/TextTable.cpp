@@ -35,6 +35,15 @@ std::vector<std::string> TextTable::wrap(const std::string& text, size_t width) 
             lines.push_back(line);
             line.clear();
         }
+        // A name longer than the width breaks after one of its underscores.
+        while (line.empty() && word.size() > width) {
+            const size_t cut = word.rfind('_', width - 1);
+            if (cut == std::string::npos || cut == 0) {
+                break;
+            }
+            lines.push_back(word.substr(0, cut + 1));
+            word.erase(0, cut + 1);
+        }
         line += line.empty() ? word : " " + word;
         start = end + 1;
     }
@@ -82,6 +91,16 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
             }
         }
     }
+    // The last column's widest cell: a column narrower than the least room it is given stays
+    // on its row as long as it fits.
+    for (size_t r = 0; columns > 0 && r < mRows.size(); r++) {
+        if (!mIsNote[r]) {
+            widths[columns - 1] = std::max(widths[columns - 1], mRows[r][columns - 1].size());
+        }
+    }
+    if (columns > 0 && hasHeader) {
+        widths[columns - 1] = std::max(widths[columns - 1], mHeaders[columns - 1].size());
+    }
     std::string out;
     if (hasHeader) {
         renderRow(mHeaders, widths, indent, width, false, out);
@@ -121,7 +140,8 @@ void TextTable::renderRow(const std::vector<std::string>& cells, const std::vect
         prefix += kGap;
     }
     size_t lastStart = prefix.size();
-    if (!keepWhole && lastStart + kMinLastWidth > width && !cells.back().empty()) {
+    if (!keepWhole && lastStart + std::min(kMinLastWidth, widths.back()) > width &&
+        !cells.back().empty()) {
         // The other columns leave the last too little room: it goes below them, indented.
         rtrim(prefix);
         out += prefix + "\n";

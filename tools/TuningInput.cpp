@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/ToolOutput.h"
+#include "tools/load/TemporaryPaths.h"
 
 namespace korva::tool {
 
@@ -41,8 +42,10 @@ bool copyAll(int from, int to) {
 }  // namespace
 
 std::unique_ptr<TuningInput> TuningInput::open(const std::string& path) {
+    // "-" is standard input, as for other command-line tools.
+    const std::string source = path == "-" ? "/dev/stdin" : path;
     struct stat status;
-    if (stat(path.c_str(), &status) != 0) {
+    if (stat(source.c_str(), &status) != 0) {
         ToolOutput::error(path, std::string("cannot open: ") + strerror(errno));
         return nullptr;
     }
@@ -50,7 +53,7 @@ std::unique_ptr<TuningInput> TuningInput::open(const std::string& path) {
         ToolOutput::error(path, "is a directory, not a tuning file");
         return nullptr;
     }
-    const int from = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int from = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
     if (from < 0) {
         ToolOutput::error(path, std::string("cannot open: ") + strerror(errno));
         return nullptr;
@@ -72,6 +75,7 @@ std::unique_ptr<TuningInput> TuningInput::open(const std::string& path) {
         return nullptr;
     }
     std::unique_ptr<TuningInput> input(new TuningInput(name.data(), true));
+    TemporaryPaths::add(input->path());
     const bool copied = copyAll(from, to);
     const int readError = errno;
     close(from);
@@ -84,6 +88,7 @@ std::unique_ptr<TuningInput> TuningInput::open(const std::string& path) {
 
 TuningInput::~TuningInput() {
     if (mIsCopy) {
+        TemporaryPaths::drop(mPath);
         unlink(mPath.c_str());
     }
 }

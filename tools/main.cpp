@@ -97,6 +97,8 @@ int main(int argc, char** argv) {
                        "the effect, then summarize",
                        &check.common);
     checkCommand->add_flag("--strict", check.strict, "exit 1 when there are warnings");
+    checkCommand->add_flag("--no-effects", check.noEffects,
+                           "do not measure what undoing each cause changes");
     checkCommand
         ->add_flag("--sarif", check.sarif,
                    "print the findings as a SARIF 2.1.0 log (for code scanning) instead")

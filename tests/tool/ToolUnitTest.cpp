@@ -111,10 +111,18 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
     TextTable narrow({"", ""});
     narrow.addRow({"k", "a " + std::string(50, 'x') + " b"});
     EXPECT_EQ(narrow.render("", 30), "k  a\n   " + std::string(50, 'x') + "\n   b\n");
-    // Columns that leave the last too little room push it below them, indented.
+    // A name longer than the room breaks after an underscore.
+    EXPECT_EQ(
+        TextTable::wrap("a dynamic_speaker_optimization_speaker_interval b", 24),
+        (std::vector<std::string>{"a", "dynamic_speaker_", "optimization_speaker_", "interval b"}));
+    // Columns that leave the last too little room push it below them, indented; a last column
+    // that fits in what is left stays on its row.
     TextTable wide({"", ""});
-    wide.addRow({std::string(50, 'n'), "1 2 3"});
-    EXPECT_EQ(wide.render("  ", 60), "  " + std::string(50, 'n') + "\n      1 2 3\n");
+    wide.addRow({std::string(50, 'n'), "1 2 3 4 5 6 7 8 9"});
+    EXPECT_EQ(wide.render("  ", 60), "  " + std::string(50, 'n') + "\n      1 2 3 4 5 6 7 8 9\n");
+    TextTable fits({"", ""});
+    fits.addRow({std::string(50, 'n'), "1 2 3"});
+    EXPECT_EQ(fits.render("  ", 60), "  " + std::string(50, 'n') + "  1 2 3\n");
     // A path the user gave stays on its row, whole, whatever its blanks and length.
     TextTable facts({"", ""});
     const std::string path = "/home/a user/" + std::string(70, 'p') + "/my tuning.xml";

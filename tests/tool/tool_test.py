@@ -7,9 +7,11 @@ RUNNER is what starts a binary of another architecture (the cross build's emulat
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import urllib.parse
 
@@ -76,7 +78,9 @@ SPEAKER = ('            <endpoint_type id="speaker">\n                <include i
            '                <dialog-enhancer-amount value="4"/>\n            </endpoint_type>\n')
 
 
-class CheckTest(unittest.TestCase):
+class FolderTest(unittest.TestCase):
+    """A private folder for the test's tuning files."""
+
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="paramtool-test.")
 
@@ -89,13 +93,16 @@ class CheckTest(unittest.TestCase):
             f.write(text)
         return path
 
-    def check(self, text):
-        path = self.write(text)
-        return path, run_json("check", path)[1]
 
-    def finding(self, text, marker, words):
+class CheckTest(FolderTest):
+
+    def check(self, text, *options):
+        path = self.write(text)
+        return path, run_json("check", path, *options)[1]
+
+    def finding(self, text, marker, words, *options):
         """The one finding on the line of marker whose message has words."""
-        path, document = self.check(text)
+        path, document = self.check(text, *options)
         line = line_of(path, marker)
         found = [f for f in document["findings"] if f["line"] == line and words in f["message"]]
         self.assertEqual(len(found), 1, "%r on line %d: %s" % (words, line, document["findings"]))
@@ -141,17 +148,18 @@ class CheckTest(unittest.TestCase):
         cases = [
             # The reader steps over the comment, not the blank text, and misses the include.
             (tuning(profile(0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
-             "<!-- note -->", 'the comment "note" is the first child', "selects IEQ preset 0"),
+             "<!-- note -->", 'the comment "note" is the first child', "at blank text"),
             # A 3.3.0 file names its preset; ieq_preset is not read and the preset is 0.
             (tuning(profile(0, "p", SPEAKER), "3.3.0"), "<include", '"ieq_preset" of <include> '
-             "is not read", "selects IEQ preset 0"),
+             "is not read", 'has no "preset"'),
             (tuning('    <authorized_technologies>\n        <global_setting '
                     'orbex_game_system_gain="-48"/>\n    </authorized_technologies>\n', "3.2.0"),
              "<authorized_technologies>", "is passed over", None),
             (tuning(profile(0, "p", SPEAKER)), '<profile id="0"', "has no reverb_suppression_"
              "enable: the effect gets \"rvse\" with no values", "in profile 0's blob"),
+            # Renamed, it changes nothing that reaches the effect: shown under --verbose only.
             (tuning(profile(0, "p", SPEAKER, '<volume-levelr-enable value="1"/>')), "levelr",
-             "did you mean <volume-leveler-enable>?", None),
+             "did you mean <volume-leveler-enable>?", None, "--verbose"),
             (tuning(profile(0, "p", SPEAKER, '<surround-boost value="1.5"/>')), "surround-boost",
              '"1.5" is not a whole number: read as 1', None),
             (tuning(profile(0, "p", SPEAKER.replace('"speaker"', '"Speaker"'))), '"Speaker"',
@@ -161,21 +169,25 @@ class CheckTest(unittest.TestCase):
              "by the rules of format version 3.3.0", None),
             (tuning(profile(0, "p", SPEAKER, '<volume-modeler-enable value="1"/>\n'
                             '<volume-modeler-enable value="0"/>')), 'value="0"/>', "again", None),
-            # With its include missed, the endpoint takes preset 0; preset 2 reaches nothing.
+            # With its include missed, the endpoint takes preset 0 and preset 2 reaches nothing:
+            # a consequence of the comment, which taking the comment away clears.
             (tuning('    <preset id="2" name="p2" type="ieq">\n    </preset>\n' + profile(
                 0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
-             '<preset id="2"', "IEQ preset 2 goes into no blob", None),
+             "<!-- note -->", 'the comment "note" is the first child', None),
             (tuning('    <tuning name="t" endpoint_type="speaker" orientation="1" '
                     'output_channels="2">\n        <device_id id="x" endpoint_port="usb"/>\n'
                     '    </tuning>\n    <profile id="0" name="late"/>\n'),
              '<tuning name="t"', 'tuning "t" has no data element', "is not read"),
         ]
-        for text, marker, words, note in cases:
+        for text, marker, words, note, *options in cases:
             with self.subTest(words=words):
-                found, path = self.finding(text, marker, words)
+                found, path = self.finding(text, marker, words, *options)
                 if note:
                     self.assertTrue([n for n in found["notes"] if note in n["message"]],
                                     found["notes"])
+        found, _ = self.finding(cases[-2][0], "<!-- note -->", "first child")
+        self.assertIn("IEQ preset 2 goes into no blob: nothing of it reaches the effect",
+                      [c["message"] for c in found["clears"]])
 
     def test_lines_past_libxml2s_limit_say_at_least(self):
         path, document = self.check(tuning("\n" * 70000 + "    <profiles/>\n"))
@@ -199,6 +211,31 @@ class CheckTest(unittest.TestCase):
         writer.wait(timeout=60)
         self.assertEqual(json.loads(result.stdout)["findings"], expected)
         self.assertEqual(sorted(os.listdir(self.folder)), ["fifo", "tuning.xml"])
+        # "-" is standard input.
+        result = subprocess.run(TOOL + ["check", "-", "--json"], input=text,
+                                capture_output=True, text=True, timeout=300)
+        self.assertEqual(json.loads(result.stdout)["findings"], expected)
+
+    def test_an_interrupted_run_removes_its_private_copy(self):
+        temporary = os.path.join(self.folder, "tmp")
+        os.mkdir(temporary)
+        for stop in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(signal=stop):
+                # Standard input stays open, so the run is still copying it when stopped.
+                tool = subprocess.Popen(TOOL + ["check", "-"], stdin=subprocess.PIPE,
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                        env=dict(os.environ, TMPDIR=temporary))
+                tool.stdin.write(b"<?xml")
+                tool.stdin.flush()
+                for _ in range(200):
+                    if os.listdir(temporary):
+                        break
+                    time.sleep(0.01)
+                self.assertTrue(os.listdir(temporary), "the copy is made while input comes")
+                tool.send_signal(stop)
+                self.assertEqual(tool.wait(timeout=60), -stop)
+                tool.stdin.close()
+                self.assertEqual(os.listdir(temporary), [])
 
     def test_exit_statuses_and_unreadable_inputs(self):
         cases = [(EXAMPLE, [], 0), (EXAMPLE, ["--strict"], 0), (VERSION_OVERRIDES, [], 0),
@@ -605,10 +642,38 @@ class ExplainTest(unittest.TestCase):
                          for step in parameter["steps"] for element in step["elements"]]
                 self.assertIn(line, lines)
 
+    def test_dump_and_blobs_fit_80_columns(self):
+        for command in ("dump", "blobs"):
+            with self.subTest(command=command):
+                assert_fits_80(self, run(command, EXAMPLE).stdout, EXAMPLE)
+        self.assertIn("\n  readonly=true\n", run("dump", EXAMPLE).stdout)
+
     def test_an_unknown_entry_is_an_error(self):
         result = run("explain", EXAMPLE, "zzz", "--profile", "movie")
         self.assertEqual(result.returncode, 2)
         self.assertIn('no entry "zzz"', result.stderr)
+        result = run("explain", EXAMPLE, "dea", "--profile", "9")
+        self.assertEqual((result.returncode, result.stderr.split(": ")[-1]), (2, "no profile 9\n"))
+
+    def test_attributes_are_shown_as_the_file_has_them_and_codes_in_any_case(self):
+        folder = tempfile.mkdtemp(prefix="paramtool-test.")
+        self.addCleanup(shutil.rmtree, folder)
+        path = os.path.join(folder, "vaule.xml")
+        with open(EXAMPLE, encoding="utf-8") as f:
+            text = f.read()
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(text.replace('<dialog-enhancer-amount value="4"/>',
+                                 '<dialog-enhancer-amount vaule="4"/>', 1))
+        result = run("explain", path, "DEA", "--profile", "0")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn('<dialog-enhancer-amount> vaule="4" (no value)', result.stdout)
+        self.assertNotIn('value=""', result.stdout)
+        self.assertIn("speaker dea, 1 value\n", result.stdout)
+        _, document = run_json("explain", path, "dea", "--profile", "0")
+        elements = [e for entry in document["entries"] for p in entry["source"]["parameters"]
+                    for step in p["steps"] for e in step["elements"] if e["absent"]]
+        self.assertEqual([(e["attributes"], e["absent"]) for e in elements],
+                         [({"vaule": "4"}, ["value"])])
 
 
 class CommandLineTest(unittest.TestCase):
@@ -692,6 +757,202 @@ class CommandLineTest(unittest.TestCase):
                              [n["message"] for n in finding["notes"]])
         broken = json.loads(run("check", BROKEN, "--sarif").stdout)["runs"][0]["results"]
         self.assertEqual([(r["ruleId"], r["level"]) for r in broken], [("unreadable", "error")])
+
+
+def effect_entries(finding):
+    """(device, code, change) of every blob entry the finding's measured effect changes."""
+    return [(e["device_name"], e["code"], e["change"]) for d in finding["effect"]["differences"]
+            if isinstance(d["entries"], list) for e in d["entries"]]
+
+
+IEQ_PRESETS = "".join(
+    '    <preset id="%d" name="p%d" type="ieq">\n        <data>\n            <ieq>\n'
+    '                <band_ieq frequency="100" target="%d"/>\n            </ieq>\n'
+    '        </data>\n    </preset>\n' % (n, n, 16 * n) for n in (0, 2))
+HEADPHONE = ('            <endpoint_type id="headphone">\n'
+             '                <dialog-enhancer-amount value="3"/>\n            </endpoint_type>\n')
+
+
+class EffectTest(FolderTest):
+    """Each finding's cause undone in a copy, loaded through the library, compared."""
+
+    def check(self, text, *options):
+        path = self.write(text)
+        result, document = run_json("check", path, *options)
+        with open(path, encoding="utf-8") as f:
+            self.assertEqual(f.read(), text, "the user's file is never written")
+        return path, document
+
+    def test_each_undo_rule_measures_the_blob_entries_it_changes(self):
+        def endpoint(old, new, extra=""):
+            return tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace(old, new) + extra))
+        cases = [
+            # A comment where the reader looks for the include is read in its place.
+            (endpoint('"speaker">\n', '"speaker">\n                <!-- note -->\n'),
+             "<!-- note -->", {"action": "remove", "removes": "<!-- note -->"},
+             [("speaker", "ieid", "changed"), ("speaker", "iebs", "changed")]),
+            (endpoint("dialog-enhancer-amount", "dialog-enhancer-amout"), "amout",
+             {"action": "rename", "renames": "dialog-enhancer-amout",
+              "to": "dialog-enhancer-amount"}, [("speaker", "dea", "changed")]),
+            (endpoint("amount value=", "amount vaule="), "vaule",
+             {"action": "rename", "renames": "vaule", "to": "value"},
+             [("speaker", "dea", "changed")]),
+            (endpoint('"speaker"', '"Speaker"', HEADPHONE), '"Speaker"',
+             {"action": "replace", "attribute": "id", "to": "speaker"},
+             [("speaker", "ieid", "removed"), ("speaker", "dea", "removed")]),
+            (endpoint('                <include ieq_preset="2"/>\n                '
+                      '<dialog-enhancer-amount value="4"/>\n',
+                      '                <dialog-enhancer-amount value="4"/>\n'
+                      '                <include ieq_preset="2"/>\n'), "<include",
+             {"action": "move", "moves": '<include ieq_preset="2"/>'},
+             [("speaker", "ieid", "changed"), ("speaker", "iebs", "changed")]),
+            (endpoint('ieq_preset="2"', 'ieq_preset="7"'), 'ieq_preset="7"',
+             {"action": "remove", "removes": "ieq_preset"}, None),
+        ]
+        for text, marker, undo, entries in cases:
+            with self.subTest(undo=undo):
+                path, document = self.check(text, "--verbose")
+                line = line_of(path, marker)
+                found = [f for f in document["findings"] if f["undo"] and f["line"] == line]
+                self.assertEqual(len(found), 1, document["findings"])
+                self.assertEqual({k: found[0]["undo"][k] for k in undo}, undo)
+                self.assertEqual(found[0]["undo"]["line"], line)
+                self.assertEqual(set(found[0]["effect"]), {"differences", "store"})
+                if entries is None:
+                    continue
+                changed = effect_entries(found[0])
+                for entry in entries:
+                    self.assertIn(entry, changed)
+
+    def test_a_reference_to_an_undefined_preset_is_measured_against_no_reference(self):
+        # Without the reference the endpoint selects preset 0, which the file defines.
+        text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace('"2"', '"7"')))
+        path, document = self.check(text, "--verbose")
+        (found,) = [f for f in document["findings"] if "IEQ preset 7" in f["message"]]
+        self.assertEqual(found["line"], line_of(path, 'ieq_preset="7"'))
+        self.assertEqual(found["undo"]["action"], "remove")
+        self.assertEqual(found["effect"]["store"], [])
+
+    def test_the_effect_has_the_shape_of_diffs_json_with_the_undone_copy_as_a(self):
+        text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace("amount value=",
+                                                                     "amount vaule=")))
+        path, document = self.check(text)
+        (found,) = [f for f in document["findings"] if f["undo"]]
+        fixed = self.write(text.replace("vaule=", "value="), "fixed.xml")
+        _, diff = run_json("diff", fixed, path)
+        self.assertEqual(found["effect"]["differences"], diff["differences"])
+        self.assertEqual(found["effect"]["store"], diff["store"])
+        (entry,) = diff["differences"][0]["entries"]
+        self.assertEqual((entry["code"], entry["old"], entry["new"]), ("dea", [4], [0]))
+        self.assertEqual(found["rule"], "text-read")
+
+    def test_no_effects_and_sarif_fixes(self):
+        text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace("amount value=",
+                                                                     "amount vaule=")))
+        path, document = self.check(text, "--no-effects")
+        (found,) = [f for f in document["findings"] if f["undo"]]
+        self.assertIsNone(found["effect"])
+        text = run("check", "--no-effects", path).stdout
+        for measuring in ("undo:", "effect, undone", "effect not measured", "effect: none"):
+            self.assertNotIn(measuring, text)
+        sarif = json.loads(run("check", "--sarif", path).stdout)["runs"][0]["results"]
+        (fixed,) = [r for r in sarif if "fixes" in r]
+        (change,) = fixed["fixes"][0]["artifactChanges"]
+        (replacement,) = change["replacements"]
+        self.assertEqual(replacement["deletedRegion"]["startLine"], found["line"])
+        self.assertEqual(replacement["insertedContent"]["text"],
+                         '<dialog-enhancer-amount value="4"/>')
+        self.assertIn('rename attribute "vaule"', fixed["fixes"][0]["description"]["text"])
+
+
+class ExampleEditTest(FolderTest):
+    """The edits engineers make most often, on copies of the bundled example."""
+
+    def setUp(self):
+        super().setUp()
+        with open(EXAMPLE, encoding="utf-8") as f:
+            self.lines = f.read().split("\n")
+
+    def edited(self, edit):
+        lines = list(self.lines)
+        edit(lines)
+        path = self.write("\n".join(lines), "edited.xml")
+        return path, run_json("check", path)[1]["findings"]
+
+    def index(self, text, after=0):
+        return next(i for i in range(after, len(self.lines)) if text in self.lines[i])
+
+    def changes(self, finding):
+        return {(e["device_name"], e["code"]): (e.get("old"), e.get("new"))
+                for d in finding["effect"]["differences"] for e in d["entries"]}
+
+    def test_a_comment_before_an_endpoints_include_costs_its_ieq_preset(self):
+        at = self.index('<endpoint_type id="speaker">') + 1
+        path, findings = self.edited(lambda l: l.insert(at, "<!-- louder dialog -->"))
+        (found,) = findings
+        self.assertEqual(found["line"], at + 1)
+        self.assertIn('the comment "louder dialog"', found["message"])
+        self.assertEqual(found["undo"]["action"], "remove")
+        self.assertEqual(self.changes(found)[("speaker", "ieid")], ([2], [0]))
+        self.assertIn(("speaker", "iebs"), self.changes(found))
+        self.assertTrue(found["clears"])
+
+    def test_an_include_moved_below_ieq_enable_is_moved_back(self):
+        first = self.index('<profile id="1"')
+        at = self.index("<include", first)
+        path, findings = self.edited(lambda l: l.insert(at + 2, l.pop(at)))
+        (found,) = findings
+        self.assertEqual((found["line"], found["undo"]["action"]), (at + 3, "move"))
+        self.assertEqual(found["undo"]["before_line"], at + 1)
+        self.assertEqual(self.changes(found)[("speaker", "ieid")], ([1], [0]))
+
+    def test_a_comment_after_a_profiles_start_is_named_with_what_it_costs(self):
+        at = self.index('<profile id="1"') + 1
+        path, findings = self.edited(lambda l: l.insert(at, "<!-- movie -->"))
+        (found,) = findings
+        self.assertEqual(found["line"], at + 1)
+        self.assertIn('the comment "movie"', found["message"])
+        (movie,) = [d for d in found["effect"]["differences"] if d["blob"] == 'profile 1 "movie"']
+        self.assertGreater(len(movie["entries"]), 50)
+        self.assertGreaterEqual(len(found["clears"]), 12)
+
+    def test_a_self_closing_band_list_is_one_finding_with_the_aobs_change(self):
+        start = self.index("<audio-optimizer-bands>")
+        end = self.index("</audio-optimizer-bands>", start)
+
+        def close(lines):
+            lines[start] = lines[start].replace("<audio-optimizer-bands>",
+                                                "<audio-optimizer-bands/>")
+            del lines[start + 1:end + 1]
+        path, findings = self.edited(close)
+        (found,) = findings
+        self.assertEqual((found["line"], found["undo"]["action"]), (start + 1, "remove"))
+        self.assertEqual([code for _, code in self.changes(found)], ["aobs"])
+        self.assertGreaterEqual(len(found["clears"]), 20)
+
+    def test_a_misspelt_value_says_only_what_it_costs(self):
+        at = self.index("<dialog-enhancer-amount", self.index('<endpoint_type id="speaker">'))
+        path, findings = self.edited(
+            lambda l: l.__setitem__(at, l[at].replace("value=", "vaule=")))
+        (found,) = findings
+        self.assertEqual(found["undo"]["to"], "value")
+        self.assertEqual(self.changes(found), {("speaker", "dea"): ([4], [0])})
+        self.assertIn("findings        0 errors, 1 warning\n", run("check", path).stdout)
+        self.assertFalse([n for n in found["notes"] if "IEQ preset" in n["message"]])
+
+    def test_a_comment_right_after_a_profiles_data_changes_nothing(self):
+        at = self.index("<data>", self.index('<profile id="1"')) + 1
+        path, findings = self.edited(lambda l: l.insert(at, "<!-- after data -->"))
+        self.assertEqual([f for f in findings if f["effect"]], [])
+
+    def test_a_3_2_file_does_not_put_other_rules_values_under_global_settings(self):
+        at = self.index("<format_version")
+        path, findings = self.edited(
+            lambda l: l.__setitem__(at, l[at].replace('minor="4"', 'minor="2"')))
+        (passed,) = [f for f in findings if "<authorized_technologies> is passed over"
+                     in f["message"]]
+        self.assertFalse([n for n in passed["notes"] if "instead" in n["message"]])
+        self.assertIn("format version", passed["effect_not_measured"])
 
 
 if __name__ == "__main__":

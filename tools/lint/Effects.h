@@ -1,0 +1,36 @@
+// The effects of check's findings, measured: each finding's cause is undone in a copy of the
+// document the library read, the copy is loaded through the library in a fresh process, and what
+// its blobs and store state differ from the file's is the finding's effect, in diff's terms (the
+// undone copy as a, the file as b). A finding that undoing another's cause clears is that cause's
+// consequence, not a finding of its own.
+#pragma once
+
+#include <vector>
+
+#include "tools/Finding.h"
+#include "tools/LoadReport.h"
+#include "tools/StoreSession.h"
+#include "tools/ToolOutput.h"
+#include "tools/load/FreshLoads.h"
+
+namespace korva::tool {
+
+class Effects {
+public:
+    // What a load of an undone copy hands back: the blobs and store state of diff's documents,
+    // and the messages of the copy's own findings.
+    static int loadWork(const std::string& path, Json* document);
+
+    // Measures every finding that has an undo, folds consequences into their causes and drops
+    // the causes that change nothing (kept under verbose, as ones that change nothing). progress
+    // is called with the count done and the count to do.
+    static void measure(const StoreSession& session, FreshLoads& loads, bool verbose,
+                        std::vector<Finding>* findings, void (*progress)(size_t, size_t));
+    // Without measuring: drops the findings that only a measured effect makes findings.
+    static void skip(std::vector<Finding>* findings);
+
+    // The effect's differences and store changes, as diff prints them, fitted to width.
+    static std::string text(const Finding& finding, size_t width);
+};
+
+}  // namespace korva::tool
