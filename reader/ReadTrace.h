@@ -34,6 +34,8 @@ void setter(LoadObserver& observer, const xmlNode* element, ValueSetter& setter,
             const ParameterValues& record);
 void record(LoadObserver& observer, const xmlNode* element, const ParameterValues& record,
             RecordKind kind);
+void attributes(LoadObserver& observer, const xmlNode* element,
+                const std::vector<std::string>& names);
 void ignoredAfterFirst(LoadObserver& observer, const xmlNode* element);
 void number(LoadObserver& observer, const xmlNode* element, const char* attribute,
             const std::string& text, int value);
@@ -108,8 +110,23 @@ inline void write(const xmlNode* element, ParameterValues& record, Parameter par
     }
 }
 
+// The attributes of the element that a reading asked for by name (every attribute when names is
+// empty) were read: each one is reported as read or ignored, then each name asked for in vain as
+// missing.
+inline void attributes(const xmlNode* element, const std::vector<std::string>& names) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::attributes(*observer, element, names);
+    }
+}
+// The same for one name; the list is made only for a listener.
+inline void attribute(const xmlNode* element, const char* name) {
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::attributes(*observer, element, {name});
+    }
+}
+
 // "true" or "false" read as 1 or 0.
-inline void word(const xmlNode* element, const char* attribute, const std::string& text, int value) {
+inline void word(const xmlNode* element, const char* attribute, const char* text, int value) {
     if (LoadObserver* observer = LoadObserver::current()) {
         observer->onNumber(element, attribute, text, value, NumberRead::kWord);
     }
@@ -135,8 +152,16 @@ inline int readInt(const xmlNode* element, const char* attribute, const std::str
     number(element, attribute, text, value);
     return value;
 }
+// The same for text where the document holds it: a string is made only for a listener.
+inline int readInt(const xmlNode* element, const char* attribute, const char* text) {
+    const int value = string2Int(text);
+    if (LoadObserver* observer = LoadObserver::current()) {
+        observed::number(*observer, element, attribute, text, value);
+    }
+    return value;
+}
 // string2IntVector of the text into out, reported.
-inline void readIntList(const xmlNode* element, const char* attribute, const std::string& text,
+inline void readIntList(const xmlNode* element, const char* attribute, const char* text,
                         std::vector<int>& out) {
     if (LoadObserver* observer = LoadObserver::current()) {
         observed::readIntList(*observer, element, attribute, text, out);

@@ -32,10 +32,9 @@ public:
     static TranslatorCollection* sTranslatorCollection;
 
 private:
-    // Runs one translator on the source, through translateObserved when someone listens.
-    void translate(Translator& translator, SetParamCommand& cmd, LoadObserver* observer);
-    // As vexTranslate, telling the load's listener what it changed and which entries it added.
-    void translateObserved(Translator& translator, SetParamCommand& cmd, LoadObserver& observer);
+    // Runs one translator on the source; a load's listener hears what it changed in the record
+    // and which entries it added.
+    void translate(Translator& translator, SetParamCommand& cmd);
 
     TranslatorSet mPending;
     ParameterValues* mSource;
