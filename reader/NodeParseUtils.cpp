@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 

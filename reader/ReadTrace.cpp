@@ -40,12 +40,6 @@ void sweep(LoadObserver& observer, const xmlNode* node, Skip why) {
 
 }  // namespace
 
-const char* firstAttributeName(const xmlNode* element) {
-    return element != nullptr && element->type == XML_ELEMENT_NODE && element->properties != nullptr
-               ? reinterpret_cast<const char*>(element->properties->name)
-               : nullptr;
-}
-
 namespace observed {
 
 void beginDocument() {

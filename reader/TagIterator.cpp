@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
@@ -28,24 +28,10 @@ bool isShadowed(const xmlNode* node, const xmlAttr* attribute) {
     return false;
 }
 
-// attributeValue without the copy where the tree holds the text whole; else the copy goes into
-// scratch.
-const char* attributeTextOf(const xmlNode* node, const xmlAttr* attribute, std::string& scratch) {
-    const xmlNode* text = attribute->children;
-    if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
-        !isShadowed(node, attribute)) {
-        return text->content != nullptr ? reinterpret_cast<const char*>(text->content) : "";
-    }
-    scratch = attributeValue(node, attribute);
-    return scratch.c_str();
-}
-
-}  // namespace
-
 // Reads one attribute value of an element; a value libxml2 cannot give reads as empty. The
 // usual value, one text node, is copied straight from the tree: going through xmlGetProp would
 // look the name up again and copy the text twice, once per attribute of the whole file.
-std::string attributeValue(const xmlNode* node, const xmlAttr* attribute) {
+std::string readAttributeValue(const xmlNode* node, const xmlAttr* attribute) {
     const xmlNode* text = attribute->children;
     if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
         !isShadowed(node, attribute)) {
@@ -53,6 +39,24 @@ std::string attributeValue(const xmlNode* node, const xmlAttr* attribute) {
     }
     XmlCharPtr value(xmlGetProp(node, attribute->name));
     return toString(value.get());
+}
+
+// readAttributeValue without the copy where the tree holds the text whole; else the copy goes
+// into scratch.
+const char* attributeTextOf(const xmlNode* node, const xmlAttr* attribute, std::string& scratch) {
+    const xmlNode* text = attribute->children;
+    if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
+        !isShadowed(node, attribute)) {
+        return text->content != nullptr ? reinterpret_cast<const char*>(text->content) : "";
+    }
+    scratch = readAttributeValue(node, attribute);
+    return scratch.c_str();
+}
+
+}  // namespace
+
+std::string attributeValue(const xmlNode* node, const xmlAttr* attribute) {
+    return readAttributeValue(node, attribute);
 }
 
 int TagIterator::mInstanceCount = 0;
@@ -179,7 +183,7 @@ void TagIterator::parseNodeIntVector(std::vector<int>& out) {
     LoadObserver* observer = LoadObserver::current();
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
-        const std::string text = attributeValue(mCurrent, attribute);
+        const std::string text = readAttributeValue(mCurrent, attribute);
         out.push_back(string2Int(text));
         if (observer != nullptr) {
             const char* name = reinterpret_cast<const char*>(attribute->name);
@@ -204,7 +208,7 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
         if (names.empty()) {
-            out.push_back(attributeValue(mCurrent, attribute));
+            out.push_back(readAttributeValue(mCurrent, attribute));
             continue;
         }
         // Lengths first: most names differ in length, and this runs for every attribute read.
@@ -212,7 +216,7 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
         const size_t length = strlen(name);
         for (size_t i = 0; i < names.size(); i++) {
             if (names[i].size() == length && memcmp(names[i].data(), name, length) == 0) {
-                out[i] = attributeValue(mCurrent, attribute);
+                out[i] = readAttributeValue(mCurrent, attribute);
             }
         }
     }

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 
 namespace korva {
 
@@ -26,13 +26,6 @@ void ParameterTranslator::onParameterChanged(Parameter parameter) {
     if (translator != nullptr) {
         mPending.insert(translator);
     }
-}
-
-void ParameterTranslator::translatePending(SetParamCommand& cmd) {
-    for (Translator* translator : mPending) {
-        translate(*translator, cmd);
-    }
-    mPending.clear();
 }
 
 namespace {
@@ -86,17 +79,30 @@ private:
     std::vector<std::pair<Parameter, std::vector<int>>> mSources;
 };
 
+// The translators of one record, in order; the load's listener, when there is one, hears what
+// each changed in the record and which entries it added.
+template <typename Translators>
+void translateEach(const Translators& translators, SetParamCommand& cmd, ParameterValues& record,
+                   Endpoint endpoint, bool mono) {
+    LoadObserver* observer = LoadObserver::current();
+    for (Translator* translator : translators) {
+        if constexpr (kLoadReport) {
+            if (observer != nullptr) {
+                TranslationTrace trace(*observer, *translator, record, cmd);
+                translator->vexTranslate(cmd, record, endpoint, mono);
+                trace.report(cmd);
+                continue;
+            }
+        }
+        translator->vexTranslate(cmd, record, endpoint, mono);
+    }
+}
+
 }  // namespace
 
-void ParameterTranslator::translate(Translator& translator, SetParamCommand& cmd) {
-    LoadObserver* observer = LoadObserver::current();
-    if (observer == nullptr) {
-        translator.vexTranslate(cmd, *mSource, mEndpoint, mMono);
-        return;
-    }
-    TranslationTrace trace(*observer, translator, *mSource, cmd);
-    translator.vexTranslate(cmd, *mSource, mEndpoint, mMono);
-    trace.report(cmd);
+void ParameterTranslator::translatePending(SetParamCommand& cmd) {
+    translateEach(mPending, cmd, *mSource, mEndpoint, mMono);
+    mPending.clear();
 }
 
 void ParameterTranslator::translateAll(SetParamCommand& cmd) {
@@ -120,9 +126,7 @@ void ParameterTranslator::translateAll(SetParamCommand& cmd) {
     std::sort(queue.begin(), queue.end(), TranslatorOrder());
     queue.erase(std::unique(queue.begin(), queue.end()), queue.end());
     mPending.clear();
-    for (Translator* translator : queue) {
-        translate(*translator, cmd);
-    }
+    translateEach(queue, cmd, *mSource, mEndpoint, mMono);
 }
 
 }  // namespace korva

@@ -2,9 +2,9 @@
 // parameters feed, then runs each of them once.
 #pragma once
 
-#include "model/LoadObserver.h"
 #include "model/Parameter.h"
 #include "model/ParameterValues.h"
+#include "observer/LoadObserver.h"
 #include "translator/SetParamCommand.h"
 #include "translator/Translator.h"
 #include "translator/TranslatorCollection.h"
@@ -32,10 +32,6 @@ public:
     static TranslatorCollection* sTranslatorCollection;
 
 private:
-    // Runs one translator on the source; a load's listener hears what it changed in the record
-    // and which entries it added.
-    void translate(Translator& translator, SetParamCommand& cmd);
-
     TranslatorSet mPending;
     ParameterValues* mSource;
     Endpoint mEndpoint;
