@@ -1,4 +1,4 @@
-# Sourced by bench/blob-check.sh and bench/observer-cost.sh:
+# Sourced by bench/blob-check.sh and bench/run --instructions:
 #   build_driver TREE OUT SOURCE BINARY [CMAKE_ARG...]
 # builds the library of the source tree TREE in Release into OUT (with the extra cmake arguments),
 # then compiles SOURCE (a driver of this checkout) against it into BINARY with the compile and
