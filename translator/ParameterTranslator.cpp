@@ -80,28 +80,29 @@ private:
 };
 
 // The translators of one record, in order; the load's listener, when there is one, hears what
-// each changed in the record and which entries it added.
+// each changed in the record and which entries it added. The record is read only when there is
+// a translator to run: nothing may have been set to translate.
 template <typename Translators>
-void translateEach(const Translators& translators, SetParamCommand& cmd, ParameterValues& record,
+void translateEach(const Translators& translators, SetParamCommand& cmd, ParameterValues* record,
                    Endpoint endpoint, bool mono) {
     LoadObserver* observer = LoadObserver::current();
     for (Translator* translator : translators) {
         if constexpr (kLoadReport) {
             if (observer != nullptr) {
-                TranslationTrace trace(*observer, *translator, record, cmd);
-                translator->vexTranslate(cmd, record, endpoint, mono);
+                TranslationTrace trace(*observer, *translator, *record, cmd);
+                translator->vexTranslate(cmd, *record, endpoint, mono);
                 trace.report(cmd);
                 continue;
             }
         }
-        translator->vexTranslate(cmd, record, endpoint, mono);
+        translator->vexTranslate(cmd, *record, endpoint, mono);
     }
 }
 
 }  // namespace
 
 void ParameterTranslator::translatePending(SetParamCommand& cmd) {
-    translateEach(mPending, cmd, *mSource, mEndpoint, mMono);
+    translateEach(mPending, cmd, mSource, mEndpoint, mMono);
     mPending.clear();
 }
 
@@ -126,7 +127,7 @@ void ParameterTranslator::translateAll(SetParamCommand& cmd) {
     std::sort(queue.begin(), queue.end(), TranslatorOrder());
     queue.erase(std::unique(queue.begin(), queue.end()), queue.end());
     mPending.clear();
-    translateEach(queue, cmd, *mSource, mEndpoint, mMono);
+    translateEach(queue, cmd, mSource, mEndpoint, mMono);
 }
 
 }  // namespace korva
