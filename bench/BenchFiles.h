@@ -2,6 +2,8 @@
 // sizes, written once per process into a temporary folder that is removed at exit.
 #pragma once
 
+#include <valgrind/callgrind.h>
+
 #include <cstddef>
 #include <map>
 #include <string>
@@ -23,6 +25,27 @@ struct FileCase {
 };
 inline constexpr FileCase kFileCases[] = {
     {"example", 0}, {"100K", kSize100K}, {"1M", kSize1M}, {"10M", kSize10M}};
+
+// Around a benchmark's timing loop: under callgrind started with collection off (bench/run
+// --instructions), the instructions of the loop alone are counted. Outside valgrind the two
+// toggles are a few instructions each, outside the timed iterations.
+class CountedLoop {
+public:
+    CountedLoop() { CALLGRIND_TOGGLE_COLLECT; }
+    ~CountedLoop() { stop(); }
+    CountedLoop(const CountedLoop&) = delete;
+    CountedLoop& operator=(const CountedLoop&) = delete;
+
+    void stop() {
+        if (mCounting) {
+            CALLGRIND_TOGGLE_COLLECT;
+            mCounting = false;
+        }
+    }
+
+private:
+    bool mCounting = true;
+};
 
 class BenchFiles {
 public:

@@ -1,14 +1,15 @@
 // Prints every blob one store load of a tuning file builds, in the order the loader files them,
 // with what the store then answers for each: a text that changes whenever a blob's words, an
 // entry's order or the store's choice of blob changes. bench/blob-check.sh compares its digest
-// between two commits, so that a change made for speed shows that it changed no result.
+// between two commits, so that a change made for speed shows that it changed no result. Built
+// against a library without the load report, it prints the store's answers alone.
 //
 //   korva-blob-dump FILE
 #include <cstdio>
 #include <string>
 #include <vector>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 #include "store/SpatializerParamArray.h"
 
 namespace {
@@ -21,6 +22,7 @@ void printWords(const char* what, const std::string& key, const std::vector<int>
     printf("\n");
 }
 
+#ifdef KORVA_LOAD_REPORT
 class Printer : public LoadObserver {
 public:
     void onBlobFiled(const BlobKey& blob, const std::vector<int>& words, BlobFate fate) override {
@@ -33,6 +35,7 @@ public:
     }
     void onLoadEnd() override { printf("end of load\n"); }
 };
+#endif
 
 }  // namespace
 
@@ -42,9 +45,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     SpatializerParamArray& store = android::Singleton<SpatializerParamArray>::getInstance();
-    Printer printer;
     {
+#ifdef KORVA_LOAD_REPORT
+        Printer printer;
         LoadObserver::Scope listening(&printer);
+#endif
         store.loadSpatializerXMLFile(argv[1]);
     }
     // What the store answers afterwards, for every profile and every port's tuning devices.

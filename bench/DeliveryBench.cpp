@@ -6,12 +6,18 @@
 // A third figure, the floor, adds to the baseline the work that the declared interfaces leave no
 // delivery without, done the cheapest way:
 //   - the blob is checked whole before any entry goes out (a cut-short blob must send nothing),
-//     so it is walked twice;
+//     then walked entry by entry: through the engine's parameter library (EffectParamParser)
+//     for the tuning file's blobs, which the interface has read that way, and with the cheapest
+//     reader there is for the built-in ones;
+//   - switching content processing asks the engine's library how to treat each entry: whether
+//     it is a device-processing entry of the profile, and (switching off) whether it is one to
+//     switch off. The floor asks once per entry, for every entry;
 //   - a profile is first copied out of the store;
 //   - every store query takes a lock: one uncontended lock and unlock of a mutex per query the
 //     operation makes (Case::storeQueries counts them along the operation's code path).
-// The floor leaves out everything else (property reads, the engine's classification of
-// entries), so it bounds from below what any implementation of the operation costs.
+// On a device the engine library's share of that is the engine's cost, not this library's. The
+// floor leaves out everything else (property reads), so it bounds from below what any
+// implementation of the operation costs.
 #include <benchmark/benchmark.h>
 #include <utils/Mutex.h>
 
@@ -21,7 +27,9 @@
 
 #include "bench/BenchFiles.h"
 #include "cache/SpatializerParamCache.h"
+#include "engine/EffectParamParser.h"
 #include "engine/RecordingEffect.h"
+#include "engine/VexParamStore.h"
 #include "model/OutputDevice.h"
 #include "store/SpatializerParamArray.h"
 #include "translator/GeqLayout.h"
@@ -80,9 +88,11 @@ void deliver(benchmark::State& state, const Operation& operation) {
     RecordingEffect effect = benchEffect(false);
     IEffectKrv* target = &effect;
     benchmark::DoNotOptimize(target);
+    CountedLoop counted;
     for (auto _ : state) {
         benchmark::DoNotOptimize(operation(cache, target));
     }
+    counted.stop();
     // The baseline replays the recorded calls: both sides must have made the same ones.
     auto iterations = static_cast<long>(state.iterations());
     if (effect.setParamCount() != iterations * recorder.setParamCount() ||
@@ -120,9 +130,11 @@ void replay(benchmark::State& state, const Operation& operation) {
     RecordingEffect effect = benchEffect(false);
     IEffectKrv* target = &effect;
     benchmark::DoNotOptimize(target);
+    CountedLoop counted;
     for (auto _ : state) {
         calls.run(target);
     }
+    counted.stop();
     state.counters["setParam_calls"] = static_cast<double>(calls.sends.size());
 }
 
@@ -133,12 +145,22 @@ struct BlobRead {
     bool copied;
 };
 
+// How an operation must read a blob's entries: with a reader of its own (a built-in blob), or
+// through the engine's library, which may also be asked how to treat each entry.
+enum class Classify {
+    kOwnReader,
+    kNothing,
+    kDeviceProc,           // isDeviceProcParamInProfile
+    kDeviceProcOrDisable,  // that, then isContentProcDisableParam for the others
+};
+
 struct Case {
     const char* name;
     Operation operation;
     std::function<BlobRead(SpatializerParamArray&)> blobRead;
     // The store queries (each one lock of a mutex) the operation makes for this blob.
     std::function<int(const std::vector<int>&)> storeQueries;
+    Classify classify;
 };
 
 // Where the entry at word `at` of a blob of `words` ends, or 0 when it is cut short. Laid out as
@@ -180,6 +202,28 @@ int countEntries(const std::vector<int>& blob, int32_t code, int count) {
     return found;
 }
 
+// The blob's entries read through EffectParamParser, checked whole first, each asked about as
+// the operation must; -1 when the blob does not check.
+int readEntries(std::vector<int>& blob, Classify classify) {
+    if (classify == Classify::kOwnReader) return walkTwice(blob);
+    EffectParamParser parser(blob.data(), static_cast<int>(blob.size() * sizeof(int)));
+    if (!parser.validate()) return -1;
+    parser.begin();
+    int entries = 0;
+    while (parser.next()) {
+        benchmark::DoNotOptimize(parser.mValues);
+        if (classify != Classify::kNothing) {
+            const bool deviceProc = VexParamStore::isDeviceProcParamInProfile(parser.mParamId);
+            benchmark::DoNotOptimize(deviceProc);
+            if (classify == Classify::kDeviceProcOrDisable && !deviceProc) {
+                benchmark::DoNotOptimize(VexParamStore::isContentProcDisableParam(parser.mParamId));
+            }
+        }
+        entries++;
+    }
+    return entries;
+}
+
 void floor(benchmark::State& state, const Case& c) {
     RecordingEffect recorder = benchEffect(true);
     if (!record(state, c.operation, &recorder)) return;
@@ -192,6 +236,7 @@ void floor(benchmark::State& state, const Case& c) {
     benchmark::DoNotOptimize(target);
     android::Mutex lock;
     int entries = 0;
+    CountedLoop counted;
     for (auto _ : state) {
         for (int i = 0; i < queries; i++) {
             lock.lock();
@@ -200,12 +245,13 @@ void floor(benchmark::State& state, const Case& c) {
         }
         if (read.copied) {
             std::vector<int> copy(read.blob);
-            entries = walkTwice(copy);
+            entries = readEntries(copy, c.classify);
         } else {
-            entries = walkTwice(read.blob);
+            entries = readEntries(read.blob, c.classify);
         }
         calls.run(target);
     }
+    counted.stop();
     if (entries < 0) {
         state.SkipWithError("the stored blob does not check");
         return;
@@ -240,7 +286,7 @@ const std::vector<Case>& cases() {
          [](SpatializerParamArray& store) { return builtInProfile(store, PROFILE_MOVIE); },
          // getInstance, getProfileParamsSize, getProfileParams and one read of the store's
          // state (the tunings and the speaker's channels).
-         [](const std::vector<int>&) { return 4; }},
+         [](const std::vector<int>&) { return 4; }, Classify::kOwnReader},
         {"profile_delivery/content_proc_on",
          [](SpatializerParamCache& cache, IEffectKrv* effect) {
              return cache.updateContentProcEnabled(effect, true, false);
@@ -248,7 +294,7 @@ const std::vector<Case>& cases() {
          [](SpatializerParamArray& store) {
              return BlobRead{store.getXMLProfileParams(PROFILE_MOVIE), false};
          },
-         contentProcQueries},
+         contentProcQueries, Classify::kDeviceProc},
         {"profile_delivery/content_proc_off",
          [](SpatializerParamCache& cache, IEffectKrv* effect) {
              return cache.updateContentProcEnabled(effect, false, false);
@@ -256,7 +302,7 @@ const std::vector<Case>& cases() {
          [](SpatializerParamArray& store) {
              return BlobRead{store.getXMLProfileParams(PROFILE_MOVIE), false};
          },
-         contentProcQueries},
+         contentProcQueries, Classify::kDeviceProcOrDisable},
         {"tuning_delivery/default_headphone",
          [](SpatializerParamCache& cache, IEffectKrv* effect) {
              return cache.loadTuningDevice(kTuningDevice, effect);
@@ -265,7 +311,7 @@ const std::vector<Case>& cases() {
              return BlobRead{store.getXMLTuningParams(kTuningDevice), false};
          },
          // getInstance, isXMLTuningValid and getXMLTuningParams.
-         [](const std::vector<int>&) { return 3; }},
+         [](const std::vector<int>&) { return 3; }, Classify::kNothing},
     };
     return sCases;
 }

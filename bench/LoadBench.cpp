@@ -53,6 +53,7 @@ std::string libxmlFile(benchmark::State& state, size_t bytes) {
 void libxmlParse(benchmark::State& state, size_t bytes) {
     std::string path = libxmlFile(state, bytes);
     if (path.empty()) return;
+    CountedLoop counted;
     for (auto _ : state) {
         xmlDocPtr document = xmlReadFile(path.c_str(), nullptr, 0);
         if (document == nullptr) {
@@ -61,6 +62,7 @@ void libxmlParse(benchmark::State& state, size_t bytes) {
         }
         xmlFreeDoc(document);
     }
+    counted.stop();
     reportFile(state, path);
 }
 
@@ -94,6 +96,7 @@ void libxmlWalk(benchmark::State& state, size_t bytes) {
     std::string path = libxmlFile(state, bytes);
     if (path.empty()) return;
     size_t valueBytes = 0;
+    CountedLoop counted;
     for (auto _ : state) {
         xmlDocPtr document = xmlReadFile(path.c_str(), nullptr, 0);
         if (document == nullptr) {
@@ -104,6 +107,7 @@ void libxmlWalk(benchmark::State& state, size_t bytes) {
         benchmark::DoNotOptimize(valueBytes);
         xmlFreeDoc(document);
     }
+    counted.stop();
     if (valueBytes == 0) {
         state.SkipWithError("the walk found no attribute values");
         return;
@@ -120,6 +124,7 @@ void loadFloor(benchmark::State& state, size_t bytes) {
         state.SkipWithError(floor.error().c_str());
         return;
     }
+    CountedLoop counted;
     for (auto _ : state) {
         xmlDocPtr document = xmlReadFile(path.c_str(), nullptr, 0);
         if (document == nullptr) {
@@ -129,6 +134,7 @@ void loadFloor(benchmark::State& state, size_t bytes) {
         benchmark::DoNotOptimize(floor.build());
         xmlFreeDoc(document);
     }
+    counted.stop();
     state.counters["records"] = static_cast<double>(floor.records());
     state.counters["values"] = static_cast<double>(floor.values());
     state.counters["blobs"] = static_cast<double>(floor.blobs());
@@ -141,9 +147,11 @@ void load(benchmark::State& state, size_t bytes) {
     if (path.empty()) return;
     SpatializerParamArray& store = android::Singleton<SpatializerParamArray>::getInstance();
     store.loadSpatializerXMLFile(path);
+    CountedLoop counted;
     for (auto _ : state) {
         store.loadSpatializerXMLFile(path);
     }
+    counted.stop();
     // A load that read nothing would be fast for the wrong reason.
     if (!store.isXMLProfileValid(0) || !store.isXMLTuningValid("default_headphone")) {
         state.SkipWithError("the load produced no blobs from the file");

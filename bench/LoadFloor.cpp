@@ -4,8 +4,8 @@
 
 #include <unordered_map>
 
-#include "model/LoadObserver.h"
 #include "model/ParameterValues.h"
+#include "observer/LoadObserver.h"
 #include "store/SpatializerParamArray.h"
 
 namespace korva::bench {

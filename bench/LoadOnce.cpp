@@ -6,7 +6,8 @@
 //                               CPU time and wall time in milliseconds
 //
 // It uses only what every version of the store exports (the singleton and
-// loadSpatializerXMLFile), so bench/observer-cost.sh builds it against an older tree as well.
+// loadSpatializerXMLFile), so it can be built against an older tree as well; bench/run
+// --instructions builds it against this tree with and without the load report.
 #include <time.h>
 
 #include <algorithm>

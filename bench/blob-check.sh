@@ -4,13 +4,22 @@
 # order, with its fate) and every answer of the store afterwards are compared
 # (bench/BlobDump.cpp, compiled from this checkout against both trees).
 #
-#   bench/blob-check.sh [BASE [HEAD]]      BASE defaults to main, HEAD to the checked-out tree
+#   bench/blob-check.sh [--report-off] [BASE [HEAD]]
+#
+# BASE defaults to main, HEAD to the checked-out tree. --report-off builds HEAD without the load
+# report, as the device library is built: its dump then holds the store's answers alone (every
+# profile and tuning blob, gains and mix matrix), and those are what is compared.
 #
 # Prints a digest per file and side; exits 1 when any file differs. KORVA_BLOB_CHECK_DIR chooses
 # the work folder (default: build-blob-check at the root).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 work=${KORVA_BLOB_CHECK_DIR:-$root/build-blob-check}
+head_args=()
+if [ "${1:-}" = --report-off ]; then
+    head_args=(-DKORVA_LOAD_REPORT=OFF)
+    shift
+fi
 base=$(git -C "$root" rev-parse --short "${1:-main}")
 head=${2:-}
 mkdir -p "$work"
@@ -25,15 +34,17 @@ trap cleanup EXIT
 . "$root/bench/build-driver.sh"
 build() {
     echo "building $1 ..." >&2
-    build_driver "$2" "$work/build-$1" "$root/bench/BlobDump.cpp" "$work/blob-dump-$1"
+    local side=$1 tree=$2
+    shift 2
+    build_driver "$tree" "$work/build-$side" "$root/bench/BlobDump.cpp" "$work/blob-dump-$side" "$@"
 }
 git -C "$root" worktree add --detach "$work/tree-base" "$base" >/dev/null 2>&1
 build base "$work/tree-base"
 if [ -n "$head" ]; then
     git -C "$root" worktree add --detach "$work/tree-head" "$head" >/dev/null 2>&1
-    build head "$work/tree-head"
+    build head "$work/tree-head" "${head_args[@]}"
 else
-    build head "$root"
+    build head "$root" "${head_args[@]}"
 fi
 
 files=$work/files
@@ -45,7 +56,13 @@ done
 status=0
 for file in "$files"/*.xml; do
     for side in base head; do
-        "$work/blob-dump-$side" "$file" >"$work/$side-$(basename "$file" .xml).txt" 2>/dev/null
+        out=$work/$side-$(basename "$file" .xml).txt
+        "$work/blob-dump-$side" "$file" >"$out" 2>/dev/null
+        if [ ${#head_args[@]} -gt 0 ]; then
+            # Only a listener hears the blobs as they are filed.
+            grep -vE '^(stored|dropped|replaced) |^end of load$' "$out" >"$out.answers" || true
+            mv "$out.answers" "$out"
+        fi
     done
     b=$(sha256sum <"$work/base-$(basename "$file" .xml).txt" | cut -c1-16)
     h=$(sha256sum <"$work/head-$(basename "$file" .xml).txt" | cut -c1-16)

@@ -1,12 +1,19 @@
-# Sourced by bench/observer-cost.sh and bench/blob-check.sh: build_driver TREE OUT SOURCE BINARY
-# builds the library of the source tree TREE in Release into OUT, then compiles SOURCE (a driver
-# of this checkout) against it into BINARY with the compile and link lines of korva-bench-load.
+# Sourced by bench/blob-check.sh and bench/run --instructions:
+#   build_driver TREE OUT SOURCE BINARY [CMAKE_ARG...]
+# builds the library of the source tree TREE in Release into OUT (with the extra cmake arguments),
+# then compiles SOURCE (a driver of this checkout) against it into BINARY with the compile and
+# link lines of the library's own store sources. The tuning file generator is built too where
+# the benchmarks can be (not in a build without the load report).
 build_driver() {
     local tree=$1 out=$2 source=$3 binary=$4
+    shift 4
     cmake -S "$tree" -B "$out" -DCMAKE_BUILD_TYPE=Release -DKORVA_BUILD_BENCH=ON \
-        -DKORVA_BUILD_TESTS=OFF -DKORVA_BUILD_TOOLS=OFF -DKORVA_BUILD_FUZZ=OFF >/dev/null
-    cmake --build "$out" -j 2 --target spatializerparamstorage korva-gen-tuning >/dev/null
-    local flags=$out/bench/CMakeFiles/korva-bench-load.dir/flags.make
+        -DKORVA_BUILD_TESTS=OFF -DKORVA_BUILD_TOOLS=OFF -DKORVA_BUILD_FUZZ=OFF "$@" >/dev/null
+    cmake --build "$out" -j 2 --target spatializerparamstorage >/dev/null
+    if [ -f "$out/bench/Makefile" ]; then
+        cmake --build "$out" -j 2 --target korva-gen-tuning >/dev/null
+    fi
+    local flags=$out/store/CMakeFiles/korva_store.dir/flags.make
     local defines includes cxxflags
     defines=$(sed -n 's/^CXX_DEFINES = //p' "$flags")
     includes=$(sed -n 's/^CXX_INCLUDES = //p' "$flags")

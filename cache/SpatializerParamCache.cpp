@@ -7,11 +7,11 @@
 #include <cerrno>
 #include <set>
 
-#include "cache/DeliveryObserver.h"
 #include "engine/EffectParamParser.h"
 #include "engine/VexParamStore.h"
 #include "model/OutputDevice.h"
 #include "model/Parameter.h"
+#include "observer/DeliveryObserver.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamParser.h"
 #include "translator/GeqLayout.h"
@@ -57,24 +57,25 @@ private:
 };
 
 // Tells the thread's delivery listener, if there is one, what the calls that follow carry. Made
-// once per operation: with nobody listening, each report is a test of a null pointer.
+// once per operation: with nobody listening, each report is a test of a null pointer, and
+// without the report built in, nothing.
 class DeliveryReport {
 public:
     DeliveryReport() : mObserver(DeliveryObserver::current()) {}
 
     void blob(DeliveredBlob blob, int profileId, const std::string& device = noDevice()) const {
-        if (mObserver != nullptr) {
+        if (kLoadReport && mObserver != nullptr) {
             mObserver->onBlob(blob, profileId, device);
         }
     }
     void entry(int index, Delivery how, int profileId = 0,
                const std::string& device = noDevice()) const {
-        if (mObserver != nullptr) {
+        if (kLoadReport && mObserver != nullptr) {
             mObserver->onEntry(index, how, profileId, device);
         }
     }
     void effectValues(Delivery how, int profileId, const std::string& device = noDevice()) const {
-        if (mObserver != nullptr) {
+        if (kLoadReport && mObserver != nullptr) {
             mObserver->onEffectValues(how, profileId, device);
         }
     }

@@ -1,26 +1,33 @@
 # Writes the source lists that Android.bp must keep in step with, to
 # ${PROJECT_BINARY_DIR}/android-bp-sources.txt, one "<kind> <target> <path>" line each (paths
 # relative to the source root):
-#   product  the objects of libspatializerparamstorage (every korva_subsystem)
-#   engine   the host stand-in of the engine's parameter library, which the device tests link
-#   support  the shared test support library
-#   test     each test program below tests/
+#   product      the objects of libspatializerparamstorage (every korva_subsystem), without:
+#   report       the load report's sources, which the device library is built without
+#   engine       the host stand-in of the engine's parameter library, which the device tests link
+#   support      the shared test support library
+#   test         each test program below tests/
+#   report-test  each test program that listens to loads, built with the report
 # scripts/check-android-bp.py regenerates Android.bp from this list (--write) or checks it, and
 # runs as the ctest test android_bp_in_step. Include it after the tests are added.
 
 function(_korva_bp_sources kind target out_var)
     get_target_property(sources ${target} SOURCES)
     get_target_property(dir ${target} SOURCE_DIR)
+    get_target_property(report_sources ${target} KORVA_REPORT_SOURCES)
     set(lines ${${out_var}})
     foreach(source IN LISTS sources)
         if(NOT source MATCHES "\\.(cpp|cc|c)$")
             continue()
         endif()
+        set(source_kind ${kind})
+        if(report_sources AND source IN_LIST report_sources)
+            set(source_kind report)
+        endif()
         if(NOT IS_ABSOLUTE "${source}")
             set(source "${dir}/${source}")
         endif()
         file(RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${source}")
-        list(APPEND lines "${kind} ${target} ${relative}")
+        list(APPEND lines "${source_kind} ${target} ${relative}")
     endforeach()
     set(${out_var} ${lines} PARENT_SCOPE)
 endfunction()
@@ -58,7 +65,12 @@ if(KORVA_BUILD_TESTS)
     _korva_bp_sources(support korva_test_support korva_bp_lines)
     _korva_bp_executables("${PROJECT_SOURCE_DIR}/tests" korva_bp_tests)
     foreach(target IN LISTS korva_bp_tests)
-        _korva_bp_sources(test ${target} korva_bp_lines)
+        get_target_property(needs_report ${target} KORVA_NEEDS_REPORT)
+        if(needs_report)
+            _korva_bp_sources(report-test ${target} korva_bp_lines)
+        else()
+            _korva_bp_sources(test ${target} korva_bp_lines)
+        endif()
     endforeach()
 endif()
 list(JOIN korva_bp_lines "\n" korva_bp_text)
@@ -68,7 +80,8 @@ file(WRITE "${KORVA_ANDROID_BP_SOURCES}.tmp" "${korva_bp_text}\n")
 file(COPY_FILE "${KORVA_ANDROID_BP_SOURCES}.tmp" "${KORVA_ANDROID_BP_SOURCES}" ONLY_IF_DIFFERENT)
 file(REMOVE "${KORVA_ANDROID_BP_SOURCES}.tmp")
 
-if(KORVA_BUILD_TESTS)
+# Only a build with the report lists everything Android.bp builds.
+if(KORVA_BUILD_TESTS AND KORVA_LOAD_REPORT)
     find_package(Python3 REQUIRED COMPONENTS Interpreter)
     add_test(NAME android_bp_in_step
              COMMAND ${Python3_EXECUTABLE} "${PROJECT_SOURCE_DIR}/scripts/check-android-bp.py"

@@ -19,7 +19,7 @@ install(TARGETS ${korva_install_targets}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/spatializerparamstorage)
 
-foreach(dir store cache reader model translator engine)
+foreach(dir store cache reader model observer translator engine)
     if(EXISTS "${PROJECT_SOURCE_DIR}/${dir}")
         install(DIRECTORY ${dir}
                 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/spatializerparamstorage

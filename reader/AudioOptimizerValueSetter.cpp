@@ -16,17 +16,15 @@ AudioOptimizerValueSetter::AudioOptimizerValueSetter(std::string nodeName,
 
 void AudioOptimizerValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<std::vector<int>> columns(kAttrNames.size());
-    // The band elements are kept only for a listener, to say where each value came from.
+    // The band elements say where each value came from.
     std::vector<const xmlNode*> bands;
-    const bool observed = LoadObserver::current() != nullptr;
-    const auto rows =
-        NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", observed ? &bands : nullptr);
+    const auto rows = NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", &bands);
     // Every band fills one slot of every column.
     for (std::vector<int>& column : columns) {
         column.reserve(rows.size());
     }
     for (size_t row = 0; row < rows.size(); row++) {
-        const xmlNode* element = observed ? bands[row] : nullptr;
+        const xmlNode* element = bands[row];
         for (size_t i = 0; i < rows[row].size(); i++) {
             columns[i].push_back(ReadTrace::readInt(element, kAttrNames[i].c_str(), rows[row][i]));
         }

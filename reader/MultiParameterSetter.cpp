@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 #include "reader/String2Int.h"
 
 namespace korva {

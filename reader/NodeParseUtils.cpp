@@ -4,69 +4,46 @@
 
 #include <cstring>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
 namespace korva {
 namespace NodeParseUtils {
 
-namespace {
-
-// Readers for a load that nobody listens to, the usual one: the same values, read where the
-// document holds the text (every parameter element of a file goes through one of them).
-int parseValueUnobserved(TagIterator& iterator) {
+int parseValue(TagIterator& iterator) {
     std::string scratch;
     const char* text = iterator.attributeText("value", scratch);
-    if (text == nullptr || strcmp(text, "false") == 0) {
+    if (text == nullptr) {
         return 0;
     }
-    return strcmp(text, "true") == 0 ? 1 : string2Int(text);
+    if (strcmp(text, "true") == 0) {
+        ReadTrace::word(iterator.currentNode(), "value", text, 1);
+        return 1;
+    }
+    if (strcmp(text, "false") == 0) {
+        ReadTrace::word(iterator.currentNode(), "value", text, 0);
+        return 0;
+    }
+    return ReadTrace::readInt(iterator.currentNode(), "value", text);
 }
 
-std::vector<int> parseDataRowUnobserved(TagIterator& iterator) {
-    std::string scratch;
-    std::vector<int> row;
-    if (const char* text = iterator.firstAttributeText(scratch)) {
-        string2IntVector(text, row);
-    }
-    return row;
+namespace {
+
+// Reads the text of the element's first attribute as a list of ints appended to out; the
+// element's other attributes are passed over.
+void readFirstAttributeList(const xmlNode* element, const char* text, std::vector<int>& out) {
+    ReadTrace::ignoredAfterFirst(element);
+    ReadTrace::readIntList(element, ReadTrace::firstAttributeName(element), text, out);
 }
 
 }  // namespace
 
-int parseValue(TagIterator& iterator) {
-    if (LoadObserver::current() == nullptr) {
-        return parseValueUnobserved(iterator);
-    }
-    static const std::vector<std::string> kValueName = {"value"};
-    std::vector<std::string> value;
-    iterator.parseNodeWithName(kValueName, value);
-    if (value.empty()) {
-        return 0;
-    }
-    if (value[0] == "true") {
-        ReadTrace::word(iterator.currentNode(), "value", value[0], 1);
-        return 1;
-    }
-    if (value[0] == "false") {
-        ReadTrace::word(iterator.currentNode(), "value", value[0], 0);
-        return 0;
-    }
-    return ReadTrace::readInt(iterator.currentNode(), "value", value[0]);
-}
-
 std::vector<int> parseDataRow(TagIterator& iterator) {
-    if (LoadObserver::current() == nullptr) {
-        return parseDataRowUnobserved(iterator);
-    }
-    std::vector<std::string> attributes;
-    iterator.parseNodeAll(attributes);
+    std::string scratch;
     std::vector<int> row;
-    if (!attributes.empty()) {
-        const xmlNode* element = iterator.currentNode();
-        ReadTrace::ignoredAfterFirst(element);
-        ReadTrace::readIntList(element, ReadTrace::firstAttributeName(element), attributes[0], row);
+    if (const char* text = iterator.firstAttributeText(scratch)) {
+        readFirstAttributeList(iterator.currentNode(), text, row);
     }
     return row;
 }
@@ -81,22 +58,11 @@ std::vector<int> parseMixMatrix(TagIterator& iterator) {
     }
     ReadTrace::structure(iterator.currentNode(), Structure::kSetterLevel);
     iterator.childrenNext();
-    const bool observed = LoadObserver::current() != nullptr;
     std::string scratch;
     for (; iterator.isCurValid(); iterator.next()) {
-        if (!observed) {
-            if (const char* text = iterator.firstAttributeText(scratch)) {
-                string2IntVector(text, matrix);
-            }
-            continue;
-        }
-        std::vector<std::string> row;
-        iterator.parseNodeAll(row);
-        if (!row.empty()) {
-            const xmlNode* element = iterator.currentNode();
-            ReadTrace::structure(element, Structure::kSetterRow);
-            ReadTrace::ignoredAfterFirst(element);
-            ReadTrace::readIntList(element, ReadTrace::firstAttributeName(element), row[0], matrix);
+        if (const char* text = iterator.firstAttributeText(scratch)) {
+            ReadTrace::structure(iterator.currentNode(), Structure::kSetterRow);
+            readFirstAttributeList(iterator.currentNode(), text, matrix);
         }
     }
     iterator.popNode();

@@ -5,6 +5,7 @@
 #include "model/ParameterValues.h"
 #include "reader/NodeInfo.h"
 #include "reader/String2Int.h"
+#include "reader/TagIterator.h"
 
 namespace korva {
 namespace ReadTrace {
@@ -38,12 +39,6 @@ void sweep(LoadObserver& observer, const xmlNode* node, Skip why) {
 }
 
 }  // namespace
-
-const char* firstAttributeName(const xmlNode* element) {
-    return element != nullptr && element->type == XML_ELEMENT_NODE && element->properties != nullptr
-               ? reinterpret_cast<const char*>(element->properties->name)
-               : nullptr;
-}
 
 namespace observed {
 
@@ -99,6 +94,35 @@ void record(LoadObserver& observer, const xmlNode* element, const ParameterValue
             RecordKind kind) {
     tSeen.insert(element);
     observer.onRecord(element, record, kind);
+}
+
+void attributes(LoadObserver& observer, const xmlNode* element,
+                const std::vector<std::string>& names) {
+    std::vector<bool> found(names.size());
+    for (const xmlAttr* attribute = element->properties; attribute != nullptr;
+         attribute = attribute->next) {
+        const char* name = reinterpret_cast<const char*>(attribute->name);
+        const std::string text = attributeValue(element, attribute);
+        bool used = names.empty();
+        for (size_t i = 0; i < names.size(); i++) {
+            if (names[i] == name) {
+                found[i] = true;
+                used = true;
+                observer.onAttribute(element, name, text, AttributeRead::kRead);
+            }
+        }
+        if (names.empty()) {
+            observer.onAttribute(element, name, text, AttributeRead::kRead);
+        } else if (!used) {
+            observer.onAttribute(element, name, text, AttributeRead::kIgnored);
+        }
+    }
+    static const std::string kEmpty;
+    for (size_t i = 0; i < found.size(); i++) {
+        if (!found[i]) {
+            observer.onAttribute(element, names[i].c_str(), kEmpty, AttributeRead::kMissing);
+        }
+    }
 }
 
 void ignoredAfterFirst(LoadObserver& observer, const xmlNode* element) {

@@ -17,26 +17,21 @@ RegulatorTuningValueSetter::RegulatorTuningValueSetter(std::string nodeName,
 void RegulatorTuningValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     constexpr size_t kIsolatedBand = 3;
     std::vector<std::vector<int>> columns(kAttrNames.size());
-    // The band elements are kept only for a listener, to say where each value came from.
+    // The band elements say where each value came from.
     std::vector<const xmlNode*> bands;
-    const bool observed = LoadObserver::current() != nullptr;
-    const auto rows =
-        NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", observed ? &bands : nullptr);
+    const auto rows = NodeParseUtils::parseChildRows(iterator, 1, kAttrNames, "", &bands);
     // Every band fills one slot of every column.
     for (std::vector<int>& column : columns) {
         column.reserve(rows.size());
     }
     for (size_t row = 0; row < rows.size(); row++) {
         const std::vector<std::string>& band = rows[row];
-        const xmlNode* element = observed ? bands[row] : nullptr;
+        const xmlNode* element = bands[row];
         for (size_t i = 0; i < band.size(); i++) {
             const char* name = kAttrNames[i].c_str();
             if (i == kIsolatedBand) {
                 const int flag = band[i] == "true" ? 1 : 0;
-                if (observed) {
-                    ReadTrace::keyword(element, name, band[i], flag,
-                                       flag == 1 || band[i] == "false");
-                }
+                ReadTrace::keyword(element, name, band[i], flag, flag == 1 || band[i] == "false");
                 columns[i].push_back(flag);
             } else {
                 columns[i].push_back(ReadTrace::readInt(element, name, band[i]));

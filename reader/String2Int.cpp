@@ -104,6 +104,7 @@ size_t intListEnd(const std::string& text, std::vector<int>& out) {
     return static_cast<size_t>(at - text.data());
 }
 
+#ifdef KORVA_LOAD_REPORT
 NumberRead classifyInt(const std::string& text) {
     int value = 0;
     bool ok = false;
@@ -125,5 +126,6 @@ NumberRead classifyInt(const std::string& text) {
     }
     return at == end ? NumberRead::kWhole : NumberRead::kPart;
 }
+#endif  // KORVA_LOAD_REPORT
 
 }  // namespace korva

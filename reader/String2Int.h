@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 
 namespace korva {
 
@@ -27,7 +27,9 @@ void string2IntVector(const char* text, std::vector<int>& out);
 // As string2IntVector; returns where reading stopped (the text's size when it read to the end,
 // a trailing separator included).
 size_t intListEnd(const std::string& text, std::vector<int>& out);
+#ifdef KORVA_LOAD_REPORT
 // How string2Int reads the text, for the load's report.
 NumberRead classifyInt(const std::string& text);
+#endif
 
 }  // namespace korva

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
 
@@ -31,7 +31,7 @@ bool isShadowed(const xmlNode* node, const xmlAttr* attribute) {
 // Reads one attribute value of an element; a value libxml2 cannot give reads as empty. The
 // usual value, one text node, is copied straight from the tree: going through xmlGetProp would
 // look the name up again and copy the text twice, once per attribute of the whole file.
-std::string attributeValue(xmlNode* node, const xmlAttr* attribute) {
+std::string readAttributeValue(const xmlNode* node, const xmlAttr* attribute) {
     const xmlNode* text = attribute->children;
     if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
         !isShadowed(node, attribute)) {
@@ -41,54 +41,23 @@ std::string attributeValue(xmlNode* node, const xmlAttr* attribute) {
     return toString(value.get());
 }
 
-// attributeValue without the copy where the tree holds the text whole; else the copy goes into
-// scratch.
-const char* attributeTextOf(xmlNode* node, const xmlAttr* attribute, std::string& scratch) {
+// readAttributeValue without the copy where the tree holds the text whole; else the copy goes
+// into scratch.
+const char* attributeTextOf(const xmlNode* node, const xmlAttr* attribute, std::string& scratch) {
     const xmlNode* text = attribute->children;
     if (text != nullptr && text->next == nullptr && text->type == XML_TEXT_NODE &&
         !isShadowed(node, attribute)) {
         return text->content != nullptr ? reinterpret_cast<const char*>(text->content) : "";
     }
-    scratch = attributeValue(node, attribute);
+    scratch = readAttributeValue(node, attribute);
     return scratch.c_str();
 }
 
-// parseNodeWithName for a listener: the same reading, and an account of every attribute asked
-// for, read or left unused.
-void readObserved(xmlNode* node, const std::vector<std::string>& names,
-                  std::vector<std::string>& out, LoadObserver& observer) {
-    std::vector<bool> found(names.size());
-    for (const xmlAttr* attribute = node->properties; attribute != nullptr;
-         attribute = attribute->next) {
-        const char* name = reinterpret_cast<const char*>(attribute->name);
-        if (names.empty()) {
-            out.push_back(attributeValue(node, attribute));
-            observer.onAttribute(node, name, out.back(), AttributeRead::kRead);
-            continue;
-        }
-        bool used = false;
-        for (size_t i = 0; i < names.size(); i++) {
-            if (names[i] == name) {
-                out[i] = attributeValue(node, attribute);
-                found[i] = true;
-                used = true;
-                observer.onAttribute(node, name, out[i], AttributeRead::kRead);
-            }
-        }
-        if (!used) {
-            observer.onAttribute(node, name, attributeValue(node, attribute),
-                                 AttributeRead::kIgnored);
-        }
-    }
-    static const std::string kEmpty;
-    for (size_t i = 0; i < found.size(); i++) {
-        if (!found[i]) {
-            observer.onAttribute(node, names[i].c_str(), kEmpty, AttributeRead::kMissing);
-        }
-    }
-}
-
 }  // namespace
+
+std::string attributeValue(const xmlNode* node, const xmlAttr* attribute) {
+    return readAttributeValue(node, attribute);
+}
 
 int TagIterator::mInstanceCount = 0;
 
@@ -214,7 +183,7 @@ void TagIterator::parseNodeIntVector(std::vector<int>& out) {
     LoadObserver* observer = LoadObserver::current();
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
-        const std::string text = attributeValue(mCurrent, attribute);
+        const std::string text = readAttributeValue(mCurrent, attribute);
         out.push_back(string2Int(text));
         if (observer != nullptr) {
             const char* name = reinterpret_cast<const char*>(attribute->name);
@@ -236,14 +205,10 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
     if (!names.empty()) {
         out.resize(names.size());
     }
-    if (LoadObserver* observer = LoadObserver::current()) {
-        readObserved(mCurrent, names, out, *observer);
-        return;
-    }
     for (const xmlAttr* attribute = mCurrent->properties; attribute != nullptr;
          attribute = attribute->next) {
         if (names.empty()) {
-            out.push_back(attributeValue(mCurrent, attribute));
+            out.push_back(readAttributeValue(mCurrent, attribute));
             continue;
         }
         // Lengths first: most names differ in length, and this runs for every attribute read.
@@ -251,10 +216,11 @@ void TagIterator::parseNodeWithName(const std::vector<std::string>& names,
         const size_t length = strlen(name);
         for (size_t i = 0; i < names.size(); i++) {
             if (names[i].size() == length && memcmp(names[i].data(), name, length) == 0) {
-                out[i] = attributeValue(mCurrent, attribute);
+                out[i] = readAttributeValue(mCurrent, attribute);
             }
         }
     }
+    ReadTrace::attributes(mCurrent, names);
 }
 
 const char* TagIterator::attributeText(const char* name, std::string& scratch) {
@@ -269,6 +235,7 @@ const char* TagIterator::attributeText(const char* name, std::string& scratch) {
             text = attributeTextOf(mCurrent, attribute, scratch);
         }
     }
+    ReadTrace::attribute(mCurrent, name);
     return text;
 }
 
@@ -276,7 +243,11 @@ const char* TagIterator::firstAttributeText(std::string& scratch) {
     if (!isReadableElement() || mCurrent->properties == nullptr) {
         return nullptr;
     }
-    return attributeTextOf(mCurrent, mCurrent->properties, scratch);
+    const char* text = attributeTextOf(mCurrent, mCurrent->properties, scratch);
+    // Read as parseNodeAll reads: a listener hears of every attribute.
+    static const std::vector<std::string> kEvery;
+    ReadTrace::attributes(mCurrent, kEvery);
+    return text;
 }
 
 void TagIterator::clearAll() {

@@ -13,6 +13,10 @@
 
 namespace korva {
 
+// The value of one attribute of the element as the readers below give it; a value libxml2 cannot
+// give reads as empty.
+std::string attributeValue(const xmlNode* node, const xmlAttr* attribute);
+
 class TagIterator {
 public:
     TagIterator();
@@ -54,10 +58,10 @@ public:
     // Frees the document and forgets every node of it. The node stack is left alone.
     void clearAll();
 
-    // For the reader's own value readers when nobody listens (a listener hears every attribute
-    // through the readers above): the text that parseNodeWithName({name}) would give, pointing
-    // into the document when it holds the text whole and into scratch otherwise. Null, with the
-    // same log line, when the cursor is on no node; null on a node that is not an element.
+    // For the reader's own value readers: the text that parseNodeWithName({name}) would give,
+    // pointing into the document when it holds the text whole and into scratch otherwise, and
+    // reported as it would report it. Null, with the same log line, when the cursor is on no
+    // node; null on a node that is not an element.
     const char* attributeText(const char* name, std::string& scratch);
     // As attributeText for the first attribute, whatever its name: the first value that
     // parseNodeAll would give. Null as above, and on an element without attributes.

@@ -41,6 +41,13 @@ int ieqPresetIdOf(const std::string& name, bool* found) {
     return 0;
 }
 
+// Whether a walk that recognises nodes by name alone can find a setter's name on the node. Text
+// and comments carry libxml2's fixed names, which no setter has, and other kinds carry none.
+bool hasDocumentName(const xmlNode* node) {
+    return node->type == XML_ELEMENT_NODE || node->type == XML_PI_NODE ||
+           node->type == XML_ENTITY_REF_NODE;
+}
+
 // Writes a value that a rule of the format decides, not the file.
 void writeByRule(const xmlNode* element, ParameterValues& record, Parameter parameter,
                  std::vector<int> values, ValueSource source) {
@@ -299,7 +306,8 @@ void TuningFileParser::parseProfile() {
     int ieqEnable = 0;
     int ieqAmount = 0;
     for (; mIterator.isCurValid(); mIterator.next()) {
-        if (!mIterator.isElementNode()) {
+        // Recognised by name alone: a processing instruction named like a parameter is read too.
+        if (!hasDocumentName(mIterator.currentNode())) {
             continue;
         }
         // The name where the document holds it: compared and looked up for every parameter.
@@ -316,7 +324,7 @@ void TuningFileParser::parseProfile() {
                 ReadTrace::setter(mIterator.currentNode(), *setter, *profile);
                 setter->set(*profile, mIterator);
             }
-        } else if (name != "endpoint_type") {
+        } else if (name != "endpoint_type" && mIterator.isElementNode()) {
             ReadTrace::skipped(mIterator.currentNode(), Skip::kNoSetter);
         }
         if (name == "endpoint_type") {
@@ -378,7 +386,7 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
     ProfileEndpoint* profileEndpoint = new ProfileEndpoint(profileId, endpoint, presetId);
     ReadTrace::record(element, *profileEndpoint, RecordKind::kProfileEndpoint);
     mIterator.childrenNext();
-    applySetters(*profileEndpoint);
+    applySetters(*profileEndpoint, NodeTest::kByName);
     mIterator.popNode();
 
     // Steering follows the dialog enhancer switch: its first value is appended to the steering
@@ -455,7 +463,7 @@ bool TuningFileParser::parseTuning() {
 
     ReadTrace::structure(mIterator.currentNode(), Structure::kTuningData);
     mIterator.childrenNext();
-    applySetters(*tuning);
+    applySetters(*tuning, NodeTest::kElements);
     mIterator.popNode();
 
     if (isVersion322()) {
@@ -481,16 +489,17 @@ void TuningFileParser::parseDeviceTuning(std::string& tuningName) {
     mDeviceTunings.insert(binding);
 }
 
-void TuningFileParser::applySetters(ParameterValues& record) {
+void TuningFileParser::applySetters(ParameterValues& record, NodeTest test) {
     for (; mIterator.isCurValid(); mIterator.next()) {
-        if (!mIterator.isElementNode()) {
+        const bool element = mIterator.isElementNode();
+        if (!(element || (test == NodeTest::kByName && hasDocumentName(mIterator.currentNode())))) {
             continue;
         }
         const char* name = reinterpret_cast<const char*>(mIterator.currentNode()->name);
         if (ValueSetter* setter = sSetterCollection->findValueSetter(name)) {
             ReadTrace::setter(mIterator.currentNode(), *setter, record);
             setter->set(record, mIterator);
-        } else {
+        } else if (element) {
             ReadTrace::skipped(mIterator.currentNode(), Skip::kNoSetter);
         }
     }

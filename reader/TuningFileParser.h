@@ -61,8 +61,12 @@ private:
     bool parseTuning();
     void parseDeviceTuning(std::string& tuningName);
 
-    // Applies the registered setter of every element from the cursor to the end of its siblings.
-    void applySetters(ParameterValues& record);
+    // Which nodes of a record's data walk are looked up: elements only, or every node with a
+    // name of the document's own (elements, processing instructions, entity references).
+    enum class NodeTest { kElements, kByName };
+    // Applies the registered setter of every node that passes the test, from the cursor to the
+    // end of its siblings.
+    void applySetters(ParameterValues& record, NodeTest test);
     // Applies the setter of that name to the element under the cursor, if there is one.
     void applySetter(const std::string& name, ParameterValues& record);
     // getIeqPresetIdByName of an attribute's text, reported with the element.

@@ -22,13 +22,15 @@ from collections import OrderedDict
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 LIBRARY = "libspatializerparamstorage"
 SRCS_GROUP = LIBRARY + "_srcs"
+REPORT_SRCS_GROUP = LIBRARY + "_report_srcs"
+REPORT_DEFAULTS = LIBRARY + "_report_defaults"
 DEFAULTS = LIBRARY + "_defaults"
 STATIC_DEFAULTS = LIBRARY + "_static_defaults"
 TEST_DEFAULTS = LIBRARY + "_test_defaults"
 ENGINE_STANDIN = LIBRARY + "_engine_standin"
 PROPERTY_STANDIN = LIBRARY + "_property_standin"
 TEST_DATA = ["tests/data/**/*", "examples/**/*"]
-KINDS = ("product", "engine", "support", "test")
+KINDS = ("product", "report", "engine", "support", "test", "report-test")
 
 
 def read_sources(path):
@@ -48,7 +50,8 @@ def read_sources(path):
 
 
 def read_fuzzers(root):
-    """Returns [(name, [sources])] of the libFuzzer targets; TOOL programs are host helpers."""
+    """Returns [(name, [sources], needs_report)] of the libFuzzer targets; TOOL programs are host
+    helpers. REPORT marks a fuzzer that listens to loads."""
     path = os.path.join(root, "fuzz", "CMakeLists.txt")
     if not os.path.exists(path):
         return []
@@ -60,7 +63,9 @@ def read_fuzzers(root):
         if not words or "TOOL" in words or "SOURCES" not in words:
             continue
         sources = words[words.index("SOURCES") + 1:]
-        fuzzers.append((words[0], [os.path.normpath("fuzz/" + s) for s in sources]))
+        sources = [s for s in sources if s != "REPORT"]
+        fuzzers.append((words[0], [os.path.normpath("fuzz/" + s) for s in sources],
+                        "REPORT" in words))
     return fuzzers
 
 
@@ -91,6 +96,7 @@ def module_name(target):
 
 def generate_bp(lists, fuzzers, root):
     product = [s for sources in lists["product"].values() for s in sources]
+    report = [s for sources in lists["report"].values() for s in sources]
     engine = [s for sources in lists["engine"].values() for s in sources]
     support = [s for sources in lists["support"].values() for s in sources]
     out = []
@@ -102,6 +108,12 @@ def generate_bp(lists, fuzzers, root):
         "// the device library: on the device libcutils and the engine's own library serve.\n\n")
     out.append(f'filegroup {{\n    name: "{SRCS_GROUP}",\n')
     out.append(string_list("srcs", sorted(product)))
+    out.append("}\n\n")
+    out.append(
+        "// The load report: the listeners of loads and deliveries, which the workstation tool and\n"
+        "// some tests and fuzzers use. The device library is built without it.\n"
+        f'filegroup {{\n    name: "{REPORT_SRCS_GROUP}",\n')
+    out.append(string_list("srcs", sorted(report)))
     out.append("}\n\n")
     out.append(
         "cc_defaults {\n"
@@ -163,15 +175,25 @@ def generate_bp(lists, fuzzers, root):
         "    // Every test case in a process of its own, as on the host: the store is a\n"
         "    // process-wide singleton that is never destroyed.\n"
         "    isolated: true,\n"
+        "}\n\n")
+    out.append(
+        "// Added to the defaults of a program that listens to loads.\n"
+        "cc_defaults {\n"
+        f'    name: "{REPORT_DEFAULTS}",\n'
+        f'    srcs: [":{REPORT_SRCS_GROUP}"],\n'
+        '    cflags: ["-DKORVA_LOAD_REPORT"],\n'
         "}\n")
-    for target, sources in lists["test"].items():
+    tests = [(target, sources, False) for target, sources in lists["test"].items()]
+    tests += [(target, sources, True) for target, sources in lists["report-test"].items()]
+    for target, sources, needs_report in tests:
         name = module_name(target)
         # The test runner pushes a module and its data to /data/local/tmp/<module>/.
         device_dir = f"/data/local/tmp/{name}"
         out.append(
             "\ncc_test {\n"
-            f'    name: "{name}",\n'
-            f'    defaults: ["{TEST_DEFAULTS}"],\n')
+            f'    name: "{name}",\n')
+        out.append(string_list("defaults",
+                               [TEST_DEFAULTS] + ([REPORT_DEFAULTS] if needs_report else [])))
         out.append(string_list("srcs", sources))
         out.append(string_list("cflags", [
             cflag_define("KORVA_TEST_DATA_DIR", f"{device_dir}/tests/data"),
@@ -182,11 +204,12 @@ def generate_bp(lists, fuzzers, root):
     dictionaries = []
     if os.path.isdir(fuzz_dir):
         dictionaries = sorted(f for f in os.listdir(fuzz_dir) if f.endswith(".dict"))
-    for target, sources in fuzzers:
+    for target, sources, needs_report in fuzzers:
         out.append(
             "\ncc_fuzz {\n"
-            f'    name: "{module_name(target)}",\n'
-            f'    defaults: ["{STATIC_DEFAULTS}"],\n')
+            f'    name: "{module_name(target)}",\n')
+        out.append(string_list("defaults",
+                               [STATIC_DEFAULTS] + ([REPORT_DEFAULTS] if needs_report else [])))
         out.append(string_list("srcs", sources))
         # A dictionary serves the fuzzers whose name carries its stem (tuning.dict: *_tuning_*).
         for dictionary in dictionaries:
@@ -199,7 +222,8 @@ def generate_bp(lists, fuzzers, root):
 
 
 def generate_test_mapping(lists):
-    mapping = {"presubmit": [{"name": module_name(t)} for t in lists["test"]]}
+    tests = list(lists["test"]) + list(lists["report-test"])
+    mapping = {"presubmit": [{"name": module_name(t)} for t in tests]}
     return json.dumps(mapping, indent=2) + "\n"
 
 
@@ -215,6 +239,8 @@ def bp_sources(text, module_kind, name):
 def report_product_drift(committed, lists):
     built = {s for sources in lists["product"].values() for s in sources}
     listed = bp_sources(committed, "filegroup", SRCS_GROUP)
+    for source in sorted(built & bp_sources(committed, "filegroup", REPORT_SRCS_GROUP)):
+        print(f"  a library source, listed with the report in Android.bp: {source}")
     for source in sorted(built - listed):
         print(f"  built by CMake, missing from Android.bp: {source}")
     for source in sorted(listed - built):

@@ -11,9 +11,9 @@
 
 #include "model/CreationOrder.h"
 #include "model/DeviceData.h"
-#include "model/LoadObserver.h"
 #include "model/OutputDevice.h"
 #include "model/Parameter.h"
+#include "observer/LoadObserver.h"
 #include "reader/TuningFileParser.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArray.h"

@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "model/LoadObserver.h"
 #include "model/Parameter.h"
+#include "observer/LoadObserver.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "cache/DeliveryObserver.h"
 #include "engine/RecordingEffect.h"
+#include "observer/DeliveryObserver.h"
 
 namespace korva::tool {
 

@@ -11,8 +11,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "model/LoadObserver.h"
 #include "model/Parameter.h"
+#include "observer/LoadObserver.h"
 
 namespace korva::tool {
 

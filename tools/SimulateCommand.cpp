@@ -6,9 +6,9 @@
 #include <memory>
 #include <utility>
 
-#include "cache/DeliveryObserver.h"
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
+#include "observer/DeliveryObserver.h"
 #include "reader/String2Int.h"
 #include "tools/BlobDecoder.h"
 #include "tools/BlobsCommand.h"

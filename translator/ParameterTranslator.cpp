@@ -1,11 +1,12 @@
 #include "translator/ParameterTranslator.h"
 
 #include <algorithm>
-#include <map>
+#include <bitset>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
-#include "model/LoadObserver.h"
+#include "observer/LoadObserver.h"
 
 namespace korva {
 
@@ -27,38 +28,82 @@ void ParameterTranslator::onParameterChanged(Parameter parameter) {
     }
 }
 
-void ParameterTranslator::translatePending(SetParamCommand& cmd) {
-    LoadObserver* observer = LoadObserver::current();
-    for (Translator* translator : mPending) {
-        translate(*translator, cmd, observer);
-    }
-    mPending.clear();
-}
+namespace {
 
-void ParameterTranslator::translate(Translator& translator, SetParamCommand& cmd,
-                                    LoadObserver* observer) {
-    if (observer == nullptr) {
-        translator.vexTranslate(cmd, *mSource, mEndpoint, mMono);
-    } else {
-        translateObserved(translator, cmd, *observer);
-    }
-}
-
-void ParameterTranslator::translateObserved(Translator& translator, SetParamCommand& cmd,
-                                            LoadObserver& observer) {
-    // What the translator changes in the record shows against a copy taken before it runs.
-    const std::map<Parameter, std::vector<int>> before = mSource->values;
-    const int first = cmd.mCount;
-    translator.vexTranslate(cmd, *mSource, mEndpoint, mMono);
-    for (const auto& [parameter, values] : mSource->values) {
-        auto was = before.find(parameter);
-        if (was == before.end()) {
-            observer.onValue(nullptr, *mSource, parameter, values, ValueSource::kTranslatorEmpty);
-        } else if (was->second != values) {
-            observer.onValue(nullptr, *mSource, parameter, values, ValueSource::kTranslator);
+// What a translator did to a record, for a load's listener: the entries it added (reading a
+// parameter the record lacked) and the sources it changed, then the entries it put in the
+// command. Taken only when someone listens; a translator writes nothing but its own sources.
+class TranslationTrace {
+public:
+    TranslationTrace(LoadObserver& observer, Translator& translator, const ParameterValues& record,
+                     const SetParamCommand& cmd)
+        : mObserver(observer), mTranslator(translator), mRecord(record), mFirst(cmd.mCount) {
+        for (const auto& entry : record.values) {
+            mHeld[entry.first] = true;
+        }
+        for (Parameter parameter : translator.getSrcParams()) {
+            auto it = record.values.find(parameter);
+            if (it != record.values.end()) {
+                mSources.emplace_back(parameter, it->second);
+            }
         }
     }
-    observer.onTranslated(translator, *mSource, cmd.mDeviceId, first, cmd.mCount);
+
+    void report(const SetParamCommand& cmd) {
+        for (const auto& [parameter, values] : mRecord.values) {
+            if (!mHeld[parameter]) {
+                mObserver.onValue(nullptr, mRecord, parameter, values,
+                                  ValueSource::kTranslatorEmpty);
+            } else if (changed(parameter, values)) {
+                mObserver.onValue(nullptr, mRecord, parameter, values, ValueSource::kTranslator);
+            }
+        }
+        mObserver.onTranslated(mTranslator, mRecord, cmd.mDeviceId, mFirst, cmd.mCount);
+    }
+
+private:
+    bool changed(Parameter parameter, const std::vector<int>& values) const {
+        for (const auto& [source, before] : mSources) {
+            if (source == parameter) {
+                return before != values;
+            }
+        }
+        return false;
+    }
+
+    LoadObserver& mObserver;
+    Translator& mTranslator;
+    const ParameterValues& mRecord;
+    const int mFirst;
+    std::bitset<kNumParameters> mHeld;
+    std::vector<std::pair<Parameter, std::vector<int>>> mSources;
+};
+
+// The translators of one record, in order; the load's listener, when there is one, hears what
+// each changed in the record and which entries it added. The record is read only when there is
+// a translator to run: nothing may have been set to translate.
+template <typename Translators>
+void translateEach(const Translators& translators, SetParamCommand& cmd, ParameterValues* record,
+                   Endpoint endpoint, bool mono) {
+    LoadObserver* observer = LoadObserver::current();
+    for (Translator* translator : translators) {
+        if constexpr (kLoadReport) {
+            if (observer != nullptr) {
+                TranslationTrace trace(*observer, *translator, *record, cmd);
+                translator->vexTranslate(cmd, *record, endpoint, mono);
+                trace.report(cmd);
+                continue;
+            }
+        }
+        translator->vexTranslate(cmd, *record, endpoint, mono);
+    }
+}
+
+}  // namespace
+
+void ParameterTranslator::translatePending(SetParamCommand& cmd) {
+    translateEach(mPending, cmd, mSource, mEndpoint, mMono);
+    mPending.clear();
 }
 
 void ParameterTranslator::translateAll(SetParamCommand& cmd) {
@@ -82,10 +127,7 @@ void ParameterTranslator::translateAll(SetParamCommand& cmd) {
     std::sort(queue.begin(), queue.end(), TranslatorOrder());
     queue.erase(std::unique(queue.begin(), queue.end()), queue.end());
     mPending.clear();
-    LoadObserver* observer = LoadObserver::current();
-    for (Translator* translator : queue) {
-        translate(*translator, cmd, observer);
-    }
+    translateEach(queue, cmd, mSource, mEndpoint, mMono);
 }
 
 }  // namespace korva

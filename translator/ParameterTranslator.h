@@ -2,9 +2,9 @@
 // parameters feed, then runs each of them once.
 #pragma once
 
-#include "model/LoadObserver.h"
 #include "model/Parameter.h"
 #include "model/ParameterValues.h"
+#include "observer/LoadObserver.h"
 #include "translator/SetParamCommand.h"
 #include "translator/Translator.h"
 #include "translator/TranslatorCollection.h"
@@ -32,11 +32,6 @@ public:
     static TranslatorCollection* sTranslatorCollection;
 
 private:
-    // Runs one translator on the source, through translateObserved when someone listens.
-    void translate(Translator& translator, SetParamCommand& cmd, LoadObserver* observer);
-    // As vexTranslate, telling the load's listener what it changed and which entries it added.
-    void translateObserved(Translator& translator, SetParamCommand& cmd, LoadObserver& observer);
-
     TranslatorSet mPending;
     ParameterValues* mSource;
     Endpoint mEndpoint;

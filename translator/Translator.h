@@ -17,7 +17,8 @@ public:
     // The parameters this translator consumes.
     virtual std::vector<Parameter>& getSrcParams() = 0;
     // Reads the sources from values (inserting an empty list for a missing one) and adds
-    // entries to cmd with its current device id.
+    // entries to cmd with its current device id. Of the record's values, only the sources may
+    // change.
     virtual void vexTranslate(SetParamCommand& cmd, ParameterValues& values, Endpoint endpoint,
                               bool mono) = 0;
 

@@ -13,15 +13,17 @@ SCRIPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "s
 BASE_LIST = [
     "product korva_model model/Parameter.cpp",
     "product korva_store store/SpatializerParamArray.cpp",
+    "report korva_observer observer/LoadObserver.cpp",
     "engine vexparamstore engine/VexParamStore.cpp",
     "support korva_test_support tests/support/LogCapture.cpp",
     "test model_tests tests/model/ParameterValuesTest.cpp",
+    "report-test store_observer_tests tests/store/LoadObserverTest.cpp",
 ]
 
 FUZZ_CMAKE = """# korva_add_fuzzer(<name> [TOOL] SOURCES <files...>)
 function(korva_add_fuzzer name)
 endfunction()
-korva_add_fuzzer(fuzz_tuning_file SOURCES TuningFileFuzzer.cpp)
+korva_add_fuzzer(fuzz_tuning_file REPORT SOURCES TuningFileFuzzer.cpp)
 korva_add_fuzzer(fuzz_blob
                  SOURCES BlobFuzzer.cpp)
 korva_add_fuzzer(fuzz_seed_dump TOOL SOURCES SeedDump.cpp)
@@ -77,6 +79,10 @@ class CheckAndroidBpTest(unittest.TestCase):
             ("test source added",
              BASE_LIST + ["test model_tests tests/model/RecordsTest.cpp"],
              ["+        \"tests/model/RecordsTest.cpp\","]),
+            ("report source built into the library",
+             [line.replace("report korva_observer", "product korva_observer")
+              for line in BASE_LIST],
+             ["built by CMake, missing from Android.bp: observer/LoadObserver.cpp"]),
             ("engine stand-in source added",
              BASE_LIST + ["engine vexparamstore engine/EffectParamParser.cpp"],
              ["+        \"engine/EffectParamParser.cpp\","]),
@@ -109,8 +115,23 @@ class CheckAndroidBpTest(unittest.TestCase):
         self.assertIn('"model/Parameter.cpp"', group)
         self.assertNotIn("engine/", group)
         self.assertNotIn("platform/", group)
+        self.assertNotIn("observer/", group)
         # Test and fuzz programs read properties from the in-process stand-in, on a device too.
         self.assertIn('whole_static_libs: ["libspatializerparamstorage_property_standin"]', bp)
+
+    def test_only_the_programs_that_listen_build_the_report(self):
+        bp = self.read("Android.bp")
+
+        def module(name):
+            text = bp[bp.index(f'name: "libspatializerparamstorage_{name}"'):]
+            return text[:text.index("\n}\n")]
+        for name, listens in [("store_observer_tests", True), ("model_tests", False),
+                              ("fuzz_tuning_file", True), ("fuzz_blob", False)]:
+            with self.subTest(name):
+                self.assertEqual(listens,
+                                 '"libspatializerparamstorage_report_defaults"' in module(name))
+        self.assertIn('"libspatializerparamstorage_store_observer_tests"',
+                      self.read("TEST_MAPPING"))
 
     def test_fuzzers_come_from_the_fuzz_build_without_its_tools(self):
         bp = self.read("Android.bp")

@@ -217,6 +217,16 @@ TEST(TuningFileParserTest, DocumentsGiveTheirRecords) {
          "tuning speaker speaker: dynamic_speaker_optimization_enable=0 orientation=0 "
          "output_channels=0 regulator_enable=1\n",
          {}},
+        // Nodes named like a parameter that are not elements: the profile's wrapper and its
+        // endpoints call their setters, which read 0; a tuning's data passes over them.
+        {"processing-instructions.xml",
+         "format=3.4.0 tool= orbex=0 profiles=1 names: 0:p\n"
+         "profile 0 p: volume_modeler_enable=0\n"
+         "endpoint 0 speaker ieq 0: dialog_enhancer_amount=0 dialog_enhancer_enable= "
+         "mi_dialog_enhancer_steering_enable= surround_boost=0 virtual_bass_type=1\n"
+         "tuning speaker speaker: dynamic_speaker_optimization_enable=0 orientation=0 "
+         "output_channels=0 regulator_enable=1\n",
+         {}},
         {"empty-root.xml", "format= tool= orbex=0 profiles=0 names:\n", {}},
     };
     for (const auto& [file, records, messages] : cases) {

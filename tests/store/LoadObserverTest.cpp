@@ -6,8 +6,8 @@
 
 #include "ScopedHostRoot.h"
 #include "model/DeviceTuning.h"
-#include "model/LoadObserver.h"
 #include "model/ParameterValues.h"
+#include "observer/LoadObserver.h"
 #include "reader/NodeInfo.h"
 #include "store/SpatializerParamArray.h"
 

@@ -4,18 +4,19 @@
 // the reader, the value setters, the translators and the loader call it as they work.
 //
 // Events carry the library's own data (libxml2 nodes, records, the strings it already holds) and
-// no formatted text. With nobody registered, each event costs one test of a process-wide count.
+// no formatted text. With nobody registered, each event costs one test of a process-wide count;
+// in a build without the report (observer/ListenerRegistry.h) it costs nothing.
 // Nodes and records are valid only during the call: copy what is needed.
 #pragma once
 
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 
-#include <atomic>
 #include <string>
 #include <vector>
 
 #include "model/Parameter.h"
+#include "observer/ListenerRegistry.h"
 
 namespace korva {
 
@@ -119,7 +120,7 @@ struct BlobKey {
     const std::string& device;
 };
 
-class LoadObserver {
+class LoadObserver : public ListenerRegistry<LoadObserver> {
 public:
     virtual ~LoadObserver();
 
@@ -174,28 +175,10 @@ public:
     // A default selection that is not a tuning device of its port: every tuning is disabled.
     virtual void onDefaultSelectionMissing(int /*port*/, const std::string& /*device*/) {}
     virtual void onLoadEnd() {}
-
-    // The listener of the calling thread, or null. Costs one load of a process-wide count when
-    // nobody listens anywhere.
-    static LoadObserver* current() {
-        return sRegistered.load(std::memory_order_relaxed) == 0 ? nullptr : currentSlow();
-    }
-
-    // Registers a listener for the calling thread for the scope's lifetime.
-    class Scope {
-    public:
-        explicit Scope(LoadObserver* observer);
-        ~Scope();
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
-
-    private:
-        LoadObserver* mPrevious;
-    };
-
-private:
-    static LoadObserver* currentSlow();
-    static std::atomic<int> sRegistered;
 };
+
+#ifdef KORVA_LOAD_REPORT
+extern template class ListenerRegistry<LoadObserver>;
+#endif
 
 }  // namespace korva

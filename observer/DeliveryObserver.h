@@ -2,12 +2,13 @@
 // the effect calls that follow carry, and what the cache put in place of the entry's values on
 // the way (the user's graphic-EQ gains, a tuning device's mix matrix, the effect's own matrix).
 // A listener registers for the calling thread; with nobody registered, an operation costs one
-// test of a process-wide count.
+// test of a process-wide count, and nothing in a build without the report.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string>
+
+#include "observer/ListenerRegistry.h"
 
 namespace korva {
 
@@ -27,7 +28,7 @@ enum class Delivery : uint8_t {
     kSwitchedOff,      // instead of the entry: the single value 0
 };
 
-class DeliveryObserver {
+class DeliveryObserver : public ListenerRegistry<DeliveryObserver> {
 public:
     virtual ~DeliveryObserver();
 
@@ -42,28 +43,10 @@ public:
     // user gains of profileId (kUserGeqGains) or the mix matrix of device (kTuningMixMatrix).
     virtual void onEffectValues(Delivery /*how*/, int /*profileId*/, const std::string& /*device*/) {
     }
-
-    // The listener of the calling thread, or null. Costs one load of a process-wide count when
-    // nobody listens anywhere.
-    static DeliveryObserver* current() {
-        return sRegistered.load(std::memory_order_relaxed) == 0 ? nullptr : currentSlow();
-    }
-
-    // Registers a listener for the calling thread for the scope's lifetime.
-    class Scope {
-    public:
-        explicit Scope(DeliveryObserver* observer);
-        ~Scope();
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
-
-    private:
-        DeliveryObserver* mPrevious;
-    };
-
-private:
-    static DeliveryObserver* currentSlow();
-    static std::atomic<int> sRegistered;
 };
+
+#ifdef KORVA_LOAD_REPORT
+extern template class ListenerRegistry<DeliveryObserver>;
+#endif
 
 }  // namespace korva

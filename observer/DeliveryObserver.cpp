@@ -1,0 +1,7 @@
+#include "observer/DeliveryObserver.h"
+
+namespace korva {
+
+DeliveryObserver::~DeliveryObserver() {}
+
+}  // namespace korva

@@ -1,0 +1,7 @@
+#include "observer/LoadObserver.h"
+
+namespace korva {
+
+LoadObserver::~LoadObserver() {}
+
+}  // namespace korva
