@@ -150,5 +150,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
     }
     driveCache(peer);
+    // Back to the snapshot before returning: what the input allocated is freed within the input,
+    // so libFuzzer's malloc and free counts agree and it does not run the input again to look
+    // for a leak (a real leak still unbalances them).
+    sInitial->restore(peer);
     return 0;
 }

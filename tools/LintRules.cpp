@@ -123,11 +123,17 @@ std::string lowered(std::string text) {
 std::string closest(const std::string& name, const std::set<std::string>& candidates,
                     bool ignoreCase = false) {
     const size_t limit = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4));
+    const std::string compared = ignoreCase ? lowered(name) : name;
     std::string best;
     size_t bestDistance = limit + 1;
     for (const std::string& candidate : candidates) {
-        const size_t distance = ignoreCase ? editDistance(lowered(name), lowered(candidate))
-                                           : editDistance(name, candidate);
+        // The distance is at least the difference in length: such a candidate cannot be close.
+        const size_t longer = std::max(name.size(), candidate.size());
+        if (longer - std::min(name.size(), candidate.size()) > limit) {
+            continue;
+        }
+        const size_t distance =
+            ignoreCase ? editDistance(compared, lowered(candidate)) : editDistance(name, candidate);
         if (distance < bestDistance && candidate != name) {
             best = candidate;
             bestDistance = distance;
@@ -349,11 +355,15 @@ void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) 
         }
     }
     for (const Report::SetterEvent& setter : report.setters) {
+        // Most setters read rows below them: only those read as rows themselves are looked into.
+        if (besideRows.count(setter.node) == 0 || findingOf.count(setter.node) > 0) {
+            continue;
+        }
         const ReportedNode& element = report.node(setter.node);
         const bool first = std::none_of(besideRows.begin(), besideRows.end(), [&](int row) {
             return report.node(row).parent == element.parent && report.node(row).line < element.line;
         });
-        if (besideRows.count(setter.node) == 0 || !first || findingOf.count(setter.node) > 0) {
+        if (!first) {
             continue;
         }
         const size_t rows = std::count_if(besideRows.begin(), besideRows.end(), [&](int row) {
