@@ -24,7 +24,7 @@
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamParser.h"
 #include "tools/LintRules.h"
-#include "tools/LoadReport.h"
+#include "tools/load/LoadReport.h"
 
 namespace {
 

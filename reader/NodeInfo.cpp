@@ -1,5 +1,7 @@
 #include "reader/NodeInfo.h"
 
+#include <vector>
+
 namespace korva {
 namespace NodeInfo {
 
@@ -50,6 +52,33 @@ std::string contentOf(const xmlNode* node) {
                ? std::string(reinterpret_cast<const char*>(node->content))
                : std::string();
 }
+
+#ifdef KORVA_LOAD_REPORT
+xmlDoc* copyDocument(const xmlNode* node,
+                     std::unordered_map<const xmlNode*, xmlNode*>* counterparts) {
+    if (node == nullptr || node->doc == nullptr) {
+        return nullptr;
+    }
+    xmlDoc* copy = xmlCopyDoc(node->doc, 1);
+    if (copy == nullptr) {
+        return nullptr;
+    }
+    // The copy keeps the order of every child list, so the two trees are walked side by side.
+    std::vector<std::pair<const xmlNode*, xmlNode*>> pending{{node->doc->children, copy->children}};
+    while (!pending.empty()) {
+        auto [original, counterpart] = pending.back();
+        pending.pop_back();
+        for (; original != nullptr && counterpart != nullptr;
+             original = original->next, counterpart = counterpart->next) {
+            (*counterparts)[original] = counterpart;
+            if (original->type == XML_ELEMENT_NODE) {
+                pending.emplace_back(original->children, counterpart->children);
+            }
+        }
+    }
+    return copy;
+}
+#endif  // KORVA_LOAD_REPORT
 
 }  // namespace NodeInfo
 }  // namespace korva

@@ -5,6 +5,7 @@
 #include <libxml/tree.h>
 
 #include <string>
+#include <unordered_map>
 
 namespace korva {
 namespace NodeInfo {
@@ -29,6 +30,13 @@ bool isTextWithContent(const xmlNode* node);
 const xmlNode* parentOf(const xmlNode* node);
 // The text of a comment or text node, without the markup.
 std::string contentOf(const xmlNode* node);
+
+#ifdef KORVA_LOAD_REPORT
+// A copy of the node's whole document that a listener may edit, with each node of the document
+// paired with its counterpart in the copy; null when libxml2 cannot copy it.
+xmlDoc* copyDocument(const xmlNode* node,
+                     std::unordered_map<const xmlNode*, xmlNode*>* counterparts);
+#endif
 
 }  // namespace NodeInfo
 }  // namespace korva

@@ -13,7 +13,7 @@
 #include "tools/EntryProvenance.h"
 #include "tools/EntryView.h"
 #include "tools/NumberText.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/TextTable.h"
 
 namespace korva::tool {

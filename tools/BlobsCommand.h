@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/EntryProvenance.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {

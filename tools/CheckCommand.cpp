@@ -15,7 +15,7 @@
 #include "store/SpatializerParamArrayConstants.h"
 #include "tools/LintRules.h"
 #include "tools/SarifLog.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/TextTable.h"
 #include "tools/lint/Effects.h"
 #include "tools/lint/UndoEdit.h"

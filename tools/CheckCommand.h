@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/Finding.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {

@@ -5,7 +5,7 @@
 
 #include "model/Parameter.h"
 #include "tools/NumberText.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/TextTable.h"
 
 namespace korva::tool {

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/LoadReport.h"
+#include "tools/load/LoadReport.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {

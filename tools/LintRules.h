@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/Finding.h"
-#include "tools/LoadReport.h"
+#include "tools/load/LoadReport.h"
 
 namespace korva::tool {
 

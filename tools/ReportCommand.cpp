@@ -13,7 +13,7 @@
 #include "tools/DiffCommand.h"
 #include "tools/HtmlWriter.h"
 #include "tools/LintRules.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/SvgPlot.h"
 #include "tools/VersionInfo.h"
 #include "tools/lint/Effects.h"

@@ -15,10 +15,10 @@
 #include "tools/DeliveryLog.h"
 #include "tools/EntryProvenance.h"
 #include "tools/EntryView.h"
-#include "tools/LibraryLog.h"
+#include "tools/load/LibraryLog.h"
 #include "tools/NumberText.h"
 #include "tools/SimulatedEffect.h"
-#include "tools/StoreSession.h"
+#include "tools/load/StoreSession.h"
 #include "tools/TextTable.h"
 
 namespace korva::tool {

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <memory>
+#include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "ScopedHostRoot.h"
@@ -127,6 +130,64 @@ TEST(LoadObserverTest, ReaderReportsWhatItPassedOver) {
                           "14 skip stepped-over device_id",
                           "15 skip after-cut profile",
                       });
+}
+
+// A listener's copy of the document pairs every node the reader reports with its own counterpart,
+// and editing the copy leaves the reading alone.
+class CopyingLog : public LoadObserver {
+public:
+    std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> copy{nullptr, xmlFreeDoc};
+    std::unordered_map<const xmlNode*, xmlNode*> counterparts;
+    std::vector<std::string> mismatches;
+    std::set<const xmlNode*> checked;
+
+    void onStructure(const xmlNode* node, Structure) override { check(node); }
+    void onSkipped(const xmlNode* node, Skip) override { check(node); }
+
+private:
+    void check(const xmlNode* node) {
+        if (copy == nullptr) {
+            copy.reset(NodeInfo::copyDocument(node, &counterparts));
+        }
+        if (!checked.insert(node).second) {
+            return;
+        }
+        auto found = counterparts.find(node);
+        xmlNode* twin = found != counterparts.end() ? found->second : nullptr;
+        // libxml2 copies the line numbers of elements only.
+        if (twin == nullptr || twin == node || twin->doc != copy.get() ||
+            twin->type != node->type || NodeInfo::nameOf(twin) != NodeInfo::nameOf(node) ||
+            (NodeInfo::isElement(node) &&
+             NodeInfo::lineOf(twin).line != NodeInfo::lineOf(node).line)) {
+            mismatches.push_back(std::to_string(NodeInfo::lineOf(node).line) + " " +
+                                 NodeInfo::nameOf(node));
+        }
+        if (NodeInfo::isElement(twin)) {
+            xmlNodeSetName(twin, reinterpret_cast<const xmlChar*>(".edited"));
+        }
+    }
+};
+
+TEST(LoadObserverTest, DocumentCopyPairsEveryReportedNode) {
+    test::ScopedHostRoot root;
+    const std::string path = "/vendor/etc/korva/kvx-default-spatializer.xml";
+    root.addFile(path);
+    std::ofstream(root.path() + path) << std::string(kHeader) +
+                                             "  <profile id=\"1\" name=\"movie\">\n"
+                                             "    <data><!-- c -->\n"
+                                             "      <endpoint_type id=\"speaker\"/>\n"
+                                             "    </data>\n"
+                                             "  </profile>\n"
+                                             "  <mystery/>\n"
+                                             "</t>\n";
+    CopyingLog log;
+    LoadObserver::Scope scope(&log);
+    SpatializerParamArray& store = SpatializerParamArray::getInstance();
+    ASSERT_NE(nullptr, log.copy);
+    EXPECT_GE(log.checked.size(), 4u);
+    EXPECT_TRUE(log.mismatches.empty()) << ::testing::PrintToString(log.mismatches);
+    // The copy's elements were renamed as they were reported; the reader read the original.
+    EXPECT_TRUE(store.isXMLProfileValid(1));
 }
 
 // The loader's account: the second profile of an id is built, with the endpoints of both, and

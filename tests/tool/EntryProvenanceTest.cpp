@@ -11,8 +11,8 @@
 #include "model/OutputDevice.h"
 #include "tools/EntryProvenance.h"
 #include "tools/EntryView.h"
-#include "tools/ExampleFile.h"
-#include "tools/StoreSession.h"
+#include "tools/load/ExampleFile.h"
+#include "tools/load/StoreSession.h"
 
 namespace korva::tool {
 namespace {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tools/Finding.h"
-#include "tools/LoadReport.h"
-#include "tools/StoreSession.h"
+#include "tools/load/LoadReport.h"
+#include "tools/load/StoreSession.h"
 #include "tools/ToolOutput.h"
 #include "tools/load/FreshLoads.h"
 

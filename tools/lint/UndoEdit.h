@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/Finding.h"
-#include "tools/LoadReport.h"
+#include "tools/load/LoadReport.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {

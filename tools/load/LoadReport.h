@@ -207,9 +207,6 @@ private:
     void snapshot(const ParameterValues& record, RecordSnapshot* into) const;
     BindingSnapshot bindingOf(const DeviceTuning& binding) const;
 
-    // Copies the document of node, pairing each of its nodes with its copy.
-    void copyDocument(const xmlNode* node);
-
     std::unordered_map<const xmlNode*, int> mNodeIndex;
     std::unordered_map<const xmlNode*, xmlNode*> mCopyOf;
     std::unordered_map<const ParameterValues*, int> mRecordIndex;

@@ -1,4 +1,4 @@
-#include "tools/LibraryLog.h"
+#include "tools/load/LibraryLog.h"
 
 #include <android/log.h>
 #include <libxml/xmlerror.h>

@@ -1,4 +1,4 @@
-#include "tools/LoadReport.h"
+#include "tools/load/LoadReport.h"
 
 #include "model/CreationOrder.h"
 #include "model/DeviceData.h"
@@ -91,37 +91,13 @@ int LoadReport::nodeIndex(const xmlNode* node) {
     nodes.push_back(std::move(reported));
     if (keepDocument) {
         if (document == nullptr) {
-            copyDocument(node);
+            document.reset(NodeInfo::copyDocument(node, &mCopyOf));
         }
         auto copy = mCopyOf.find(node);
         copies.push_back(copy != mCopyOf.end() ? copy->second : nullptr);
     }
     mNodeIndex[node] = static_cast<int>(nodes.size() - 1);
     return static_cast<int>(nodes.size() - 1);
-}
-
-void LoadReport::copyDocument(const xmlNode* node) {
-    if (node->doc == nullptr) {
-        return;
-    }
-    document.reset(xmlCopyDoc(node->doc, 1));
-    if (document == nullptr) {
-        return;
-    }
-    // The copy keeps the order of every child list, so the two trees are walked side by side.
-    std::vector<std::pair<const xmlNode*, xmlNode*>> pending;
-    pending.emplace_back(node->doc->children, document->children);
-    while (!pending.empty()) {
-        auto [original, copy] = pending.back();
-        pending.pop_back();
-        for (; original != nullptr && copy != nullptr;
-             original = original->next, copy = copy->next) {
-            mCopyOf[original] = copy;
-            if (original->type == XML_ELEMENT_NODE) {
-                pending.emplace_back(original->children, copy->children);
-            }
-        }
-    }
 }
 
 int LoadReport::recordIndex(const ParameterValues& record) {

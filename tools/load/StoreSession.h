@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "store/SpatializerParamArray.h"
-#include "tools/LoadReport.h"
+#include "tools/load/LoadReport.h"
 
 namespace korva::tool {
 

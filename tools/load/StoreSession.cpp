@@ -1,0 +1,182 @@
+#include "tools/load/StoreSession.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "platform/LocalProperties.h"
+#include "store/SpatializerParamArrayConstants.h"
+#include "tools/ToolOutput.h"
+#include "tools/load/TemporaryPaths.h"
+
+namespace korva::tool {
+
+namespace {
+
+std::string failed(const std::string& what) {
+    return what + ": " + strerror(errno);
+}
+
+// The files and folders a session makes for its load, removed last first when the load is over
+// (and by TemporaryPaths when the run is interrupted).
+class MadePaths {
+public:
+    ~MadePaths() {
+        for (auto path = mPaths.rbegin(); path != mPaths.rend(); ++path) {
+            TemporaryPaths::drop(*path);
+            if (unlink(path->c_str()) != 0) {
+                rmdir(path->c_str());
+            }
+        }
+    }
+    void add(const std::string& path) {
+        mPaths.push_back(path);
+        TemporaryPaths::add(path);
+    }
+    bool made(const std::string& path) const {
+        return std::find(mPaths.begin(), mPaths.end(), path) != mPaths.end();
+    }
+
+private:
+    std::vector<std::string> mPaths;
+};
+
+std::string temporaryName(const char* name) {
+    const char* folder = getenv("TMPDIR");
+    return std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/" + name +
+           ".XXXXXX";
+}
+
+// Where the library can read the file the user named: a regular file where it is; a pipe,
+// "-" (standard input) or a process substitution, which can be read only once, copied first.
+bool readablePath(const std::string& path, MadePaths& made, std::string* readable) {
+    const std::string source = path == "-" ? "/dev/stdin" : path;
+    struct stat status;
+    if (stat(source.c_str(), &status) != 0 || access(source.c_str(), R_OK) != 0) {
+        ToolOutput::error(path, failed("cannot open"));
+        return false;
+    }
+    if (S_ISDIR(status.st_mode)) {
+        ToolOutput::error(path, "is a directory, not a tuning file");
+        return false;
+    }
+    if (S_ISREG(status.st_mode)) {
+        *readable = source;
+        return true;
+    }
+    std::string copy = temporaryName("paramtool-input");
+    const int fd = mkstemp(copy.data());
+    if (fd < 0) {
+        ToolOutput::error(path, failed("cannot make a temporary copy"));
+        return false;
+    }
+    close(fd);
+    made.add(copy);
+    std::ifstream in(source, std::ios::binary);
+    std::ofstream out(copy, std::ios::binary);
+    std::copy(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>(),
+              std::ostreambuf_iterator<char>(out));
+    if (!in.is_open() || in.bad() || !out.flush()) {
+        ToolOutput::error(path, failed("cannot read"));
+        return false;
+    }
+    *readable = copy;
+    return true;
+}
+
+// A throw-away folder laid out like the device's /odm and /vendor, in which every tuning file
+// path the store may choose is a link to the file: with KORVA_HOST_ROOT naming it, the store
+// loads that file whatever the product name and amplifier properties select.
+bool makeHostRoot(const std::string& file, MadePaths& made, std::string* root, std::string* error) {
+    char target[PATH_MAX];
+    if (realpath(file.c_str(), target) == nullptr) {
+        *error = strerror(errno);
+        return false;
+    }
+    *root = temporaryName("spatializer-paramtool");
+    if (mkdtemp(root->data()) == nullptr) {
+        *error = failed("cannot make a temporary folder");
+        return false;
+    }
+    made.add(*root);
+    for (const std::string path : kTuningFiles) {
+        for (size_t slash = path.find('/', 1); slash != std::string::npos;
+             slash = path.find('/', slash + 1)) {
+            const std::string folder = *root + path.substr(0, slash);
+            if (made.made(folder)) {
+                continue;
+            }
+            if (mkdir(folder.c_str(), 0700) != 0) {
+                *error = failed("cannot make " + folder);
+                return false;
+            }
+            made.add(folder);
+        }
+        if (symlink(target, (*root + path).c_str()) != 0) {
+            *error = failed("cannot link " + *root + path);
+            return false;
+        }
+        made.add(*root + path);
+    }
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
+                                                 const Properties& properties, bool keepText,
+                                                 bool keepDocument) {
+    MadePaths made;
+    std::string path;
+    std::string root;
+    std::string error;
+    if (!readablePath(tuningFile, made, &path)) {
+        return nullptr;
+    }
+    if (!makeHostRoot(path, made, &root, &error)) {
+        ToolOutput::error(tuningFile, error);
+        return nullptr;
+    }
+    // The host's property stand-in, which the library reads its log level from as well.
+    for (const auto& [key, value] : properties) {
+        setLocalProperty(key, value);
+    }
+    auto report = std::make_unique<LoadReport>();
+    report->keepDocument = keepDocument;
+    setenv("KORVA_HOST_ROOT", root.c_str(), 1);
+    SpatializerParamArray* store;
+    {
+        LoadObserver::Scope listening(report.get());
+        store = &SpatializerParamArray::getInstance();
+    }
+    // The store reads its file only while it is constructed.
+    unsetenv("KORVA_HOST_ROOT");
+    std::unique_ptr<StoreSession> session(new StoreSession(tuningFile, store, std::move(report)));
+    if (keepText) {
+        // The copy the store read: a pipe's bytes are gone from the pipe by now.
+        std::ifstream in(path, std::ios::binary);
+        session->mText.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    }
+    return session;
+}
+
+bool StoreSession::readable() const {
+    if (!mReport->readFailed) {
+        return true;
+    }
+    const long line = mReport->readErrorLine;
+    ToolOutput::error(mPath + (line > 0 ? ":" + std::to_string(line) : ""),
+                      "not a readable XML document" +
+                          (mReport->readError.empty() ? "" : ": " + mReport->readError));
+    return false;
+}
+
+}  // namespace korva::tool
