@@ -1,8 +1,9 @@
-// The cache's report of what it sends, kept beside the calls the simulated effect records, so
+// The cache's report of what it sends, matched to the calls the recording effect records, so
 // that each call names the blob entry it carries and what the cache put in its place.
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/RecordingEffect.h"
@@ -27,25 +28,22 @@ class DeliveryLog : public DeliveryObserver {
 public:
     explicit DeliveryLog(const RecordingEffect& effect) : mEffect(effect) {}
 
-    // The source of each of the calls taken from the effect since the last take, which the
-    // effect recorded while this log listened.
+    // The source of each of the calls taken from the effect since the last take.
     std::vector<CallSource> take(const std::vector<EffectCall>& calls);
 
-    void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override;
+    void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override {
+        mBlob = {true, true, blob, profileId, device, -1, Delivery::kAsIs, 0, ""};
+    }
     void onEntry(int entry, Delivery how, int profileId, const std::string& device) override;
     void onEffectValues(Delivery how, int profileId, const std::string& device) override;
 
 private:
-    // A report, and the number of calls the effect held when it came.
-    struct Mark {
-        size_t calls;
-        CallSource source;
-    };
     void mark(CallSource source, Delivery how, int profileId, const std::string& device);
 
     const RecordingEffect& mEffect;
     CallSource mBlob;
-    std::vector<Mark> mMarks;
+    // Each report, after the number of calls the effect held when it came.
+    std::vector<std::pair<size_t, CallSource>> mMarks;
 };
 
 }  // namespace korva::tool

@@ -1,15 +1,6 @@
-#include "tools/DeliveryLog.h"
+#include "tools/commands/DeliveryLog.h"
 
 namespace korva::tool {
-
-void DeliveryLog::onBlob(DeliveredBlob blob, int profileId, const std::string& device) {
-    mBlob = CallSource();
-    mBlob.reported = true;
-    mBlob.fromBlob = true;
-    mBlob.blob = blob;
-    mBlob.profileId = profileId;
-    mBlob.device = device;
-}
 
 void DeliveryLog::onEntry(int entry, Delivery how, int profileId, const std::string& device) {
     CallSource source = mBlob;
@@ -27,7 +18,7 @@ void DeliveryLog::mark(CallSource source, Delivery how, int profileId, const std
     source.how = how;
     source.gainsProfile = profileId;
     source.matrixDevice = device;
-    mMarks.push_back({mEffect.calls().size(), std::move(source)});
+    mMarks.emplace_back(mEffect.calls().size(), std::move(source));
 }
 
 std::vector<CallSource> DeliveryLog::take(const std::vector<EffectCall>& calls) {
@@ -36,13 +27,13 @@ std::vector<CallSource> DeliveryLog::take(const std::vector<EffectCall>& calls) 
     size_t afterCommit = 0;
     for (size_t i = 0; i < calls.size(); i++) {
         // The last report made before the call; a commit ends what a report covers.
-        while (next < mMarks.size() && mMarks[next].calls <= i) {
+        while (next < mMarks.size() && mMarks[next].first <= i) {
             next++;
         }
         if (calls[i].kind == EffectCall::kCommit) {
             afterCommit = i + 1;
-        } else if (next > 0 && mMarks[next - 1].calls >= afterCommit) {
-            sources[i] = mMarks[next - 1].source;
+        } else if (next > 0 && mMarks[next - 1].first >= afterCommit) {
+            sources[i] = mMarks[next - 1].second;
         }
     }
     mMarks.clear();
