@@ -7,8 +7,11 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <tuple>
 
 #include "cache/SpatializerParamCache.h"
+#include "engine/RecordingEffect.h"
+#include "observer/DeliveryObserver.h"
 #include "reader/String2Int.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArrayConstants.h"
@@ -20,7 +23,6 @@
 #include "tools/NumberText.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
-#include "tools/commands/DeliveryLog.h"
 #include "translator/GeqLayout.h"
 
 namespace korva::tool {
@@ -42,9 +44,82 @@ using Cache = SpatializerParamCache;
 const char* const kStepPrefixes[] = {"profile=", "content=", "select=", "load=", "geq="};
 const char* const kCallNames[] = {"setParam", "getParam", "commit"};       // by EffectCall::Kind
 const char* const kBlobKinds[] = {"builtin", "profile", "tuning_device"};  // by DeliveredBlob
-const char* const kDeliveries[] = {
-    "as_is",       "user_geq_gains", "tuning_mix_matrix", "effect_matrix_on", "effect_matrix_off",
-    "switched_off"};
+// By Delivery: its JSON name, and for those that send other values than the entry's, which.
+struct DeliveryWords {
+    const char* name;
+    const char* instead;
+};
+const DeliveryWords kDeliveries[] = {
+    {"as_is", nullptr},
+    {"user_geq_gains", nullptr},
+    {"tuning_mix_matrix", nullptr},
+    {"effect_matrix_on", "the effect's own mix matrix, switched on"},
+    {"effect_matrix_off", "the effect's own mix matrix, switched off"},
+    {"switched_off", "0, content processing off"},
+};
+
+// What the cache reported before a call.
+struct CallSource {
+    bool reported = false;  // false for commits and calls no report preceded
+    bool fromBlob = false;  // false: the effect's own values, read back
+    DeliveredBlob blob = DeliveredBlob::kBuiltinProfile;
+    int profileId = 0;
+    std::string device;  // the blob's tuning device
+    int entry = -1;
+    Delivery how = Delivery::kAsIs;
+    int gainsProfile = 0;      // kUserGeqGains
+    std::string matrixDevice;  // kTuningMixMatrix
+};
+
+// The cache's reports, each kept with the number of calls the effect had recorded when it came.
+class DeliveryLog : public DeliveryObserver {
+public:
+    explicit DeliveryLog(const RecordingEffect& effect) : mEffect(effect) {}
+
+    // The source of each call taken from the effect since the last take.
+    std::vector<CallSource> take(const std::vector<EffectCall>& calls) {
+        std::vector<CallSource> sources(calls.size());
+        CallSource current;
+        size_t next = 0;
+        for (size_t i = 0; i < calls.size(); i++) {
+            for (; next < mMarks.size() && mMarks[next].first <= i; next++) {
+                current = mMarks[next].second;
+            }
+            // A commit ends what a report covers.
+            if (calls[i].kind == EffectCall::kCommit) {
+                current = CallSource();
+            } else {
+                sources[i] = current;
+            }
+        }
+        mMarks.clear();
+        return sources;
+    }
+
+    void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override {
+        mBlob = {true, true, blob, profileId, device, -1, Delivery::kAsIs, 0, ""};
+    }
+    void onEntry(int entry, Delivery how, int profileId, const std::string& device) override {
+        mBlob.entry = entry;
+        mark(mBlob, how, profileId, device);
+    }
+    void onEffectValues(Delivery how, int profileId, const std::string& device) override {
+        mark({true, false, DeliveredBlob::kBuiltinProfile, 0, "", -1, how, 0, ""}, how, profileId,
+             device);
+    }
+
+private:
+    void mark(CallSource source, Delivery how, int profileId, const std::string& device) {
+        source.how = how;
+        source.gainsProfile = profileId;
+        source.matrixDevice = device;
+        mMarks.emplace_back(mEffect.calls().size(), std::move(source));
+    }
+
+    const RecordingEffect& mEffect;
+    CallSource mBlob;
+    std::vector<std::pair<size_t, CallSource>> mMarks;
+};
 
 struct Step {
     std::string text;
@@ -110,10 +185,11 @@ std::string parseStep(const std::string& text, const LoadReport& records, Step* 
     } else if (word == "select") {
         const size_t colon = value.find(':');
         const std::string port = value.substr(0, colon);
-        const auto named =
-            std::find(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices, port) -
-            kAndroidDeviceNames;
-        const int number = NumberText::isWholeInt(port) ? string2Int(port) : named;
+        const int number =
+            NumberText::isWholeInt(port)
+                ? string2Int(port)
+                : std::find(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices, port) -
+                      kAndroidDeviceNames;
         if (colon == std::string::npos || number < 0 || number >= kNumAndroidDevices) {
             return "select takes PORT:DEVICE, PORT one of the output ports";
         }
@@ -155,24 +231,44 @@ public:
     SourceText(const LoadReport& report, SpatializerParamArray& store)
         : mReport(report), mProvenance(report), mStore(store) {}
 
-    // The notes under a call's row: where its values came from and what replaced them.
-    std::vector<std::string> notes(const EffectCall& call, const CallSource& source) const;
-    Json json(const CallSource& source, int32_t code) const;
+    // Written once for both outputs: the JSON, and the notes under the call's row.
+    Json json(const EffectCall& call, const CallSource& source,
+              std::vector<std::string>* notes) const;
 
 private:
     struct Blob {
         std::string title;  // profile 1 "movie", built-in table "movie", tuning device "x"
         std::vector<EntrySource> entries;
     };
-    const Blob& blob(const CallSource& source) const;
-    std::string profileTitle(int id) const;
-    // The blob and entry, or the effect's own values; empty when nothing was reported.
-    std::string origin(const CallSource& source, int32_t code) const;
-    // The entry's provenance; null when the values come from no entry.
-    const EntrySource* entry(const CallSource& source) const;
-    // What the cache put in place of the entry's values, in one line; empty when nothing.
-    std::string substitution(const CallSource& source) const;
-    EntrySource matrixSource(const std::string& device) const;
+
+    std::string profileTitle(int id) const {
+        for (const RecordSnapshot* profile : mReport.ofKind(RecordKind::kProfile)) {
+            if (profile->profileId == id && !profile->dropped) {
+                return "profile " + std::to_string(id) + " \"" + profile->name + "\"";
+            }
+        }
+        return "profile " + std::to_string(id);
+    }
+
+    const Blob& blob(const CallSource& source) const {
+        const auto key = std::make_tuple(source.blob, source.profileId, source.device);
+        auto found = mBlobs.find(key);
+        if (found != mBlobs.end()) {
+            return found->second;
+        }
+        Blob blob;
+        if (source.blob == DeliveredBlob::kBuiltinProfile) {
+            blob.entries = BlobsCommand::builtinSources(source.profileId, &blob.title);
+            blob.title = "built-in table \"" + blob.title + "\"";
+        } else if (source.blob == DeliveredBlob::kFileProfile) {
+            blob.entries = mProvenance.ofBlob(mProvenance.profileBlob(source.profileId));
+            blob.title = profileTitle(source.profileId);
+        } else {
+            blob.entries = mProvenance.ofBlob(mProvenance.tuningBlob(source.device));
+            blob.title = "tuning device \"" + source.device + "\"";
+        }
+        return mBlobs.emplace(key, std::move(blob)).first->second;
+    }
 
     const LoadReport& mReport;
     const EntryProvenance mProvenance;
@@ -180,135 +276,66 @@ private:
     mutable std::map<std::tuple<DeliveredBlob, int, std::string>, Blob> mBlobs;
 };
 
-std::string SourceText::profileTitle(int id) const {
-    for (const RecordSnapshot* profile : mReport.ofKind(RecordKind::kProfile)) {
-        if (profile->profileId == id && !profile->dropped) {
-            return "profile " + std::to_string(id) + " \"" + profile->name + "\"";
-        }
-    }
-    return "profile " + std::to_string(id);
-}
-
-const SourceText::Blob& SourceText::blob(const CallSource& source) const {
-    const auto key = std::make_tuple(source.blob, source.profileId, source.device);
-    auto found = mBlobs.find(key);
-    if (found != mBlobs.end()) {
-        return found->second;
-    }
-    Blob blob;
-    if (source.blob == DeliveredBlob::kBuiltinProfile) {
-        blob.entries = BlobsCommand::builtinSources(source.profileId, &blob.title);
-        blob.title = "built-in table \"" + blob.title + "\"";
-    } else if (source.blob == DeliveredBlob::kFileProfile) {
-        blob.entries = mProvenance.ofBlob(mProvenance.profileBlob(source.profileId));
-        blob.title = profileTitle(source.profileId);
-    } else {
-        blob.entries = mProvenance.ofBlob(mProvenance.tuningBlob(source.device));
-        blob.title = "tuning device \"" + source.device + "\"";
-    }
-    return mBlobs.emplace(key, std::move(blob)).first->second;
-}
-
-const EntrySource* SourceText::entry(const CallSource& source) const {
-    if (!source.fromBlob || source.entry < 0) {
+Json SourceText::json(const EffectCall& call, const CallSource& source,
+                      std::vector<std::string>* notes) const {
+    if (!source.reported) {
         return nullptr;
     }
-    const std::vector<EntrySource>& entries = blob(source).entries;
-    return static_cast<size_t>(source.entry) < entries.size() ? &entries[source.entry] : nullptr;
-}
-
-// A tuning device's mix matrix words: its tuning's orientation and matrix.
-EntrySource SourceText::matrixSource(const std::string& device) const {
-    const int blob = mProvenance.tuningBlob(device);
-    return mProvenance.ofRecord(blob < 0 ? -1 : mProvenance.blobRecord(blob),
-                                {ORIENTATION, OUTPUT_MIX_MATRIX});
-}
-
-std::string SourceText::origin(const CallSource& source, int32_t code) const {
-    if (!source.reported) {
-        return "";
+    Json blobJson = {
+        {"kind", source.fromBlob ? kBlobKinds[static_cast<int>(source.blob)] : "effect"}};
+    std::string origin = "the effect's own " + BlobDecoder::codeText(call.code) + ", read back";
+    const EntrySource* entry = nullptr;
+    if (source.fromBlob) {
+        const bool device = source.blob == DeliveredBlob::kTuningDevice;
+        blobJson[device ? "device" : "id"] = device ? Json(source.device) : Json(source.profileId);
+        const Blob& from = blob(source);
+        origin = from.title + " #" + std::to_string(source.entry + 1);
+        const bool inBlob =
+            source.entry >= 0 && static_cast<size_t>(source.entry) < from.entries.size();
+        entry = inBlob ? &from.entries[source.entry] : nullptr;
     }
-    if (!source.fromBlob) {
-        return "the effect's own " + BlobDecoder::codeText(code) + ", read back";
+    Json json = {{"text", origin}, {"blob", blobJson}};
+    if (entry != nullptr) {
+        json["entry"] = source.entry;
+        json["provenance"] = entry->toJson();
     }
-    return blob(source).title + " #" + std::to_string(source.entry + 1);
-}
+    const DeliveryWords& words = kDeliveries[static_cast<int>(source.how)];
+    std::string substitution = words.instead == nullptr ? "" : words.instead;
+    Json delivery = {{"kind", words.name}};
+    if (source.how == Delivery::kUserGeqGains) {
+        substitution = "the user's GEQ gains of " + profileTitle(source.gainsProfile);
+        delivery["profile"] = source.gainsProfile;
+        delivery["gains"] =
+            mStore.getProfileGeqGains(static_cast<KrvSpatializerProfileId>(source.gainsProfile));
+    } else if (source.how == Delivery::kTuningMixMatrix) {
+        // The tuning device's tuning: its orientation and matrix.
+        const int tuning = mProvenance.tuningBlob(source.matrixDevice);
+        const EntrySource matrix = mProvenance.ofRecord(
+            tuning < 0 ? -1 : mProvenance.blobRecord(tuning), {ORIENTATION, OUTPUT_MIX_MATRIX});
+        substitution =
+            "the mix matrix of tuning device \"" + source.matrixDevice + "\": " + matrix.summary();
+        delivery["device"] = source.matrixDevice;
+        delivery["words"] = mStore.getXMLTuningMixMatrix(source.matrixDevice);
+        delivery["provenance"] = matrix.toJson();
+    }
+    if (!substitution.empty()) {
+        delivery["text"] = substitution;
+    }
+    json["delivery"] = delivery;
 
-std::string SourceText::substitution(const CallSource& source) const {
-    switch (source.how) {
-        case Delivery::kAsIs:
-            return "";
-        case Delivery::kUserGeqGains:
-            return "the user's GEQ gains of " + profileTitle(source.gainsProfile);
-        case Delivery::kTuningMixMatrix:
-            return "the mix matrix of tuning device \"" + source.matrixDevice +
-                   "\": " + matrixSource(source.matrixDevice).summary();
-        case Delivery::kEffectMatrixOn:
-            return "the effect's own mix matrix, switched on";
-        case Delivery::kEffectMatrixOff:
-            return "the effect's own mix matrix, switched off";
-        case Delivery::kSwitchedOff:
-            return "0, content processing off";
-    }
-    return "";
-}
-
-std::vector<std::string> SourceText::notes(const EffectCall& call, const CallSource& source) const {
-    if (!source.reported) {
-        return {};
-    }
-    // Whether the cache sent other values than the entry's instead of completing them.
-    const bool replaces = source.how == Delivery::kEffectMatrixOn ||
-                          source.how == Delivery::kEffectMatrixOff ||
-                          source.how == Delivery::kSwitchedOff;
-    std::string origin = this->origin(source, call.code);
-    const std::string substitution = this->substitution(source);
     if (call.kind == EffectCall::kGetParam) {
         // What the effect answers is its own; the report says what the cache reads it for.
-        return {replaces ? "read back, to send instead of " + origin + ": " + substitution
-                         : "read back, to send with " + substitution};
+        notes->push_back(words.instead != nullptr
+                             ? "read back, to send instead of " + origin + ": " + substitution
+                             : "read back, to send with " + substitution);
+        return json;
     }
-    const EntrySource* entrySource = entry(source);
     // A built-in entry's origin names its table already.
-    if (entrySource != nullptr && entrySource->builtinTable.empty()) {
-        origin += ": " + entrySource->summary();
-    }
-    std::vector<std::string> notes = {"from " + origin};
+    const bool fromFile = entry != nullptr && entry->builtinTable.empty();
+    notes->push_back("from " + origin + (fromFile ? ": " + entry->summary() : ""));
     if (!substitution.empty()) {
-        notes.push_back((replaces ? "instead: " : "with ") + substitution);
+        notes->push_back((words.instead != nullptr ? "instead: " : "with ") + substitution);
     }
-    return notes;
-}
-
-Json SourceText::json(const CallSource& source, int32_t code) const {
-    if (!source.reported) {
-        return nullptr;
-    }
-    Json blob = {{"kind", source.fromBlob ? kBlobKinds[static_cast<int>(source.blob)] : "effect"}};
-    if (source.fromBlob && source.blob == DeliveredBlob::kTuningDevice) {
-        blob["device"] = source.device;
-    } else if (source.fromBlob) {
-        blob["id"] = source.profileId;
-    }
-    Json json = {{"text", origin(source, code)}, {"blob", blob}};
-    if (const EntrySource* entrySource = entry(source)) {
-        json["entry"] = source.entry;
-        json["provenance"] = entrySource->toJson();
-    }
-    Json substituted = {{"kind", kDeliveries[static_cast<int>(source.how)]}};
-    if (source.how == Delivery::kUserGeqGains) {
-        const auto profile = static_cast<KrvSpatializerProfileId>(source.gainsProfile);
-        substituted["profile"] = source.gainsProfile;
-        substituted["gains"] = mStore.getProfileGeqGains(profile);
-    } else if (source.how == Delivery::kTuningMixMatrix) {
-        substituted["device"] = source.matrixDevice;
-        substituted["words"] = mStore.getXMLTuningMixMatrix(source.matrixDevice);
-        substituted["provenance"] = matrixSource(source.matrixDevice).toJson();
-    }
-    if (source.how != Delivery::kAsIs) {
-        substituted["text"] = substitution(source);
-    }
-    json["delivery"] = substituted;
     return json;
 }
 
@@ -347,10 +374,8 @@ void addCall(const EffectCall& call, const EffectCall* previous, const CallSourc
         if (view.kind != EntryView::Kind::kPlain) {
             json["view"] = view.toJson();
         }
-        json["source"] = sources.json(source, call.code);
-        for (const std::string& note : sources.notes(call, source)) {
-            table->addNote(note);
-        }
+        std::vector<std::string> notes;
+        json["source"] = sources.json(call, source, &notes);
         // A setParam right after its own getParam failed sends the buffer that read left.
         if (!get && previous != nullptr && previous->kind == EffectCall::kGetParam &&
             previous->result != 0 && previous->deviceId == call.deviceId &&
@@ -358,14 +383,17 @@ void addCall(const EffectCall& call, const EffectCall* previous, const CallSourc
             const bool zeroed =
                 std::all_of(values.begin(), values.end(), [](int v) { return v == 0; });
             json["read_failed"] = true;
-            table->addNote(std::string("getParam failed: the ") + (zeroed ? "zeroed" : "unread") +
-                           " buffer is sent");
+            notes.push_back(std::string("getParam failed: the ") + (zeroed ? "zeroed" : "unread") +
+                            " buffer is sent");
         }
         // A refused getParam answered nothing.
-        for (const std::string& line : get&& call.result != 0
-                                           ? std::vector<std::string>()
-                                           : BlobsCommand::valueLines(call.code, values, raw)) {
-            table->addNote(line);
+        if (!get || call.result == 0) {
+            for (const std::string& line : BlobsCommand::valueLines(call.code, values, raw)) {
+                notes.push_back(line);
+            }
+        }
+        for (const std::string& note : notes) {
+            table->addNote(note);
         }
     }
     json["result"] = call.result;
@@ -427,29 +455,23 @@ void SimulateCommand::addOptions(CLI::App* command, Options* options) {
 }
 
 bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* options) {
-    size_t first = 0;
-    if (!words.empty() && !isStep(words[0])) {
+    for (size_t i = 0; i < words.size(); i++) {
+        const std::string& word = words[i];
         struct stat status;
-        const std::string& word = words[0];
         const bool looksLikePath =
             word.find('/') != std::string::npos ||
             (word.size() > 4 && word.compare(word.size() - 4, 4, ".xml") == 0);
-        if (stat(word.c_str(), &status) != 0 && !looksLikePath) {
+        if (isStep(word)) {
+            options->steps.push_back(word);
+        } else if (i == 0 && (looksLikePath || stat(word.c_str(), &status) == 0)) {
+            options->common.file = word;
+        } else {
             ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
-                                                   "), and no file of that name");
+                                                   (i == 0 ? "), and no file of that name"
+                                                           : "; only the first word may be a "
+                                                             "file)"));
             return false;
         }
-        options->common.file = word;
-        first = 1;
-    }
-    for (size_t i = first; i < words.size(); i++) {
-        if (!isStep(words[i])) {
-            ToolOutput::usageError("simulate", "unknown step '" + words[i] +
-                                                   "' (steps: " + kStepForms +
-                                                   "; only the first word may be a " + "file)");
-            return false;
-        }
-        options->steps.push_back(words[i]);
     }
     return true;
 }
@@ -483,7 +505,6 @@ int SimulateCommand::run(const Options& options) {
         }
     }
 
-    const bool tuningsUsable = Cache().isTuningAvailable();
     RecordingEffect effect;
     effect.setKeepsSent(true);
     if (options.effectFromBuiltin) {
@@ -494,8 +515,25 @@ int SimulateCommand::run(const Options& options) {
     const DeliveryObserver::Scope listening(&deliveries);
     const SourceText sources(session->report(), session->store());
     LibraryLog::takeErrors();
-    Json stepsJson = Json::array();
-    std::string text;
+    Json props = Json::object();
+    std::string shownProperties;
+    for (const auto& [key, value] : properties) {
+        props[key] = value;
+        shownProperties += (shownProperties.empty() ? "" : " ") + key + "=" + value;
+    }
+    const bool tuningsUsable = Cache().isTuningAvailable();
+    Json document = {{"file", path},
+                     {"properties", props},
+                     {"tunings_usable", tuningsUsable},
+                     {"effect_start", options.effectFromBuiltin ? "builtin" : "empty"},
+                     {"steps", Json::array()}};
+    TextTable facts({"", ""});
+    facts.addPathRow({"tuning file", path});
+    facts.addRow({"properties", shownProperties.empty() ? "none" : shownProperties});
+    facts.addRow({"tunings usable", tuningsUsable ? "yes" : "no"});
+    facts.addRow(
+        {"effect starts", options.effectFromBuiltin ? "from the built-in common table" : "empty"});
+    std::string text = facts.render();
     for (const Step& step : steps) {
         Cache cache;
         const int result = step.run(cache, &effect);
@@ -508,14 +546,13 @@ int SimulateCommand::run(const Options& options) {
         for (size_t column : {0, 4, 5}) {
             table.alignRight(column);
         }
-        Json list = Json::array();
+        Json json = {{"step", step.text}, {"result", result}, {"calls", Json::array()}};
         for (size_t i = 0; i < calls.size(); i++) {
             addCall(calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], sources, options.raw,
-                    &table, &list);
+                    &table, &json["calls"]);
         }
-        Json json = {{"step", step.text}, {"result", result}, {"calls", list}};
-        text += "\nstep " + std::to_string(stepsJson.size() + 1) + ": " + step.text + "  result " +
-                std::to_string(result) + "\n";
+        text += "\nstep " + std::to_string(document["steps"].size() + 1) + ": " + step.text +
+                "  result " + std::to_string(result) + "\n";
         for (const auto& [key, line] : {std::make_pair("why", why), {"note", step.note}}) {
             if (!line.empty()) {
                 json[key] = line;
@@ -523,33 +560,9 @@ int SimulateCommand::run(const Options& options) {
             }
         }
         text += calls.empty() ? "  (no calls)\n" : table.render("  ");
-        stepsJson.push_back(std::move(json));
+        document["steps"].push_back(std::move(json));
     }
-
-    const char* const start = options.effectFromBuiltin ? "builtin" : "empty";
-    if (options.common.json) {
-        Json props = Json::object();
-        for (const auto& [key, value] : properties) {
-            props[key] = value;
-        }
-        ToolOutput::printJson({{"file", path},
-                               {"properties", props},
-                               {"tunings_usable", tuningsUsable},
-                               {"effect_start", start},
-                               {"steps", stepsJson}});
-        return kExitOk;
-    }
-    std::string shownProperties;
-    for (const auto& [key, value] : properties) {
-        shownProperties += (shownProperties.empty() ? "" : " ") + key + "=" + value;
-    }
-    TextTable facts({"", ""});
-    facts.addPathRow({"tuning file", path});
-    facts.addRow({"properties", shownProperties.empty() ? "none" : shownProperties});
-    facts.addRow({"tunings usable", tuningsUsable ? "yes" : "no"});
-    facts.addRow(
-        {"effect starts", options.effectFromBuiltin ? "from the built-in common table" : "empty"});
-    ToolOutput::print(facts.render() + text);
+    options.common.json ? ToolOutput::printJson(document) : ToolOutput::print(text);
     return kExitOk;
 }
 
