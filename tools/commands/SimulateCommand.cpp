@@ -124,54 +124,50 @@ private:
 struct Step {
     std::string text;
     std::function<int(Cache&, IEffectKrv*)> run;
-    // What the store lacks for the step; asked only when it fails and nothing else says why.
-    std::function<std::string(SpatializerParamArray&)> lack;
+    // What the store lacks for the step, said when it fails and nothing else says why.
+    std::string lack;
     // What the step was given that the library takes only in part.
     std::string note;
 };
 
-// A profile by id, by a profile name of the file, or by a built-in table's name.
-bool resolveProfile(const std::string& name, const LoadReport& records, int* id) {
-    if (NumberText::isWholeInt(name)) {
-        *id = string2Int(name);
-        return true;
-    }
+// A profile by id, by a profile name of the file, or by a built-in table's name, in that order.
+bool resolveProfile(const std::string& name, const LoadReport& records,
+                    KrvSpatializerProfileId* id) {
+    std::vector<std::pair<std::string, int>> names;
     for (const RecordSnapshot* profile : records.ofKind(RecordKind::kProfile)) {
-        if (profile->name == name) {
-            *id = profile->profileId;
-            return true;
-        }
+        names.emplace_back(profile->name, profile->profileId);
     }
     for (int builtin = PROFILE_COMMON; builtin <= PROFILE_CUSTOM; builtin++) {
-        std::string table;
-        BlobsCommand::builtinSources(builtin, &table);
-        if (table == name) {
-            *id = builtin;
-            return true;
-        }
+        names.emplace_back("", builtin);
+        BlobsCommand::builtinSources(builtin, &names.back().first);
     }
-    return false;
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const auto& named) { return named.first == name; });
+    const bool number = NumberText::isWholeInt(name);
+    if (!number && found == names.end()) {
+        return false;
+    }
+    *id = static_cast<KrvSpatializerProfileId>(number ? string2Int(name) : found->second);
+    return true;
 }
 
 // Fills the step; returns why the text is no step, or "".
-std::string parseStep(const std::string& text, const LoadReport& records, Step* step) {
+std::string parseStep(const std::string& text, const StoreSession& session, Step* step) {
     step->text = text;
     const size_t equals = text.find('=');
     const std::string word = text.substr(0, equals);
     const std::string value = equals == std::string::npos ? "" : text.substr(equals + 1);
     if (text == "tuning") {
         step->run = [](Cache& cache, IEffectKrv* effect) { return cache.loadTuning(effect); };
-        step->lack = [](SpatializerParamArray&) {
-            return Cache().isTuningAvailable() ? "" : "the store has no usable tunings";
-        };
+        step->lack = Cache().isTuningAvailable() ? "" : "the store has no usable tunings";
     } else if (word == "profile") {
-        int id = 0;
-        if (!resolveProfile(value, records, &id)) {
+        KrvSpatializerProfileId id = PROFILE_COMMON;
+        if (!resolveProfile(value, session.report(), &id)) {
             return "no profile named " + value;
         }
         step->run = [id](Cache& cache, IEffectKrv* effect) {
-            cache.setProfile(static_cast<KrvSpatializerProfileId>(id));
-            return cache.setKorvaContentProfile(static_cast<KrvSpatializerProfileId>(id), effect);
+            cache.setProfile(id);
+            return cache.setKorvaContentProfile(id, effect);
         };
     } else if (word == "content") {
         const bool on = value == "on" || value == "on,mcc";
@@ -200,11 +196,9 @@ std::string parseStep(const std::string& text, const LoadReport& records, Step* 
         step->run = [value](Cache& cache, IEffectKrv* effect) {
             return cache.loadTuningDevice(value, effect);
         };
-        step->lack = [value](SpatializerParamArray& store) {
-            return store.isXMLTuningValid(value)
-                       ? ""
-                       : "the store holds no tuning blob for device \"" + value + "\"";
-        };
+        if (!session.store().isXMLTuningValid(value)) {
+            step->lack = "the store holds no tuning blob for device \"" + value + "\"";
+        }
     } else if (word == "geq") {
         std::vector<int> gains;
         if (value.empty() || !NumberText::isWholeIntList(value)) {
@@ -339,16 +333,6 @@ Json SourceText::json(const EffectCall& call, const CallSource& source,
     return json;
 }
 
-// What a call's count was: getParam shows what the effect wrote back beside what it was asked
-// for ("-" when it refused).
-std::string countText(const EffectCall& call) {
-    if (call.kind != EffectCall::kGetParam) {
-        return std::to_string(call.count);
-    }
-    return (call.result == 0 ? std::to_string(call.returned) : "-") + " of " +
-           std::to_string(call.count);
-}
-
 // One call, written once into both the table and the JSON list; only one of them is printed.
 // previous is the call before it in the step, if any.
 void addCall(const EffectCall& call, const EffectCall* previous, const CallSource& source,
@@ -356,9 +340,13 @@ void addCall(const EffectCall& call, const EffectCall* previous, const CallSourc
     const bool commit = call.kind == EffectCall::kCommit;
     const bool get = call.kind == EffectCall::kGetParam;
     const std::vector<int>& values = get ? call.answer : call.values;
+    // getParam shows what the effect wrote back beside what it was asked for ("-": refused).
+    const std::string count =
+        (get ? (call.result == 0 ? std::to_string(call.returned) : "-") + " of " : "") +
+        std::to_string(call.count);
     table->addRow({std::to_string(list->size() + 1), kCallNames[call.kind],
                    BlobDecoder::deviceName(call.deviceId),
-                   commit ? "" : BlobDecoder::codeText(call.code), commit ? "" : countText(call),
+                   commit ? "" : BlobDecoder::codeText(call.code), commit ? "" : count,
                    std::to_string(call.result)});
     Json json = {{"call", kCallNames[call.kind]},
                  {"device", call.deviceId},
@@ -403,7 +391,7 @@ void addCall(const EffectCall& call, const EffectCall* previous, const CallSourc
 // Why a step failed, in one line: the library's own error line, else the effect's refusal, else
 // what the store lacks.
 std::string whyFailed(const Step& step, const std::vector<EffectCall>& calls,
-                      const std::vector<std::string>& libraryErrors, SpatializerParamArray& store) {
+                      const std::vector<std::string>& libraryErrors) {
     if (!libraryErrors.empty()) {
         return "the library says: " + libraryErrors.back();
     }
@@ -413,7 +401,7 @@ std::string whyFailed(const Step& step, const std::vector<EffectCall>& calls,
                    BlobDecoder::codeText(call.code) + " with " + std::to_string(call.result);
         }
     }
-    return step.lack ? step.lack(store) : "";
+    return step.lack;
 }
 
 // The --prop assignments with their short names spelt out; false after one line on stderr.
@@ -498,7 +486,7 @@ int SimulateCommand::run(const Options& options) {
     }
     std::vector<Step> steps(options.steps.size());
     for (size_t i = 0; i < steps.size(); i++) {
-        const std::string error = parseStep(options.steps[i], session->report(), &steps[i]);
+        const std::string error = parseStep(options.steps[i], *session, &steps[i]);
         if (!error.empty()) {
             ToolOutput::error(path, "step " + options.steps[i] + ": " + error);
             return kExitError;
@@ -540,7 +528,7 @@ int SimulateCommand::run(const Options& options) {
         const std::vector<EffectCall> calls = effect.takeCalls();
         const std::vector<CallSource> from = deliveries.take(calls);
         const std::vector<std::string> errors = LibraryLog::takeErrors();
-        const std::string why = result == 0 ? "" : whyFailed(step, calls, errors, session->store());
+        const std::string why = result == 0 ? "" : whyFailed(step, calls, errors);
         // The empty last column lets the result align right; the notes hold the rest.
         TextTable table({"#", "call", "device", "code", "count", "result", ""});
         for (size_t column : {0, 4, 5}) {
