@@ -480,9 +480,17 @@ int SimulateCommand::run(const Options& options) {
     if (session == nullptr || !session->readable()) {
         return kExitError;
     }
+    Json props = Json::object();
+    std::string shownProperties;
+    for (const auto& [key, value] : properties) {
+        props[key] = value;
+        shownProperties += (shownProperties.empty() ? "" : " ") + key + "=" + value;
+    }
     // What the store refused while starting (a property's value among them), one line each.
     for (const std::string& line : LibraryLog::takeErrors()) {
-        ToolOutput::error(path, "the library says: " + line);
+        ToolOutput::error(path, "the store started with " +
+                                    (shownProperties.empty() ? "no property" : shownProperties) +
+                                    " says: " + line);
     }
     std::vector<Step> steps(options.steps.size());
     for (size_t i = 0; i < steps.size(); i++) {
@@ -503,12 +511,6 @@ int SimulateCommand::run(const Options& options) {
     const DeliveryObserver::Scope listening(&deliveries);
     const SourceText sources(session->report(), session->store());
     LibraryLog::takeErrors();
-    Json props = Json::object();
-    std::string shownProperties;
-    for (const auto& [key, value] : properties) {
-        props[key] = value;
-        shownProperties += (shownProperties.empty() ? "" : " ") + key + "=" + value;
-    }
     const bool tuningsUsable = Cache().isTuningAvailable();
     Json document = {{"file", path},
                      {"properties", props},
