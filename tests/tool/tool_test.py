@@ -551,11 +551,12 @@ class SimulateTest(unittest.TestCase):
     def test_what_the_library_takes_only_in_part_is_said_in_one_line(self):
         # (args, the one line on stderr, the step's note)
         cases = [(["--prop", "gains=1,2,3", "tuning"],
-                  "the store started with persist.vendor.audio.sfx.hd.eq=1,2,3 says: restoreUserGEQ(): "
-                  "the length of user GEQ gains", None),
+                  "the store started with persist.vendor.audio.sfx.hd.eq=1,2,3 says: "
+                  "restoreUserGEQ(): the length of user GEQ gains", None),
                  (["--prop", "gains=" + ",".join(["1"] * 10), "tuning"], None, None),
                  (["geq=1,2,3"], None, "3 gains given; the graphic EQ has 20 bands"),
-                 (["geq=" + ",".join(["1"] * 21)], None, "21 gains given; the graphic EQ has 20 bands"),
+                 (["geq=" + ",".join(["1"] * 21)], None,
+                  "21 gains given; the graphic EQ has 20 bands"),
                  (["geq=" + ",".join(["1"] * 20)], None, None)]
         for args, stderr, note in cases:
             with self.subTest(args=args):

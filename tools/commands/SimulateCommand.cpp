@@ -121,6 +121,13 @@ private:
     std::vector<std::pair<size_t, CallSource>> mMarks;
 };
 
+// Whether a command-line word is a step (so that the first word that is not is the file).
+bool isStep(const std::string& word) {
+    return word == "tuning" ||
+           std::any_of(std::begin(kStepPrefixes), std::end(kStepPrefixes),
+                       [&](const char* prefix) { return word.rfind(prefix, 0) == 0; });
+}
+
 struct Step {
     std::string text;
     std::function<int(Cache&, IEffectKrv*)> run;
@@ -462,12 +469,6 @@ bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* 
         }
     }
     return true;
-}
-
-bool SimulateCommand::isStep(const std::string& word) {
-    return word == "tuning" ||
-           std::any_of(std::begin(kStepPrefixes), std::end(kStepPrefixes),
-                       [&](const char* prefix) { return word.rfind(prefix, 0) == 0; });
 }
 
 int SimulateCommand::run(const Options& options) {

@@ -33,8 +33,6 @@ public:
     static void addOptions(CLI::App* command, Options* options);
     static int run(const Options& options);
 
-    // Whether a command-line word is a step (so that the first word that is not is the file).
-    static bool isStep(const std::string& word);
     // Splits the words after the options into the file and the steps: the first word is the
     // file when it is not a step and names something on disk or looks like a path. False, after
     // one line on stderr naming the word, for a word that is neither.
