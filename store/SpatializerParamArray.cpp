@@ -47,9 +47,9 @@ SpatializerParamArray::SpatializerParamArray()
       mDefaultMixMatrixLength(0),
       mProductName{},
       mSmartPaType{} {
-    property_get("ro.product.name", mProductName, "");
+    property_get(kProductNameProperty, mProductName, "");
     KORVA_LOGD(kStoreLogTag, "%s(product_name = %s)", "SpatializerParamArray", mProductName);
-    property_get("persist.vendor.audio.pa.smartpa_type", mSmartPaType, "");
+    property_get(kSmartPaTypeProperty, mSmartPaType, "");
     KORVA_LOGD(kStoreLogTag, "smartpa_type: %s", mSmartPaType);
 
     mProfileParamsMap.add(PROFILE_DYNAMIC, mDynamicProfileParams);

@@ -37,4 +37,10 @@ extern const std::vector<int> kDefaultMixMatrix;
 // Virtual bass mode used when the tuning has none.
 extern const std::vector<int> kDefaultVbMode;
 
+// System properties the store reads when it starts.
+constexpr const char* kProductNameProperty = "ro.product.name";
+constexpr const char* kSmartPaTypeProperty = "persist.vendor.audio.pa.smartpa_type";
+constexpr const char* kUserGainsProperty = "persist.vendor.audio.sfx.hd.eq";
+constexpr const char* kEqFeatureMaskProperty = "ro.vendor.audio.effect.eq.featuremask";
+
 }  // namespace korva

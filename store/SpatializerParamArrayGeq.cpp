@@ -19,9 +19,7 @@ namespace korva {
 
 namespace {
 
-constexpr const char* kUserGainsProperty = "persist.vendor.audio.sfx.hd.eq";
 constexpr const char* kNoUserGains = "000";
-constexpr const char* kEqFeatureMaskProperty = "ro.vendor.audio.effect.eq.featuremask";
 constexpr size_t kUserBands = 10;
 constexpr float kMaxUserGainDb = 6.0f;
 
@@ -38,7 +36,7 @@ bool useRawGains() {
         return false;
     }
     char productName[PROPERTY_VALUE_MAX] = {};
-    property_get("ro.product.name", productName, "unknown");
+    property_get(kProductNameProperty, productName, "unknown");
     return keepsRawGains(productName);
 }
 

@@ -16,9 +16,9 @@
 #include "tools/HelpFormatter.h"
 #include "tools/load/LibraryLog.h"
 #include "tools/ReportCommand.h"
-#include "tools/SimulateCommand.h"
 #include "tools/ToolOutput.h"
 #include "tools/VersionInfo.h"
+#include "tools/commands/SimulateCommand.h"
 
 using namespace korva::tool;
 
@@ -131,6 +131,7 @@ int main(int argc, char** argv) {
                                             "the steps: ") +
                                     SimulateCommand::kStepForms);
     simulateCommand->add_flag("--raw", simulate.raw, "list values as words, not bands and rows");
+    SimulateCommand::addOptions(simulateCommand, &simulate);
     addCommonOptions(simulateCommand, &simulate.common);
 
     DiffCommand::Options diff;

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "engine/RecordingEffect.h"
 #include "tools/BlobDecoder.h"
 #include "tools/HtmlWriter.h"
 #include "tools/NumberText.h"
-#include "tools/SimulatedEffect.h"
 #include "tools/SvgPlot.h"
 #include "tools/TextTable.h"
 
@@ -57,9 +57,10 @@ TEST(NumberTextTest, WholeNumbersAreWhatTheReaderReadsCompletely) {
     }
 }
 
-TEST(SimulatedEffectTest, AnswersWithinTheCapacityAndRecordsEveryCall) {
+TEST(RecordingEffectTest, KeepingWhatItIsSentAnswersWithinTheCapacityAndRecordsEveryCall) {
     constexpr int kDom = 0x6d6f64;
-    SimulatedEffect effect;
+    RecordingEffect effect;
+    effect.setKeepsSent(true);
     const int sent[] = {1, 2, 3, 4};
     EXPECT_EQ(effect.setParam(0x2, kDom, sent, 4), 0);
     int small[2] = {};

@@ -515,6 +515,62 @@ class SimulateTest(unittest.TestCase):
         self.assertRegex(text, r"from the effect's own gebs, read back\n +with the user's GEQ "
                          r'gains of profile 1 "movie"\n +band 1: 47 Hz  gain -0.625 dB \(-10\)')
 
+    def test_the_effect_starts_empty_or_from_the_builtin_common_table(self):
+        _, common = run_json("blobs", "--builtin", "--profile", "common")
+        builtin_dom = {e["device"]: e["values"] for e in common["blobs"][0]["entries"]
+                       if e["code"] == "dom"}
+        for flags, start in (([], "empty"), (["--effect-from-builtin"], "builtin")):
+            with self.subTest(start=start):
+                result, document = run_json("simulate", *flags, EXAMPLE, "content=off")
+                self.assertEqual((result.returncode, document["effect_start"]), (0, start))
+                doms = [c for c in document["steps"][0]["calls"] if c.get("code") == "dom"]
+                reads, sends = doms[0::2], doms[1::2]
+                self.assertEqual({c["call"] for c in reads}, {"getParam"})
+                self.assertEqual([c["device"] for c in sends], [c["device"] for c in reads])
+                for read, sent in zip(reads, sends):
+                    if start == "empty":
+                        # Nothing was sent before: every read fails and the zeroed buffer goes.
+                        self.assertEqual(read["result"], -22)
+                        self.assertTrue(sent["read_failed"])
+                        self.assertEqual(set(sent["values"]), {0})
+                        self.assertEqual(sent["count"], read["capacity"])
+                    else:
+                        # The effect answers with the built-in matrix; only its switch goes off.
+                        self.assertEqual(read["result"], 0)
+                        self.assertEqual(read["values"], builtin_dom[read["device"]])
+                        self.assertNotIn("read_failed", sent)
+                        self.assertEqual(sent["values"], [0] + read["values"][1:])
+        text = run("simulate", EXAMPLE, "content=off").stdout
+        self.assertIn("effect starts   empty\n", text)
+        self.assertRegex(text, r"instead: the effect's own mix matrix, switched off\n"
+                         r" +getParam failed: the zeroed buffer is sent\n")
+        self.assertIn("effect starts   from the built-in common table\n",
+                      run("simulate", "--effect-from-builtin", "content=off").stdout)
+        self.assertIn("starts empty", run("simulate", "--help").stdout)
+
+    def test_what_the_library_takes_only_in_part_is_said_in_one_line(self):
+        # (args, the one line on stderr, the step's note)
+        cases = [(["--prop", "gains=1,2,3", "tuning"],
+                  "the store started with persist.vendor.audio.sfx.hd.eq=1,2,3 says: "
+                  "restoreUserGEQ(): the length of user GEQ gains", None),
+                 (["--prop", "gains=" + ",".join(["1"] * 10), "tuning"], None, None),
+                 (["geq=1,2,3"], None, "3 gains given; the graphic EQ has 20 bands"),
+                 (["geq=" + ",".join(["1"] * 21)], None,
+                  "21 gains given; the graphic EQ has 20 bands"),
+                 (["geq=" + ",".join(["1"] * 20)], None, None)]
+        for args, stderr, note in cases:
+            with self.subTest(args=args):
+                result = run("simulate", "--effect-from-builtin", EXAMPLE, *args)
+                self.assertEqual(result.returncode, 0, result.stderr)
+                lines = result.stderr.splitlines()
+                self.assertEqual(len(lines), 0 if stderr is None else 1, result.stderr)
+                if stderr is not None:
+                    self.assertIn(stderr, lines[0])
+                notes = [line for line in result.stdout.splitlines() if "note:" in line]
+                self.assertEqual(notes, [] if note is None else ["  note: " + note])
+                _, document = run_json("simulate", EXAMPLE, *args)
+                self.assertEqual(document["steps"][0].get("note"), note)
+
     def test_bad_steps_are_refused_before_anything_runs(self):
         for step in ("profile=opera", "content=maybe", "select=moon:x", "geq=1.5"):
             with self.subTest(step=step):

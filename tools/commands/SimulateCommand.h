@@ -1,13 +1,18 @@
-// spatializer-paramtool simulate: replays an effect's calls into the parameter cache against a
-// simulated effect, after setting the system properties a device would have, and prints every
+// spatializer-paramtool simulate: replays an effect's calls into the parameter cache against the
+// recording effect, after setting the system properties a device would have, and prints every
 // setParam, getParam and commit the library makes, step by step, each with the blob entry it
 // carries, where that entry came from and what the cache put in its place, as the cache reports.
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/ToolOutput.h"
+
+namespace CLI {
+class App;
+}
 
 namespace korva::tool {
 
@@ -20,12 +25,14 @@ public:
         std::vector<std::string> steps;
         // The words of list values instead of their bands and rows.
         bool raw = false;
+        // The effect starts from the built-in common table instead of empty.
+        bool effectFromBuiltin = false;
     };
 
+    // The options of simulate that main does not register itself.
+    static void addOptions(CLI::App* command, Options* options);
     static int run(const Options& options);
 
-    // Whether a command-line word is a step (so that the first word that is not is the file).
-    static bool isStep(const std::string& word);
     // Splits the words after the options into the file and the steps: the first word is the
     // file when it is not a step and names something on disk or looks like a path. False, after
     // one line on stderr naming the word, for a word that is neither.

@@ -1,0 +1,560 @@
+#include "tools/commands/SimulateCommand.h"
+
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <tuple>
+
+#include "cache/SpatializerParamCache.h"
+#include "engine/RecordingEffect.h"
+#include "observer/DeliveryObserver.h"
+#include "reader/String2Int.h"
+#include "store/LogLevel.h"
+#include "store/SpatializerParamArrayConstants.h"
+#include "tools/BlobDecoder.h"
+#include "tools/BlobsCommand.h"
+#include "tools/EntryProvenance.h"
+#include "tools/EntryView.h"
+#include "tools/load/LibraryLog.h"
+#include "tools/NumberText.h"
+#include "tools/load/StoreSession.h"
+#include "tools/TextTable.h"
+#include "translator/GeqLayout.h"
+
+namespace korva::tool {
+
+const std::vector<std::pair<std::string, std::string>> SimulateCommand::kPropertyNames = {
+    {"product", kProductNameProperty}, {"smartpa", kSmartPaTypeProperty},
+    {"gains", kUserGainsProperty},     {"featuremask", kEqFeatureMaskProperty},
+    {"loglevel", kLogLevelProperty},
+};
+
+const char* const SimulateCommand::kStepForms =
+    "profile=NAME|ID, content=on|off[,mcc], select=PORT:DEVICE, tuning, load=DEVICE, "
+    "geq=G1,...,G20";
+
+namespace {
+
+using Cache = SpatializerParamCache;
+
+const char* const kStepPrefixes[] = {"profile=", "content=", "select=", "load=", "geq="};
+const char* const kCallNames[] = {"setParam", "getParam", "commit"};       // by EffectCall::Kind
+const char* const kBlobKinds[] = {"builtin", "profile", "tuning_device"};  // by DeliveredBlob
+// By Delivery: its JSON name, and for those that send other values than the entry's, which.
+struct DeliveryWords {
+    const char* name;
+    const char* instead;
+};
+const DeliveryWords kDeliveries[] = {
+    {"as_is", nullptr},
+    {"user_geq_gains", nullptr},
+    {"tuning_mix_matrix", nullptr},
+    {"effect_matrix_on", "the effect's own mix matrix, switched on"},
+    {"effect_matrix_off", "the effect's own mix matrix, switched off"},
+    {"switched_off", "0, content processing off"},
+};
+
+// What the cache reported before a call.
+struct CallSource {
+    bool reported = false;  // false for commits and calls no report preceded
+    bool fromBlob = false;  // false: the effect's own values, read back
+    DeliveredBlob blob = DeliveredBlob::kBuiltinProfile;
+    int profileId = 0;
+    std::string device;  // the blob's tuning device
+    int entry = -1;
+    Delivery how = Delivery::kAsIs;
+    int gainsProfile = 0;      // kUserGeqGains
+    std::string matrixDevice;  // kTuningMixMatrix
+};
+
+// The cache's reports, each kept with the number of calls the effect had recorded when it came.
+class DeliveryLog : public DeliveryObserver {
+public:
+    explicit DeliveryLog(const RecordingEffect& effect) : mEffect(effect) {}
+
+    // The source of each call taken from the effect since the last take.
+    std::vector<CallSource> take(const std::vector<EffectCall>& calls) {
+        std::vector<CallSource> sources(calls.size());
+        CallSource current;
+        size_t next = 0;
+        for (size_t i = 0; i < calls.size(); i++) {
+            for (; next < mMarks.size() && mMarks[next].first <= i; next++) {
+                current = mMarks[next].second;
+            }
+            // A commit ends what a report covers.
+            if (calls[i].kind == EffectCall::kCommit) {
+                current = CallSource();
+            } else {
+                sources[i] = current;
+            }
+        }
+        mMarks.clear();
+        return sources;
+    }
+
+    void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override {
+        mBlob = {true, true, blob, profileId, device, -1, Delivery::kAsIs, 0, ""};
+    }
+    void onEntry(int entry, Delivery how, int profileId, const std::string& device) override {
+        mBlob.entry = entry;
+        mark(mBlob, how, profileId, device);
+    }
+    void onEffectValues(Delivery how, int profileId, const std::string& device) override {
+        mark({true, false, DeliveredBlob::kBuiltinProfile, 0, "", -1, how, 0, ""}, how, profileId,
+             device);
+    }
+
+private:
+    void mark(CallSource source, Delivery how, int profileId, const std::string& device) {
+        source.how = how;
+        source.gainsProfile = profileId;
+        source.matrixDevice = device;
+        mMarks.emplace_back(mEffect.calls().size(), std::move(source));
+    }
+
+    const RecordingEffect& mEffect;
+    CallSource mBlob;
+    std::vector<std::pair<size_t, CallSource>> mMarks;
+};
+
+// Whether a command-line word is a step (so that the first word that is not is the file).
+bool isStep(const std::string& word) {
+    return word == "tuning" ||
+           std::any_of(std::begin(kStepPrefixes), std::end(kStepPrefixes),
+                       [&](const char* prefix) { return word.rfind(prefix, 0) == 0; });
+}
+
+struct Step {
+    std::string text;
+    std::function<int(Cache&, IEffectKrv*)> run;
+    // What the store lacks for the step, said when it fails and nothing else says why.
+    std::string lack;
+    // What the step was given that the library takes only in part.
+    std::string note;
+};
+
+// A profile by id, by a profile name of the file, or by a built-in table's name, in that order.
+bool resolveProfile(const std::string& name, const LoadReport& records,
+                    KrvSpatializerProfileId* id) {
+    std::vector<std::pair<std::string, int>> names;
+    for (const RecordSnapshot* profile : records.ofKind(RecordKind::kProfile)) {
+        names.emplace_back(profile->name, profile->profileId);
+    }
+    for (int builtin = PROFILE_COMMON; builtin <= PROFILE_CUSTOM; builtin++) {
+        names.emplace_back("", builtin);
+        BlobsCommand::builtinSources(builtin, &names.back().first);
+    }
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const auto& named) { return named.first == name; });
+    const bool number = NumberText::isWholeInt(name);
+    if (!number && found == names.end()) {
+        return false;
+    }
+    *id = static_cast<KrvSpatializerProfileId>(number ? string2Int(name) : found->second);
+    return true;
+}
+
+// Fills the step; returns why the text is no step, or "".
+std::string parseStep(const std::string& text, const StoreSession& session, Step* step) {
+    step->text = text;
+    const size_t equals = text.find('=');
+    const std::string word = text.substr(0, equals);
+    const std::string value = equals == std::string::npos ? "" : text.substr(equals + 1);
+    if (text == "tuning") {
+        step->run = [](Cache& cache, IEffectKrv* effect) { return cache.loadTuning(effect); };
+        step->lack = Cache().isTuningAvailable() ? "" : "the store has no usable tunings";
+    } else if (word == "profile") {
+        KrvSpatializerProfileId id = PROFILE_COMMON;
+        if (!resolveProfile(value, session.report(), &id)) {
+            return "no profile named " + value;
+        }
+        step->run = [id](Cache& cache, IEffectKrv* effect) {
+            cache.setProfile(id);
+            return cache.setKorvaContentProfile(id, effect);
+        };
+    } else if (word == "content") {
+        const bool on = value == "on" || value == "on,mcc";
+        const bool mcc = value == "on,mcc" || value == "off,mcc";
+        if (!on && !mcc && value != "off") {
+            return "content takes on, off, on,mcc or off,mcc";
+        }
+        step->run = [on, mcc](Cache& cache, IEffectKrv* effect) {
+            return cache.updateContentProcEnabled(effect, on, mcc);
+        };
+    } else if (word == "select") {
+        const size_t colon = value.find(':');
+        const std::string port = value.substr(0, colon);
+        const int number =
+            NumberText::isWholeInt(port)
+                ? string2Int(port)
+                : std::find(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices, port) -
+                      kAndroidDeviceNames;
+        if (colon == std::string::npos || number < 0 || number >= kNumAndroidDevices) {
+            return "select takes PORT:DEVICE, PORT one of the output ports";
+        }
+        step->run = [number, device = value.substr(colon + 1)](Cache& cache, IEffectKrv* effect) {
+            return cache.setSelectedTuningDevice(number, device, effect);
+        };
+    } else if (word == "load") {
+        step->run = [value](Cache& cache, IEffectKrv* effect) {
+            return cache.loadTuningDevice(value, effect);
+        };
+        if (!session.store().isXMLTuningValid(value)) {
+            step->lack = "the store holds no tuning blob for device \"" + value + "\"";
+        }
+    } else if (word == "geq") {
+        std::vector<int> gains;
+        if (value.empty() || !NumberText::isWholeIntList(value)) {
+            return "geq takes whole numbers separated by commas";
+        }
+        string2IntVector(value, gains);
+        if (gains.size() != kGeqBands) {
+            step->note = std::to_string(gains.size()) + " gains given; the graphic EQ has " +
+                         std::to_string(kGeqBands) + " bands";
+        }
+        step->run = [gains](Cache& cache, IEffectKrv* effect) mutable {
+            return cache.setProfileGeqGains(gains, effect);
+        };
+    } else {
+        return "unknown step";
+    }
+    return "";
+}
+
+// A call's source in the file's words: the blob and entry the cache reported with that entry's
+// provenance, and what the cache put in place of the entry's values.
+class SourceText {
+public:
+    SourceText(const LoadReport& report, SpatializerParamArray& store)
+        : mReport(report), mProvenance(report), mStore(store) {}
+
+    // Written once for both outputs: the JSON, and the notes under the call's row.
+    Json json(const EffectCall& call, const CallSource& source,
+              std::vector<std::string>* notes) const;
+
+private:
+    struct Blob {
+        std::string title;  // profile 1 "movie", built-in table "movie", tuning device "x"
+        std::vector<EntrySource> entries;
+    };
+
+    std::string profileTitle(int id) const {
+        for (const RecordSnapshot* profile : mReport.ofKind(RecordKind::kProfile)) {
+            if (profile->profileId == id && !profile->dropped) {
+                return "profile " + std::to_string(id) + " \"" + profile->name + "\"";
+            }
+        }
+        return "profile " + std::to_string(id);
+    }
+
+    const Blob& blob(const CallSource& source) const {
+        const auto key = std::make_tuple(source.blob, source.profileId, source.device);
+        auto found = mBlobs.find(key);
+        if (found != mBlobs.end()) {
+            return found->second;
+        }
+        Blob blob;
+        if (source.blob == DeliveredBlob::kBuiltinProfile) {
+            blob.entries = BlobsCommand::builtinSources(source.profileId, &blob.title);
+            blob.title = "built-in table \"" + blob.title + "\"";
+        } else if (source.blob == DeliveredBlob::kFileProfile) {
+            blob.entries = mProvenance.ofBlob(mProvenance.profileBlob(source.profileId));
+            blob.title = profileTitle(source.profileId);
+        } else {
+            blob.entries = mProvenance.ofBlob(mProvenance.tuningBlob(source.device));
+            blob.title = "tuning device \"" + source.device + "\"";
+        }
+        return mBlobs.emplace(key, std::move(blob)).first->second;
+    }
+
+    const LoadReport& mReport;
+    const EntryProvenance mProvenance;
+    SpatializerParamArray& mStore;
+    mutable std::map<std::tuple<DeliveredBlob, int, std::string>, Blob> mBlobs;
+};
+
+Json SourceText::json(const EffectCall& call, const CallSource& source,
+                      std::vector<std::string>* notes) const {
+    if (!source.reported) {
+        return nullptr;
+    }
+    Json blobJson = {
+        {"kind", source.fromBlob ? kBlobKinds[static_cast<int>(source.blob)] : "effect"}};
+    std::string origin = "the effect's own " + BlobDecoder::codeText(call.code) + ", read back";
+    const EntrySource* entry = nullptr;
+    if (source.fromBlob) {
+        const bool device = source.blob == DeliveredBlob::kTuningDevice;
+        blobJson[device ? "device" : "id"] = device ? Json(source.device) : Json(source.profileId);
+        const Blob& from = blob(source);
+        origin = from.title + " #" + std::to_string(source.entry + 1);
+        const bool inBlob =
+            source.entry >= 0 && static_cast<size_t>(source.entry) < from.entries.size();
+        entry = inBlob ? &from.entries[source.entry] : nullptr;
+    }
+    Json json = {{"text", origin}, {"blob", blobJson}};
+    if (entry != nullptr) {
+        json["entry"] = source.entry;
+        json["provenance"] = entry->toJson();
+    }
+    const DeliveryWords& words = kDeliveries[static_cast<int>(source.how)];
+    std::string substitution = words.instead == nullptr ? "" : words.instead;
+    Json delivery = {{"kind", words.name}};
+    if (source.how == Delivery::kUserGeqGains) {
+        substitution = "the user's GEQ gains of " + profileTitle(source.gainsProfile);
+        delivery["profile"] = source.gainsProfile;
+        delivery["gains"] =
+            mStore.getProfileGeqGains(static_cast<KrvSpatializerProfileId>(source.gainsProfile));
+    } else if (source.how == Delivery::kTuningMixMatrix) {
+        // The tuning device's tuning: its orientation and matrix.
+        const int tuning = mProvenance.tuningBlob(source.matrixDevice);
+        const EntrySource matrix = mProvenance.ofRecord(
+            tuning < 0 ? -1 : mProvenance.blobRecord(tuning), {ORIENTATION, OUTPUT_MIX_MATRIX});
+        substitution =
+            "the mix matrix of tuning device \"" + source.matrixDevice + "\": " + matrix.summary();
+        delivery["device"] = source.matrixDevice;
+        delivery["words"] = mStore.getXMLTuningMixMatrix(source.matrixDevice);
+        delivery["provenance"] = matrix.toJson();
+    }
+    if (!substitution.empty()) {
+        delivery["text"] = substitution;
+    }
+    json["delivery"] = delivery;
+
+    if (call.kind == EffectCall::kGetParam) {
+        // What the effect answers is its own; the report says what the cache reads it for.
+        notes->push_back(words.instead != nullptr
+                             ? "read back, to send instead of " + origin + ": " + substitution
+                             : "read back, to send with " + substitution);
+        return json;
+    }
+    // A built-in entry's origin names its table already.
+    const bool fromFile = entry != nullptr && entry->builtinTable.empty();
+    notes->push_back("from " + origin + (fromFile ? ": " + entry->summary() : ""));
+    if (!substitution.empty()) {
+        notes->push_back((words.instead != nullptr ? "instead: " : "with ") + substitution);
+    }
+    return json;
+}
+
+// One call, written once into both the table and the JSON list; only one of them is printed.
+// previous is the call before it in the step, if any.
+void addCall(const EffectCall& call, const EffectCall* previous, const CallSource& source,
+             const SourceText& sources, bool raw, TextTable* table, Json* list) {
+    const bool commit = call.kind == EffectCall::kCommit;
+    const bool get = call.kind == EffectCall::kGetParam;
+    const std::vector<int>& values = get ? call.answer : call.values;
+    // getParam shows what the effect wrote back beside what it was asked for ("-": refused).
+    const std::string count =
+        (get ? (call.result == 0 ? std::to_string(call.returned) : "-") + " of " : "") +
+        std::to_string(call.count);
+    table->addRow({std::to_string(list->size() + 1), kCallNames[call.kind],
+                   BlobDecoder::deviceName(call.deviceId),
+                   commit ? "" : BlobDecoder::codeText(call.code), commit ? "" : count,
+                   std::to_string(call.result)});
+    Json json = {{"call", kCallNames[call.kind]},
+                 {"device", call.deviceId},
+                 {"device_name", BlobDecoder::deviceName(call.deviceId)}};
+    if (!commit) {
+        json["code"] = BlobDecoder::codeText(call.code);
+        json[get ? "capacity" : "count"] = call.count;
+        if (get) {
+            json["returned"] = call.returned;
+        }
+        json["values"] = values;
+        const EntryView view = EntryView::decode(call.code, values);
+        if (view.kind != EntryView::Kind::kPlain) {
+            json["view"] = view.toJson();
+        }
+        std::vector<std::string> notes;
+        json["source"] = sources.json(call, source, &notes);
+        // A setParam right after its own getParam failed sends the buffer that read left.
+        if (!get && previous != nullptr && previous->kind == EffectCall::kGetParam &&
+            previous->result != 0 && previous->deviceId == call.deviceId &&
+            previous->code == call.code) {
+            const bool zeroed =
+                std::all_of(values.begin(), values.end(), [](int v) { return v == 0; });
+            json["read_failed"] = true;
+            notes.push_back(std::string("getParam failed: the ") + (zeroed ? "zeroed" : "unread") +
+                            " buffer is sent");
+        }
+        // A refused getParam answered nothing.
+        if (!get || call.result == 0) {
+            for (const std::string& line : BlobsCommand::valueLines(call.code, values, raw)) {
+                notes.push_back(line);
+            }
+        }
+        for (const std::string& note : notes) {
+            table->addNote(note);
+        }
+    }
+    json["result"] = call.result;
+    list->push_back(std::move(json));
+}
+
+// Why a step failed, in one line: the library's own error line, else the effect's refusal, else
+// what the store lacks.
+std::string whyFailed(const Step& step, const std::vector<EffectCall>& calls,
+                      const std::vector<std::string>& libraryErrors) {
+    if (!libraryErrors.empty()) {
+        return "the library says: " + libraryErrors.back();
+    }
+    for (const EffectCall& call : calls) {
+        if (call.result != 0) {
+            return std::string("the effect answered ") + kCallNames[call.kind] + " " +
+                   BlobDecoder::codeText(call.code) + " with " + std::to_string(call.result);
+        }
+    }
+    return step.lack;
+}
+
+// The --prop assignments with their short names spelt out; false after one line on stderr.
+bool takeProperties(const std::vector<std::string>& assignments,
+                    StoreSession::Properties* properties) {
+    for (const std::string& assignment : assignments) {
+        const size_t equals = assignment.find('=');
+        if (equals == std::string::npos || equals == 0) {
+            ToolOutput::usageError("simulate", "--prop takes KEY=VALUE, not '" + assignment + "'");
+            return false;
+        }
+        std::string key = assignment.substr(0, equals);
+        std::string shortNames;
+        for (const auto& [alias, name] : SimulateCommand::kPropertyNames) {
+            key = key == alias ? name : key;
+            shortNames += (shortNames.empty() ? "" : ", ") + alias;
+        }
+        // Every property name has a dot; a word without one was meant as a short name.
+        if (key.find('.') == std::string::npos) {
+            ToolOutput::usageError("simulate", "--prop: unknown short name '" + key +
+                                                   "' (short names: " + shortNames +
+                                                   "; or a full property name)");
+            return false;
+        }
+        properties->emplace_back(key, assignment.substr(equals + 1));
+    }
+    return true;
+}
+
+}  // namespace
+
+void SimulateCommand::addOptions(CLI::App* command, Options* options) {
+    command->add_flag("--effect-from-builtin", options->effectFromBuiltin,
+                      "start the recording effect from the built-in common table, sent through "
+                      "the cache before the steps, so that getParam answers as a configured "
+                      "effect would; otherwise it starts empty and refuses (-22) getParam of "
+                      "what it was not sent. Either way it answers getParam with what it was "
+                      "sent last");
+}
+
+bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* options) {
+    for (size_t i = 0; i < words.size(); i++) {
+        const std::string& word = words[i];
+        struct stat status;
+        const bool looksLikePath =
+            word.find('/') != std::string::npos ||
+            (word.size() > 4 && word.compare(word.size() - 4, 4, ".xml") == 0);
+        if (isStep(word)) {
+            options->steps.push_back(word);
+        } else if (i == 0 && (looksLikePath || stat(word.c_str(), &status) == 0)) {
+            options->common.file = word;
+        } else {
+            ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
+                                                   (i == 0 ? "), and no file of that name"
+                                                           : "; only the first word may be a "
+                                                             "file)"));
+            return false;
+        }
+    }
+    return true;
+}
+
+int SimulateCommand::run(const Options& options) {
+    const std::string& path = options.common.file;
+    StoreSession::Properties properties;
+    if (!takeProperties(options.properties, &properties)) {
+        return kExitError;
+    }
+    std::unique_ptr<StoreSession> session = StoreSession::open(path, properties);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    Json props = Json::object();
+    std::string shownProperties;
+    for (const auto& [key, value] : properties) {
+        props[key] = value;
+        shownProperties += (shownProperties.empty() ? "" : " ") + key + "=" + value;
+    }
+    // What the store refused while starting (a property's value among them), one line each.
+    for (const std::string& line : LibraryLog::takeErrors()) {
+        ToolOutput::error(path, "the store started with " +
+                                    (shownProperties.empty() ? "no property" : shownProperties) +
+                                    " says: " + line);
+    }
+    std::vector<Step> steps(options.steps.size());
+    for (size_t i = 0; i < steps.size(); i++) {
+        const std::string error = parseStep(options.steps[i], *session, &steps[i]);
+        if (!error.empty()) {
+            ToolOutput::error(path, "step " + options.steps[i] + ": " + error);
+            return kExitError;
+        }
+    }
+
+    RecordingEffect effect;
+    effect.setKeepsSent(true);
+    if (options.effectFromBuiltin) {
+        Cache().setKorvaContentProfile(PROFILE_COMMON, &effect);
+        effect.takeCalls();
+    }
+    DeliveryLog deliveries(effect);
+    const DeliveryObserver::Scope listening(&deliveries);
+    const SourceText sources(session->report(), session->store());
+    LibraryLog::takeErrors();
+    const bool tuningsUsable = Cache().isTuningAvailable();
+    Json document = {{"file", path},
+                     {"properties", props},
+                     {"tunings_usable", tuningsUsable},
+                     {"effect_start", options.effectFromBuiltin ? "builtin" : "empty"},
+                     {"steps", Json::array()}};
+    TextTable facts({"", ""});
+    facts.addPathRow({"tuning file", path});
+    facts.addRow({"properties", shownProperties.empty() ? "none" : shownProperties});
+    facts.addRow({"tunings usable", tuningsUsable ? "yes" : "no"});
+    facts.addRow(
+        {"effect starts", options.effectFromBuiltin ? "from the built-in common table" : "empty"});
+    std::string text = facts.render();
+    for (const Step& step : steps) {
+        Cache cache;
+        const int result = step.run(cache, &effect);
+        const std::vector<EffectCall> calls = effect.takeCalls();
+        const std::vector<CallSource> from = deliveries.take(calls);
+        const std::vector<std::string> errors = LibraryLog::takeErrors();
+        const std::string why = result == 0 ? "" : whyFailed(step, calls, errors);
+        // The empty last column lets the result align right; the notes hold the rest.
+        TextTable table({"#", "call", "device", "code", "count", "result", ""});
+        for (size_t column : {0, 4, 5}) {
+            table.alignRight(column);
+        }
+        Json json = {{"step", step.text}, {"result", result}, {"calls", Json::array()}};
+        for (size_t i = 0; i < calls.size(); i++) {
+            addCall(calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], sources, options.raw,
+                    &table, &json["calls"]);
+        }
+        text += "\nstep " + std::to_string(document["steps"].size() + 1) + ": " + step.text +
+                "  result " + std::to_string(result) + "\n";
+        for (const auto& [key, line] : {std::make_pair("why", why), {"note", step.note}}) {
+            if (!line.empty()) {
+                json[key] = line;
+                text += std::string("  ") + key + ": " + line + "\n";
+            }
+        }
+        text += calls.empty() ? "  (no calls)\n" : table.render("  ");
+        document["steps"].push_back(std::move(json));
+    }
+    options.common.json ? ToolOutput::printJson(document) : ToolOutput::print(text);
+    return kExitOk;
+}
+
+}  // namespace korva::tool
