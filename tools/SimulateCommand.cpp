@@ -11,7 +11,7 @@
 #include "observer/DeliveryObserver.h"
 #include "reader/String2Int.h"
 #include "tools/BlobDecoder.h"
-#include "tools/BlobsCommand.h"
+#include "tools/commands/BlobsCommand.h"
 #include "tools/DeliveryLog.h"
 #include "tools/EntryProvenance.h"
 #include "tools/EntryView.h"

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "tools/BlobDecoder.h"
-#include "tools/HtmlWriter.h"
+#include "tools/render/HtmlWriter.h"
 #include "tools/NumberText.h"
 #include "tools/SimulatedEffect.h"
-#include "tools/SvgPlot.h"
+#include "tools/render/SvgPlot.h"
 #include "tools/TextTable.h"
 
 namespace korva::tool {

@@ -1,4 +1,4 @@
-#include "tools/BlobsCommand.h"
+#include "tools/commands/BlobsCommand.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "tools/HtmlWriter.h"
+#include "tools/render/HtmlWriter.h"
 
 namespace korva::tool {
 

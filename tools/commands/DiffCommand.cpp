@@ -1,10 +1,10 @@
-#include "tools/DiffCommand.h"
+#include "tools/commands/DiffCommand.h"
 
 #include <map>
 #include <vector>
 
-#include "tools/BlobsCommand.h"
-#include "tools/ChildLoad.h"
+#include "tools/commands/BlobsCommand.h"
+#include "tools/load/ChildLoad.h"
 #include "tools/EntryView.h"
 #include "tools/NumberText.h"
 #include "tools/TextTable.h"

@@ -1,10 +1,10 @@
-#include "tools/SvgPlot.h"
+#include "tools/render/SvgPlot.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 
-#include "tools/HtmlWriter.h"
+#include "tools/render/HtmlWriter.h"
 
 namespace korva::tool {
 

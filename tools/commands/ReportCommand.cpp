@@ -1,4 +1,4 @@
-#include "tools/ReportCommand.h"
+#include "tools/commands/ReportCommand.h"
 
 #include <cctype>
 #include <cerrno>
@@ -7,14 +7,14 @@
 #include <map>
 #include <memory>
 
-#include "tools/BlobsCommand.h"
+#include "tools/commands/BlobsCommand.h"
 #include "tools/CheckCommand.h"
-#include "tools/ChildLoad.h"
-#include "tools/DiffCommand.h"
-#include "tools/HtmlWriter.h"
+#include "tools/load/ChildLoad.h"
+#include "tools/commands/DiffCommand.h"
+#include "tools/render/HtmlWriter.h"
 #include "tools/LintRules.h"
 #include "tools/StoreSession.h"
-#include "tools/SvgPlot.h"
+#include "tools/render/SvgPlot.h"
 #include "tools/VersionInfo.h"
 #include "tools/lint/Effects.h"
 

@@ -1,4 +1,4 @@
-#include "tools/ChildLoad.h"
+#include "tools/load/ChildLoad.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
