@@ -1,141 +1,56 @@
 #include "tools/commands/DiffCommand.h"
 
 #include <map>
+#include <set>
 #include <vector>
 
-#include "tools/commands/BlobsCommand.h"
-#include "tools/load/ChildLoad.h"
+#include "tools/BlobDecoder.h"
 #include "tools/EntryView.h"
 #include "tools/NumberText.h"
 #include "tools/TextTable.h"
+#include "tools/load/ChildLoad.h"
+#include "translator/VexParameter.h"
 
 namespace korva::tool {
 
 namespace {
 
-// Loads one file in a child process and reads back its blobs document.
-int loadInChild(const std::string& path, Json* document) {
-    const int status = ChildLoad::run(path, BlobsCommand::collectJson, document);
-    if (status == kExitOk && !document->contains("blobs")) {
-        ToolOutput::error(path, "could not read the blobs back from the loading process");
-        return kExitError;
-    }
-    return status;
-}
-
-}  // namespace
-
-// A blob's identity across the two files.
-std::string DiffCommand::blobKey(const Json& blob) {
-    const std::string kind = blob.value("kind", "");
-    if (kind == "tuning_device") {
-        return kind + ":" + blob.value("name", "");
-    }
-    return kind + ":" + std::to_string(blob.value("id", 0));
-}
-
-std::string DiffCommand::blobTitle(const Json& blob) {
-    if (blob.value("kind", "") == "tuning_device") {
-        return "tuning device \"" + blob.value("name", "") + "\"";
-    }
-    return "profile " + std::to_string(blob.value("id", 0)) + " \"" + blob.value("name", "") + "\"";
-}
-
-// An entry's identity within a blob: device, code, and which occurrence of that pair it is.
-std::vector<std::string> DiffCommand::entryKeys(const Json& entries) {
-    std::vector<std::string> keys;
-    std::map<std::string, int> seen;
-    for (const Json& entry : entries) {
-        const std::string pair =
-            std::to_string(entry.value("device", 0)) + "/" + entry.value("code", std::string());
-        keys.push_back(pair + "#" + std::to_string(seen[pair]++));
-    }
-    return keys;
-}
-
-namespace {
-
-std::vector<int> valuesOf(const Json& entry) {
-    std::vector<int> values;
-    if (entry.contains("values") && entry["values"].is_array()) {
-        for (const Json& value : entry["values"]) {
-            values.push_back(value.is_number_integer() ? value.get<int>() : 0);
-        }
-    }
-    return values;
-}
-
-Json entryChange(const char* change, const Json& entry) {
+Json entryChange(const char* change, const LoadedEntry& entry) {
     return {{"change", change},
-            {"device", entry.value("device", 0)},
-            {"device_name", entry.value("device_name", std::string())},
-            {"code", entry.value("code", std::string())}};
-}
-
-// The entry's parameters and lines, or its rule, as the file's load reported them.
-std::string sourceOf(const Json& entry) {
-    if (!entry.contains("source")) {
-        return "";
-    }
-    const Json& source = entry["source"];
-    if (source.contains("builtin_table")) {
-        return "built-in table \"" + source["builtin_table"].get<std::string>() + "\"";
-    }
-    return source.value("summary", std::string());
-}
-
-// The line of a band's own row in the file, as the entry's source reports the rows its
-// parameters were read from; 0 when none is reported.
-long bandLine(const Json& entry, int band) {
-    if (band < 0 || !entry.contains("source") || !entry["source"].contains("parameters")) {
-        return 0;
-    }
-    for (const Json& parameter : entry["source"]["parameters"]) {
-        for (const Json& step : parameter["steps"]) {
-            int row = 0;
-            for (const Json& element : step["elements"]) {
-                if (element.value("row", false) && row++ == band) {
-                    return element["line"].get<long>();
-                }
-            }
-        }
-    }
-    return 0;
+            {"device", entry.deviceId},
+            {"device_name", BlobDecoder::deviceName(entry.deviceId)},
+            {"code", BlobDecoder::codeText(entry.code)}};
 }
 
 // The values that differ between two lists of one length, by band or row where the entry's
-// layout says, each with its old and new value in its unit.
-Json changedValues(const Json& entry, const Json& newEntry, const std::vector<int>& before,
-                   const std::vector<int>& after) {
-    const int32_t code = vexParameterCode(entry.value("code", std::string()).c_str());
-    const EntryView oldView = EntryView::decode(code, before);
-    const EntryView newView = EntryView::decode(code, after);
+// layout says, each with its old and new value in its unit and the lines of a band's own row.
+Json changedValues(const LoadedEntry& a, const LoadedEntry& b) {
+    const EntryView oldView = EntryView::decode(a.code, a.values);
+    const EntryView newView = EntryView::decode(b.code, b.values);
     Json changes = Json::array();
-    for (size_t i = 0; i < before.size(); i++) {
-        if (before[i] != after[i]) {
-            const EntryView::Place was = oldView.place(i);
-            Json change = {
-                {"index", i},      {"where", was.where},    {"old", before[i]},
-                {"new", after[i]}, {"old_text", was.value}, {"new_text", newView.place(i).value}};
-            const long lineA = bandLine(entry, was.band);
-            const long lineB = bandLine(newEntry, was.band);
-            if (lineA > 0 || lineB > 0) {
-                change["line_a"] = lineA;
-                change["line_b"] = lineB;
-            }
-            changes.push_back(change);
+    for (size_t i = 0; i < a.values.size(); i++) {
+        if (a.values[i] == b.values[i]) {
+            continue;
         }
+        const EntryView::Place was = oldView.place(i);
+        Json change = {
+            {"index", i},         {"where", was.where},    {"old", a.values[i]},
+            {"new", b.values[i]}, {"old_text", was.value}, {"new_text", newView.place(i).value}};
+        const long lineA = a.rowLine(was.band);
+        const long lineB = b.rowLine(was.band);
+        if (lineA > 0 || lineB > 0) {
+            change.update({{"line_a", lineA}, {"line_b", lineB}});
+        }
+        changes.push_back(std::move(change));
     }
     return changes;
 }
 
 // The entry changes between two versions of one blob, in the order of the first, then the
 // entries only the second has.
-Json compareEntries(const Json& before, const Json& after) {
-    const Json& oldEntries = before["entries"];
-    const Json& newEntries = after["entries"];
-    const std::vector<std::string> oldKeys = DiffCommand::entryKeys(oldEntries);
-    const std::vector<std::string> newKeys = DiffCommand::entryKeys(newEntries);
+Json compareEntries(const LoadedBlob& before, const LoadedBlob& after) {
+    const std::vector<std::string> oldKeys = before.entryKeys();
+    const std::vector<std::string> newKeys = after.entryKeys();
     std::map<std::string, size_t> newIndex;
     for (size_t i = 0; i < newKeys.size(); i++) {
         newIndex[newKeys[i]] = i;
@@ -143,110 +58,161 @@ Json compareEntries(const Json& before, const Json& after) {
     Json changes = Json::array();
     std::vector<bool> matched(newKeys.size(), false);
     for (size_t i = 0; i < oldKeys.size(); i++) {
+        const LoadedEntry& a = before.entries[i];
         auto found = newIndex.find(oldKeys[i]);
         if (found == newIndex.end()) {
-            Json change = entryChange("removed", oldEntries[i]);
-            change["source_a"] = sourceOf(oldEntries[i]);
-            change["old"] = valuesOf(oldEntries[i]);
+            Json change = entryChange("removed", a);
+            change.update({{"source_a", a.from}, {"old", a.values}});
             changes.push_back(change);
             continue;
         }
         matched[found->second] = true;
-        const std::vector<int> oldValues = valuesOf(oldEntries[i]);
-        const std::vector<int> newValues = valuesOf(newEntries[found->second]);
-        if (oldValues != newValues) {
-            Json change = entryChange("changed", oldEntries[i]);
-            change["source_a"] = sourceOf(oldEntries[i]);
-            change["source_b"] = sourceOf(newEntries[found->second]);
-            change["old"] = oldValues;
-            change["new"] = newValues;
-            if (oldValues.size() == newValues.size()) {
-                change["values"] =
-                    changedValues(oldEntries[i], newEntries[found->second], oldValues, newValues);
+        const LoadedEntry& b = after.entries[found->second];
+        if (a.values != b.values) {
+            Json change = entryChange("changed", a);
+            change.update(
+                {{"source_a", a.from}, {"source_b", b.from}, {"old", a.values}, {"new", b.values}});
+            if (a.values.size() == b.values.size()) {
+                change["values"] = changedValues(a, b);
             }
             changes.push_back(change);
         }
     }
     for (size_t i = 0; i < newKeys.size(); i++) {
         if (!matched[i]) {
-            Json change = entryChange("added", newEntries[i]);
-            change["source_b"] = sourceOf(newEntries[i]);
-            change["new"] = valuesOf(newEntries[i]);
+            Json change = entryChange("added", after.entries[i]);
+            change.update({{"source_b", after.entries[i].from}, {"new", after.entries[i].values}});
             changes.push_back(change);
         }
     }
     return changes;
 }
 
+const PortState& portOf(const StoreState& state, const char* port) {
+    static const PortState kNone;
+    for (const PortState& item : state.ports) {
+        if (item.port == port) {
+            return item;
+        }
+    }
+    return kNone;
+}
+
+// A mix matrix's changes: each changed value by matrix, row and column, named by the row element
+// of the file it was read from; the whole matrices when their lengths differ.
+void compareMatrices(const std::string& device, const MixMatrix& a, const MixMatrix& b,
+                     Json* changes) {
+    const std::string what = "mix matrix of \"" + device + "\"";
+    if (a.words.size() != b.words.size()) {
+        changes->push_back({{"what", what},
+                            {"tuning_device", device},
+                            {"a", NumberText::join(a.words)},
+                            {"b", NumberText::join(b.words)}});
+        return;
+    }
+    // The store's words are the output mode's less its leading enable word.
+    const auto view = [](const MixMatrix& matrix) {
+        std::vector<int> words = {0};
+        words.insert(words.end(), matrix.words.begin(), matrix.words.end());
+        return EntryView::decode(vexParameterCode(DOM), words);
+    };
+    const EntryView viewA = view(a);
+    const EntryView viewB = view(b);
+    for (size_t i = 0; i < a.words.size(); i++) {
+        if (a.words[i] == b.words[i]) {
+            continue;
+        }
+        const MatrixRow* rowA = a.rowOf(i);
+        const MatrixRow* rowB = b.rowOf(i);
+        const MatrixRow* row = rowB != nullptr ? rowB : rowA;
+        Json change = {{"what", what + " " + viewB.place(i + 1).where +
+                                    (row != nullptr ? " <" + row->element + "> line " +
+                                                          std::to_string(row->line)
+                                                    : "")},
+                       {"tuning_device", device},
+                       {"a", viewA.place(i + 1).value},
+                       {"b", viewB.place(i + 1).value}};
+        if (row != nullptr) {
+            change.update({{"element", row->element},
+                           {"line_a", rowA != nullptr ? rowA->line : 0},
+                           {"line_b", rowB != nullptr ? rowB->line : 0}});
+        }
+        changes->push_back(std::move(change));
+    }
+}
+
 }  // namespace
 
-Json DiffCommand::compare(const Json& a, const Json& b) {
-    std::map<std::string, const Json*> inB;
-    for (const Json& blob : b["blobs"]) {
-        inB[blobKey(blob)] = &blob;
+Json DiffCommand::compare(const LoadedFile& a, const LoadedFile& b) {
+    std::map<std::string, const LoadedBlob*> inB;
+    for (const LoadedBlob& blob : b.blobs) {
+        inB[blob.key()] = &blob;
     }
-    std::map<std::string, bool> seen;
+    std::set<std::string> seen;
     Json differences = Json::array();
-    for (const Json& blob : a["blobs"]) {
-        const std::string key = blobKey(blob);
-        seen[key] = true;
-        Json difference = {{"blob", blobTitle(blob)}};
-        auto other = inB.find(key);
+    for (const LoadedBlob& blob : a.blobs) {
+        seen.insert(blob.key());
+        auto other = inB.find(blob.key());
         if (other == inB.end()) {
-            difference["change"] = "removed";
-            difference["entries"] = blob["entries"].size();
-            differences.push_back(difference);
+            differences.push_back(
+                {{"blob", blob.title()}, {"change", "removed"}, {"entries", blob.entries.size()}});
             continue;
         }
         Json changes = compareEntries(blob, *other->second);
         if (!changes.empty()) {
-            difference["change"] = "changed";
-            difference["entries"] = changes;
-            differences.push_back(difference);
+            differences.push_back(
+                {{"blob", blob.title()}, {"change", "changed"}, {"entries", std::move(changes)}});
         }
     }
-    for (const Json& blob : b["blobs"]) {
-        if (!seen[blobKey(blob)]) {
-            differences.push_back({{"blob", blobTitle(blob)},
-                                   {"change", "added"},
-                                   {"entries", blob["entries"].size()}});
+    for (const LoadedBlob& blob : b.blobs) {
+        if (seen.count(blob.key()) == 0) {
+            differences.push_back(
+                {{"blob", blob.title()}, {"change", "added"}, {"entries", blob.entries.size()}});
         }
     }
     return differences;
 }
 
-namespace {}  // namespace
-
-// What the store serves besides its blobs, where the two files differ: each item with its
-// value in either file.
-Json DiffCommand::compareStore(const Json& a, const Json& b) {
+Json DiffCommand::compareStore(const StoreState& a, const StoreState& b) {
     Json changes = Json::array();
-    const Json none = Json::object();
-    const auto text = [](const Json& value) {
-        return value.is_string() ? value.get<std::string>() : value.is_null() ? "" : value.dump();
-    };
-    const auto compare = [&](const std::string& what, const Json& before, const Json& after) {
-        if (before != after) {
-            changes.push_back({{"what", what}, {"a", text(before)}, {"b", text(after)}});
+    const auto differ = [&changes](const std::string& what, const std::string& x,
+                                   const std::string& y) {
+        if (x != y) {
+            changes.push_back({{"what", what}, {"a", x}, {"b", y}});
         }
     };
-    compare("tunings usable", a.value("tunings_usable", Json()), b.value("tunings_usable", Json()));
-    for (const char* group : {"tuning_devices", "selections"}) {
-        const Json& before = a.contains(group) ? a[group] : none;
-        const Json& after = b.contains(group) ? b[group] : none;
-        std::map<std::string, bool> ports;
-        for (const Json* side : {&before, &after}) {
-            for (const auto& item : side->items()) {
-                ports[item.key()] = true;
-            }
-        }
-        const std::string label =
-            std::string(group) == "selections" ? "default selection of " : "tuning devices of ";
-        for (const auto& [port, unused] : ports) {
-            compare(label + port, before.value(port, Json()), after.value(port, Json()));
+    differ("tunings usable", a.tuningsUsable ? "true" : "false", b.tuningsUsable ? "true" : "false");
+    for (const char* port : kAndroidDeviceNames) {
+        differ(std::string("tuning devices of ") + port, portOf(a, port).devices,
+               portOf(b, port).devices);
+    }
+    for (const char* port : kAndroidDeviceNames) {
+        differ(std::string("default selection of ") + port, portOf(a, port).selected,
+               portOf(b, port).selected);
+    }
+    std::set<std::string> devices;
+    for (const StoreState* state : {&a, &b}) {
+        for (const auto& [device, matrix] : state->mixMatrices) {
+            devices.insert(device);
         }
     }
+    static const MixMatrix kNone;
+    for (const std::string& device : devices) {
+        const auto inA = a.mixMatrices.find(device);
+        const auto inB = b.mixMatrices.find(device);
+        compareMatrices(device, inA != a.mixMatrices.end() ? inA->second : kNone,
+                        inB != b.mixMatrices.end() ? inB->second : kNone, &changes);
+    }
     return changes;
+}
+
+Json DiffCommand::compare(const Json& a, const Json& b) {
+    return compare(LoadedFile::fromJson(a), LoadedFile::fromJson(b));
+}
+
+Json DiffCommand::compareStore(const Json& a, const Json& b) {
+    return compareStore(LoadedFile::fromJson({{"store", a}}).store,
+                        LoadedFile::fromJson({{"store", b}}).store);
 }
 
 namespace {
@@ -342,16 +308,15 @@ std::string DiffCommand::text(const Json& differences, const Json& state, const 
 }
 
 int DiffCommand::run(const Options& options) {
-    Json a;
-    Json b;
-    if (loadInChild(options.fileA, &a) != kExitOk || loadInChild(options.fileB, &b) != kExitOk) {
+    std::vector<LoadedFile> files;
+    if (ChildLoad::load({options.fileA, options.fileB}, &files) != kExitOk) {
         return kExitError;
     }
+    const LoadedFile& a = files[0];
+    const LoadedFile& b = files[1];
     const Json differences = compare(a, b);
-    const Json state =
-        compareStore(a.value("store", Json::object()), b.value("store", Json::object()));
+    const Json state = compareStore(a.store, b.store);
     const bool identical = differences.empty() && state.empty();
-    const int status = identical ? kExitOk : kExitFindings;
     if (options.common.json) {
         ToolOutput::printJson({{"a", options.fileA},
                                {"b", options.fileB},
@@ -361,7 +326,7 @@ int DiffCommand::run(const Options& options) {
     } else {
         ToolOutput::print(text(differences, state, options.fileA, options.fileB));
     }
-    return status;
+    return identical ? kExitOk : kExitFindings;
 }
 
 }  // namespace korva::tool

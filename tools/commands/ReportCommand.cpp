@@ -7,16 +7,19 @@
 #include <map>
 #include <memory>
 
-#include "tools/commands/BlobsCommand.h"
+#include "tools/BlobDecoder.h"
 #include "tools/CheckCommand.h"
-#include "tools/load/ChildLoad.h"
-#include "tools/commands/DiffCommand.h"
-#include "tools/render/HtmlWriter.h"
+#include "tools/EntryView.h"
 #include "tools/LintRules.h"
+#include "tools/NumberText.h"
 #include "tools/StoreSession.h"
-#include "tools/render/SvgPlot.h"
 #include "tools/VersionInfo.h"
+#include "tools/commands/DiffCommand.h"
 #include "tools/lint/Effects.h"
+#include "tools/load/ChildLoad.h"
+#include "tools/render/HtmlWriter.h"
+#include "tools/render/SvgPlot.h"
+#include "translator/VexParameter.h"
 
 namespace korva::tool {
 
@@ -62,6 +65,15 @@ document.addEventListener('DOMContentLoaded', function () {
 });
 )js";
 
+// One file of the page: its text, check's findings, and what the load made of it.
+struct ReportFile {
+    std::string path;
+    std::string text;
+    Json findings;
+    bool readable = false;
+    LoadedFile loaded;
+};
+
 std::string fileTag(size_t file) {
     return "f" + std::to_string(file);
 }
@@ -74,25 +86,17 @@ std::string lineLink(size_t file, long line) {
     return Html::link(lineAnchor(file, line), "line " + std::to_string(line));
 }
 
-std::string fileLabel(const std::vector<Json>& files, size_t file) {
-    const std::string path = files[file].value("file", "");
-    return files.size() == 1 ? path : std::string(file == 0 ? "A: " : "B: ") + path;
+// "A: " and "B: " before what belongs to one of two files.
+std::string side(const std::vector<ReportFile>& files, size_t file) {
+    return files.size() == 1 ? "" : file == 0 ? "A: " : "B: ";
 }
 
-std::string joined(const Json& values) {
-    std::string text;
-    for (const Json& value : values) {
-        text += (text.empty() ? "" : " ") + value.dump();
-    }
-    return text;
-}
-
-void findingsSection(Html& html, const std::vector<Json>& files) {
+void findingsSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "findings"}});
     html.element("h2", "Findings");
     for (size_t f = 0; f < files.size(); f++) {
-        const Json& findings = files[f]["findings"];
-        html.element("h3", fileLabel(files, f) + ": " +
+        const Json& findings = files[f].findings;
+        html.element("h3", side(files, f) + files[f].path + ": " +
                                (findings.empty() ? "no findings"
                                                  : std::to_string(findings.size()) + " findings"));
         std::vector<std::vector<std::string>> rows;
@@ -117,148 +121,96 @@ void findingsSection(Html& html, const std::vector<Json>& files) {
     html.close("section");
 }
 
-void portsSection(Html& html, const std::vector<Json>& files) {
+void portsSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "ports"}});
     html.element("h2", "Ports and tuning devices");
     for (size_t f = 0; f < files.size(); f++) {
-        if (!files[f].contains("summary")) {
-            html.element("p", fileLabel(files, f) + ": the store could not read the file");
+        const LoadedFile& file = files[f].loaded;
+        if (!files[f].readable) {
+            html.element("p",
+                         side(files, f) + files[f].path + ": the store could not read the file");
             continue;
         }
-        const Json& summary = files[f]["summary"];
-        html.element("h3", fileLabel(files, f));
-        html.element(
-            "p", "format version " + summary.value("format_version", "") + ", tool version " +
-                     summary.value("tool_version", "") +
-                     ", tunings usable: " + (summary.value("tunings_usable", false) ? "yes" : "no"));
+        html.element("h3", side(files, f) + files[f].path);
+        html.element("p", "format version " + file.formatVersion + ", tool version " +
+                              file.toolVersion +
+                              ", tunings usable: " + (file.store.tuningsUsable ? "yes" : "no"));
         std::vector<std::vector<std::string>> rows;
-        for (const Json& port : summary["ports"]) {
-            std::string devices;
-            for (const Json& device : port["tuning_devices"]) {
-                const std::string name = device.get<std::string>();
-                devices += (devices.empty() ? "" : " ") + (name.empty() ? "\"\"" : name);
-            }
-            const std::string selected =
-                port["selected"].is_null() ? "-" : port["selected"].get<std::string>();
-            rows.push_back({Html::escape(port.value("port", "")),
-                            Html::escape(selected.empty() ? "\"\"" : selected),
-                            Html::escape(devices.empty() ? "none" : devices)});
+        for (const PortState& port : file.store.ports) {
+            rows.push_back({Html::escape(port.port), Html::escape(port.selected),
+                            Html::escape(port.devices.empty() ? "none" : port.devices)});
         }
         html.table({"port", "selected", "tuning devices"}, rows, {{"class", "ports"}});
     }
     html.close("section");
 }
 
-// The blobs of each file by identity, and their order: the first file's, then the others'.
+// The blobs of each file by identity, in the order of the first file's, then the others'.
 struct BlobIndex {
     std::vector<std::string> order;
-    std::map<std::string, std::vector<const Json*>> byKey;  // one slot per file
+    std::map<std::string, std::vector<const LoadedBlob*>> byKey;  // one slot per file
+
+    explicit BlobIndex(const std::vector<ReportFile>& files) {
+        for (size_t f = 0; f < files.size(); f++) {
+            for (const LoadedBlob& blob : files[f].loaded.blobs) {
+                auto& slots = byKey[blob.key()];
+                if (slots.empty()) {
+                    order.push_back(blob.key());
+                    slots.resize(files.size(), nullptr);
+                }
+                slots[f] = &blob;
+            }
+        }
+    }
+    const LoadedBlob& first(const std::string& key) const {
+        const auto& slots = byKey.at(key);
+        return slots[0] != nullptr ? *slots[0] : *slots.back();
+    }
 };
 
-BlobIndex indexBlobs(const std::vector<Json>& files) {
-    BlobIndex index;
-    for (size_t f = 0; f < files.size(); f++) {
-        if (!files[f].contains("blobs")) {
-            continue;
-        }
-        for (const Json& blob : files[f]["blobs"]) {
-            const std::string key = DiffCommand::blobKey(blob);
-            auto& slots = index.byKey[key];
-            if (slots.empty()) {
-                index.order.push_back(key);
-                slots.resize(files.size(), nullptr);
-            }
-            slots[f] = &blob;
-        }
-    }
-    return index;
-}
-
-// The entries of a blob by their identity within it.
-std::map<std::string, const Json*> entriesByKey(const Json* blob) {
-    std::map<std::string, const Json*> out;
-    if (blob == nullptr) {
-        return out;
-    }
-    const std::vector<std::string> keys = DiffCommand::entryKeys((*blob)["entries"]);
-    for (size_t i = 0; i < keys.size(); i++) {
-        out[keys[i]] = &(*blob)["entries"][i];
-    }
-    return out;
-}
-
-const Json& viewOf(const Json& entry) {
-    static const Json kNone = Json::object();
-    return entry.contains("view") ? entry["view"] : kNone;
-}
-
-std::string parameterNames(const Json& entry) {
-    std::string names;
-    if (entry.contains("source") && entry["source"].contains("parameters")) {
-        for (const Json& parameter : entry["source"]["parameters"]) {
-            names += (names.empty() ? "" : ", ") + parameter.value("name", "");
-        }
-    }
-    return names;
-}
-
 // A band list's level columns as curves over its frequency column.
-void addCurves(SvgPlot& plot, const Json& view, bool second, const std::string& suffix) {
-    const Json* frequencies = nullptr;
-    for (const Json& column : view["columns"]) {
-        if (column.value("unit", "") == "Hz") {
-            frequencies = &column;
-            break;
-        }
-    }
-    if (frequencies == nullptr) {
-        return;
-    }
+void addCurves(SvgPlot& plot, const EntryView& view, bool dashed, const std::string& suffix) {
     size_t colour = 0;
-    for (const Json& column : view["columns"]) {
-        if (column.value("unit", "") != "dB") {
+    for (const BandColumnView& column : view.columns) {
+        if (column.unit != ListUnit::kSixteenthDb || view.columns[0].unit != ListUnit::kHz) {
             continue;
         }
-        PlotSeries series{column.value("name", "") + suffix, {}, SvgPlot::color(colour++), second};
-        const Json& values = column["values"];
-        for (size_t i = 0; i < values.size() && i < (*frequencies)["raw"].size(); i++) {
-            series.points.emplace_back((*frequencies)["raw"][i].get<double>(),
-                                       values[i].get<double>());
+        PlotSeries series{column.name + suffix, {}, SvgPlot::color(colour++), dashed};
+        for (size_t i = 0; i < column.raw.size() && i < view.columns[0].raw.size(); i++) {
+            series.points.emplace_back(view.columns[0].raw[i], EntryView::decibels(column.raw[i]));
         }
         plot.add(std::move(series));
     }
 }
 
-void curvesSection(Html& html, const std::vector<Json>& files, const BlobIndex& index) {
+void curvesSection(Html& html, const std::vector<ReportFile>& files, const BlobIndex& index) {
     html.open("section", {{"id", "curves"}});
     html.element("h2", "EQ curves");
     if (files.size() == 2) {
-        html.element("p", "Solid: A (" + files[0].value("file", "") + "); dashed: B (" +
-                              files[1].value("file", "") + ").");
+        html.element("p", "Solid: A (" + files[0].path + "); dashed: B (" + files[1].path + ").");
     }
     for (const std::string& key : index.order) {
-        const auto& slots = index.byKey.at(key);
-        const Json* first = slots[0] != nullptr ? slots[0] : slots.back();
-        std::vector<std::map<std::string, const Json*>> entries;
-        for (const Json* blob : slots) {
-            entries.push_back(entriesByKey(blob));
-        }
+        const LoadedBlob& first = index.first(key);
+        const std::vector<std::string> keys = first.entryKeys();
         std::string figures;
-        const std::vector<std::string> keys = DiffCommand::entryKeys((*first)["entries"]);
         for (size_t i = 0; i < keys.size(); i++) {
-            const Json& entry = (*first)["entries"][i];
-            if (viewOf(entry).value("layout", "") != "bands") {
+            const LoadedEntry& entry = first.entries[i];
+            if (EntryView::decode(entry.code, entry.values).kind != EntryView::Kind::kBands) {
                 continue;
             }
-            const std::string names = parameterNames(entry);
-            SvgPlot plot(entry.value("device_name", "") + " " + entry.value("code", "") +
-                             (names.empty() ? "" : ": " + names),
+            const std::string names = entry.parameterNames();
+            SvgPlot plot(BlobDecoder::deviceName(entry.deviceId) + " " +
+                             BlobDecoder::codeText(entry.code) + (names.empty() ? "" : ": " + names),
                          "dB");
-            for (size_t f = 0; f < entries.size(); f++) {
-                auto found = entries[f].find(keys[i]);
-                if (found != entries[f].end() && viewOf(*found->second).contains("columns")) {
-                    addCurves(plot, viewOf(*found->second), f == 1,
-                              entries.size() == 2 ? (f == 0 ? " A" : " B") : "");
+            const auto& slots = index.byKey.at(key);
+            for (size_t f = 0; f < slots.size(); f++) {
+                const std::vector<std::string> theirs =
+                    slots[f] != nullptr ? slots[f]->entryKeys() : std::vector<std::string>();
+                const auto at = std::find(theirs.begin(), theirs.end(), keys[i]);
+                if (at != theirs.end()) {
+                    const LoadedEntry& their = slots[f]->entries[at - theirs.begin()];
+                    addCurves(plot, EntryView::decode(their.code, their.values), f == 1,
+                              slots.size() == 2 ? (f == 0 ? " A" : " B") : "");
                 }
             }
             if (!plot.empty()) {
@@ -266,107 +218,161 @@ void curvesSection(Html& html, const std::vector<Json>& files, const BlobIndex& 
             }
         }
         if (!figures.empty()) {
-            html.element("h3", DiffCommand::blobTitle(*first));
+            html.element("h3", first.title());
             html.raw("<div class=\"figures\">" + figures + "</div>\n");
         }
     }
     html.close("section");
 }
 
-void matricesSection(Html& html, const std::vector<Json>& files, const BlobIndex& index) {
+// Heat maps of an output mode's matrices, each row named by rowName(index of its first word).
+template <typename RowName>
+std::string heatMaps(const std::string& title, const EntryView& view, RowName rowName) {
+    std::string figures;
+    size_t at = kOutputModeLeadWords;
+    for (size_t m = 0; m < view.matrices.size(); m++) {
+        const MixMatrixView& matrix = view.matrices[m];
+        std::vector<std::vector<double>> cells;
+        std::vector<std::string> labels;
+        at += kMixMatrixHeadWords;
+        for (const std::vector<int>& row : matrix.rows) {
+            cells.emplace_back();
+            for (int word : row) {
+                cells.back().push_back(EntryView::q14(word));
+            }
+            labels.push_back(rowName(at, cells.size()));
+            at += row.size();
+        }
+        figures += "<figure>" +
+                   SvgPlot::heatMap(title + " matrix " + std::to_string(m + 1) + " (layout " +
+                                        std::to_string(matrix.layout) + ")",
+                                    cells, labels, {"left", "right"}) +
+                   "</figure>";
+    }
+    return figures;
+}
+
+void matricesSection(Html& html, const std::vector<ReportFile>& files, const BlobIndex& index) {
     html.open("section", {{"id", "matrices"}});
     html.element("h2", "Mix matrices");
     html.element("p",
                  "Each input channel's share of the left and right outputs (Q14 words as "
-                 "decimals; red above 0, blue below).");
+                 "decimals; red above 0, blue below). A tuning device's rows are named by the "
+                 "file's elements.");
+    const auto numbered = [](size_t, size_t row) { return "in " + std::to_string(row); };
     for (const std::string& key : index.order) {
-        const auto& slots = index.byKey.at(key);
         std::string figures;
+        const auto& slots = index.byKey.at(key);
         for (size_t f = 0; f < slots.size(); f++) {
-            if (slots[f] == nullptr) {
-                continue;
+            for (const LoadedEntry& entry :
+                 slots[f] != nullptr ? slots[f]->entries : std::vector<LoadedEntry>()) {
+                const EntryView view = EntryView::decode(entry.code, entry.values);
+                if (view.kind == EntryView::Kind::kOutputMode) {
+                    figures +=
+                        heatMaps(side(files, f) + BlobDecoder::deviceName(entry.deviceId) + " dom",
+                                 view, numbered);
+                }
             }
-            for (const Json& entry : (*slots[f])["entries"]) {
-                const Json& view = viewOf(entry);
-                if (view.value("layout", "") != "output_mode") {
-                    continue;
-                }
-                size_t number = 0;
-                for (const Json& matrix : view["matrices"]) {
-                    std::vector<std::vector<double>> cells;
-                    std::vector<std::string> rowLabels;
-                    for (const Json& row : matrix["rows"]) {
-                        cells.push_back(row["values"].get<std::vector<double>>());
-                        rowLabels.push_back("in " + std::to_string(cells.size()));
-                    }
-                    const std::string title =
-                        (files.size() == 2 ? std::string(f == 0 ? "A: " : "B: ") : "") +
-                        entry.value("device_name", "") + " dom matrix " + std::to_string(++number) +
-                        " (layout " + std::to_string(matrix.value("layout", 0)) + ")";
-                    figures += "<figure>" +
-                               SvgPlot::heatMap(title, cells, rowLabels, {"left", "right"}) +
-                               "</figure>";
-                }
+            const auto matrix =
+                slots[f] == nullptr || slots[f]->kind != LoadedBlob::Kind::kTuningDevice
+                    ? files[f].loaded.store.mixMatrices.end()
+                    : files[f].loaded.store.mixMatrices.find(slots[f]->name);
+            if (matrix != files[f].loaded.store.mixMatrices.end()) {
+                std::vector<int> words = {0};
+                words.insert(words.end(), matrix->second.words.begin(), matrix->second.words.end());
+                const auto named = [&matrix, &numbered](size_t at, size_t row) {
+                    const MatrixRow* element = matrix->second.rowOf(at - 1);
+                    return element != nullptr ? "<" + element->element + ">" : numbered(at, row);
+                };
+                figures += heatMaps(side(files, f) + "mix matrix",
+                                    EntryView::decode(vexParameterCode(DOM), words), named);
             }
         }
         if (!figures.empty()) {
-            const Json* blob = slots[0] != nullptr ? slots[0] : slots.back();
-            html.element("h3", DiffCommand::blobTitle(*blob));
+            html.element("h3", index.first(key).title());
             html.raw("<div class=\"figures\">" + figures + "</div>\n");
         }
     }
     html.close("section");
 }
 
-void diffSection(Html& html, const std::vector<Json>& files) {
+// The cells of one side of a change: its values, the changed ones marked.
+std::string sideCell(const char* side, const std::string& text) {
+    return "<span class=\"" + std::string(side) + "\">" + Html::escape(text) + "</span>";
+}
+
+void diffSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "diff"}});
-    html.element("h2", "Differences in the blobs, A to B");
-    const Json differences = DiffCommand::compare(files[0], files[1]);
-    if (differences.empty()) {
-        html.element("p", "The two files give the same blobs.");
+    html.element("h2", "Differences, A to B");
+    const Json differences = DiffCommand::compare(files[0].loaded, files[1].loaded);
+    const Json store = DiffCommand::compareStore(files[0].loaded.store, files[1].loaded.store);
+    if (differences.empty() && store.empty()) {
+        html.element("p", "The two files give the same blobs and the same store.");
     }
     std::vector<std::vector<std::string>> rows;
+    for (const Json& change : store) {
+        rows.push_back({"store", "changed", "", "", Html::escape(change["what"].get<std::string>()),
+                        "", sideCell("old", change["a"]), sideCell("new", change["b"])});
+    }
     for (const Json& difference : differences) {
-        const std::string blob = Html::escape(difference.value("blob", ""));
-        const std::string change = difference.value("change", "");
+        const std::string blob = Html::escape(difference["blob"].get<std::string>());
         if (!difference["entries"].is_array()) {
-            rows.push_back({blob, Html::escape(change), "", "", "", ""});
+            rows.push_back({blob, Html::escape(difference["change"].get<std::string>()), "", "", "",
+                            "", "", ""});
             continue;
         }
         for (const Json& entry : difference["entries"]) {
-            rows.push_back(
-                {blob, Html::escape(entry.value("change", "")),
-                 Html::escape(entry.value("device_name", "")), Html::escape(entry.value("code", "")),
-                 "<span class=\"old\">" +
-                     Html::escape(entry.contains("old") ? joined(entry["old"]) : "") + "</span>",
-                 "<span class=\"new\">" +
-                     Html::escape(entry.contains("new") ? joined(entry["new"]) : "") + "</span>"});
+            const std::vector<std::string> head = {
+                blob, Html::escape(entry["change"].get<std::string>()),
+                Html::escape(entry["device_name"].get<std::string>()),
+                Html::escape(entry["code"].get<std::string>())};
+            if (!entry.contains("values")) {
+                std::vector<std::string> row = head;
+                row.insert(row.end(), {"", ""});
+                for (const char* side : {"old", "new"}) {
+                    row.push_back(
+                        sideCell(side, entry.contains(side)
+                                           ? NumberText::join(entry[side].get<std::vector<int>>())
+                                           : ""));
+                }
+                rows.push_back(row);
+                continue;
+            }
+            // One row per changed band or matrix value, as the command line shows them.
+            for (const Json& value : entry["values"]) {
+                std::vector<std::string> row = head;
+                const long lineB = value.value("line_b", 0L);
+                row.insert(row.end(),
+                           {Html::escape(value["where"].get<std::string>()),
+                            lineB > 0 ? lineLink(1, lineB) : "", sideCell("old", value["old_text"]),
+                            sideCell("new", value["new_text"])});
+                rows.push_back(row);
+            }
         }
     }
     if (!rows.empty()) {
-        html.table({"blob", "change", "device", "code", "A", "B"}, rows, {{"class", "diff"}});
+        html.table({"blob", "change", "device", "code", "where", "line", "A", "B"}, rows,
+                   {{"class", "diff"}});
     }
     html.close("section");
 }
 
 // A band list as one row per band, in the units of each column.
-std::string bandTable(const Json& view) {
-    const Json& columns = view["columns"];
-    std::string out = "<details><summary>" + std::to_string(view.value("bands", 0)) +
-                      " bands</summary><table><tr>";
+std::string bandTable(const EntryView& view) {
+    std::string out =
+        "<details><summary>" + std::to_string(view.bands) + " bands</summary><table><tr>";
     size_t rows = 0;
-    for (const Json& column : columns) {
-        out += "<th>" +
-               Html::escape(column.value("name", "") + " (" + column.value("unit", "") + ")") +
-               "</th>";
-        rows = std::max(rows, column["values"].size());
+    for (const BandColumnView& column : view.columns) {
+        out += "<th>" + Html::escape(column.name) + "</th>";
+        rows = std::max(rows, column.raw.size());
     }
     out += "</tr>";
     for (size_t r = 0; r < rows; r++) {
         out += "<tr>";
-        for (const Json& column : columns) {
+        for (const BandColumnView& column : view.columns) {
             out += "<td class=\"num\">" +
-                   (r < column["values"].size() ? column["values"][r].dump() : "") + "</td>";
+                   (r < column.raw.size() ? EntryView::valueText(column.unit, column.raw[r]) : "") +
+                   "</td>";
         }
         out += "</tr>";
     }
@@ -404,42 +410,30 @@ std::string linkedLines(const std::string& summary, size_t file) {
     return out + summary.substr(std::min(at, summary.size()));
 }
 
-void blobsSection(Html& html, const std::vector<Json>& files) {
+void blobsSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "blobs"}});
     html.element("h2", "Blobs, entry by entry");
     for (size_t f = 0; f < files.size(); f++) {
-        if (!files[f].contains("blobs")) {
-            continue;
-        }
         size_t blobNumber = 0;
-        for (const Json& blob : files[f]["blobs"]) {
+        for (const LoadedBlob& blob : files[f].loaded.blobs) {
             const std::string anchor = fileTag(f) + "-b" + std::to_string(blobNumber++);
             html.element("h3",
-                         (files.size() == 2 ? std::string(f == 0 ? "A: " : "B: ") : "") +
-                             DiffCommand::blobTitle(blob) + ": " +
-                             std::to_string(blob["entries"].size()) + " entries, " +
-                             std::to_string(blob.value("words", 0)) + " words",
+                         side(files, f) + blob.title() + ": " + std::to_string(blob.entries.size()) +
+                             " entries, " + std::to_string(blob.words) + " words",
                          {{"id", anchor}});
             html.open("table", {{"class", "blob"}});
             html.raw(
-                "<tr><th>#</th><th>device</th><th>code</th><th>values</th>"
-                "<th>from</th></tr>\n");
+                "<tr><th>#</th><th>device</th><th>code</th><th>values</th><th>from</th></tr>\n");
             size_t number = 0;
-            for (const Json& entry : blob["entries"]) {
-                const std::string row = anchor + "-e" + std::to_string(++number);
-                std::string values = Html::escape(joined(entry["values"]));
-                if (viewOf(entry).value("layout", "") == "bands") {
-                    values += bandTable(viewOf(entry));
-                }
-                const std::string from =
-                    entry.contains("source")
-                        ? linkedLines(Html::escape(entry["source"].value("summary", "")), f)
-                        : "";
-                html.open("tr", {{"id", row}});
+            for (const LoadedEntry& entry : blob.entries) {
+                const EntryView view = EntryView::decode(entry.code, entry.values);
+                html.open("tr", {{"id", anchor + "-e" + std::to_string(++number)}});
                 html.raw("<td class=\"num\">" + std::to_string(number) + "</td><td>" +
-                         Html::escape(entry.value("device_name", "")) + "</td><td>" +
-                         Html::escape(entry.value("code", "")) + "</td><td class=\"values\">" +
-                         values + "</td><td>" + from + "</td>");
+                         Html::escape(BlobDecoder::deviceName(entry.deviceId)) + "</td><td>" +
+                         Html::escape(BlobDecoder::codeText(entry.code)) +
+                         "</td><td class=\"values\">" + NumberText::join(entry.values) +
+                         (view.kind == EntryView::Kind::kBands ? bandTable(view) : "") +
+                         "</td><td>" + linkedLines(Html::escape(entry.from), f) + "</td>");
                 html.close("tr");
             }
             html.close("table");
@@ -448,18 +442,16 @@ void blobsSection(Html& html, const std::vector<Json>& files) {
     html.close("section");
 }
 
-void sourceSection(Html& html, const std::vector<Json>& files) {
+void sourceSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "source"}});
     html.element("h2", "Tuning file");
     for (size_t f = 0; f < files.size(); f++) {
-        html.element("h3", fileLabel(files, f));
+        html.element("h3", side(files, f) + files[f].path);
         html.open("pre", {{"class", "source"}, {"id", fileTag(f) + "-source"}});
-        const std::string text = files[f].value("source", "");
+        const std::string& text = files[f].text;
         long line = 0;
-        size_t start = 0;
-        while (start < text.size()) {
-            size_t end = text.find('\n', start);
-            end = end == std::string::npos ? text.size() : end;
+        for (size_t start = 0; start < text.size();) {
+            size_t end = std::min(text.find('\n', start), text.size());
             const std::string anchor = lineAnchor(f, ++line);
             html.raw("<span id=\"" + anchor + "\">" + Html::link(anchor, std::to_string(line)) +
                      Html::escape(text.substr(start, end - start)) + "</span>");
@@ -470,45 +462,16 @@ void sourceSection(Html& html, const std::vector<Json>& files) {
     html.close("section");
 }
 
-// The findings without their effects: the report shows what the load said.
-std::vector<Finding> unmeasured(const LoadReport& report) {
-    std::vector<Finding> findings = LintRules::run(report);
-    Effects::skip(&findings);
-    return findings;
-}
-
-}  // namespace
-
-int ReportCommand::collect(const std::string& path, Json* document) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, true);
-    if (session == nullptr) {
-        return kExitError;
-    }
-    const LoadReport& report = session->report();
-    *document = {{"file", path},
-                 {"source", session->text()},
-                 {"findings", CheckCommand::findingsJson(unmeasured(report), report)}};
-    if (report.readFailed) {
-        return kExitOk;
-    }
-    (*document)["summary"] = CheckCommand::summaryJson(*session);
-    (*document)["blobs"] = BlobsCommand::blobsJson(*session);
-    return kExitOk;
-}
-
-std::string ReportCommand::page(const std::vector<Json>& files) {
+std::string page(const std::vector<ReportFile>& files) {
     Html html;
     html.raw("<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">");
-    std::string title = "Tuning report: " + files[0].value("file", "");
-    if (files.size() == 2) {
-        title += " and " + files[1].value("file", "");
-    }
-    html.element("title", title);
+    html.element("title", "Tuning report: " + files[0].path +
+                              (files.size() == 2 ? " and " + files[1].path : ""));
     html.raw(std::string("<style>") + kStyle + "</style><script>" + kScript +
              "</script></head>\n<body>\n");
     html.element("h1", files.size() == 2 ? "Tuning report: A and B" : "Tuning report");
     for (size_t f = 0; f < files.size(); f++) {
-        html.element("p", fileLabel(files, f), {{"class", "file"}});
+        html.element("p", side(files, f) + files[f].path, {{"class", "file"}});
     }
     html.element("p", "spatializer-paramtool " + VersionInfo::tool() +
                           "; line links lead to the file's own lines at the end of the page.");
@@ -523,7 +486,7 @@ std::string ReportCommand::page(const std::vector<Json>& files) {
         }
     }
     html.raw("</nav>\n");
-    const BlobIndex index = indexBlobs(files);
+    const BlobIndex index(files);
     findingsSection(html, files);
     portsSection(html, files);
     curvesSection(html, files, index);
@@ -537,18 +500,38 @@ std::string ReportCommand::page(const std::vector<Json>& files) {
     return html.str();
 }
 
+}  // namespace
+
+int ReportCommand::collect(const std::string& path, Json* document) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, true);
+    if (session == nullptr) {
+        return kExitError;
+    }
+    const LoadReport& report = session->report();
+    // The findings without their effects: the report shows what the load said.
+    std::vector<Finding> findings = LintRules::run(report);
+    Effects::skip(&findings);
+    *document = {{"file", path},
+                 {"text", session->text()},
+                 {"findings", CheckCommand::findingsJson(findings, report)}};
+    if (!report.readFailed) {
+        (*document)["loaded"] = LoadedFile::of(*session).toJson(true);
+    }
+    return kExitOk;
+}
+
 int ReportCommand::run(const Options& options) {
-    std::vector<Json> files;
+    std::vector<ReportFile> files;
     for (const std::string& path : options.files) {
         Json document;
         if (ChildLoad::run(path, collect, &document) != kExitOk) {
             return kExitError;
         }
-        files.push_back(std::move(document));
+        files.push_back({path, document["text"], document["findings"], document.contains("loaded"),
+                         LoadedFile::fromJson(document.value("loaded", Json()))});
     }
-    const std::string html = page(files);
     std::ofstream out(options.output, std::ios::binary | std::ios::trunc);
-    out << html;
+    out << page(files);
     out.close();
     if (!out) {
         ToolOutput::error(options.output,

@@ -9,11 +9,19 @@
 
 namespace korva::tool {
 
-int ChildLoad::run(const std::string& path, Work work, Json* document) {
+namespace {
+
+struct Child {
+    pid_t pid = -1;
+    int fd = -1;  // the read end of the pipe the child writes its document to
+};
+
+// A child doing work on the file; pid -1 after one line on stderr when none could start.
+Child start(const std::string& path, ChildLoad::Work work) {
     int pipeFds[2];
     if (pipe(pipeFds) != 0) {
         ToolOutput::error(path, std::string("cannot make a pipe: ") + strerror(errno));
-        return kExitError;
+        return {};
     }
     fflush(stdout);
     fflush(stderr);
@@ -22,7 +30,7 @@ int ChildLoad::run(const std::string& path, Work work, Json* document) {
         ToolOutput::error(path, std::string("cannot start a process: ") + strerror(errno));
         close(pipeFds[0]);
         close(pipeFds[1]);
-        return kExitError;
+        return {};
     }
     if (child == 0) {
         close(pipeFds[0]);
@@ -45,17 +53,20 @@ int ChildLoad::run(const std::string& path, Work work, Json* document) {
         _exit(status);
     }
     close(pipeFds[1]);
+    return {child, pipeFds[0]};
+}
+
+// The document of a started child, read to its end, once the child has ended.
+int finish(const std::string& path, Child child, Json* document) {
     std::string text;
     char buffer[65536];
     ssize_t n;
-    while ((n = read(pipeFds[0], buffer, sizeof(buffer))) > 0 || (n < 0 && errno == EINTR)) {
-        if (n > 0) {
-            text.append(buffer, static_cast<size_t>(n));
-        }
+    while ((n = read(child.fd, buffer, sizeof(buffer))) > 0 || (n < 0 && errno == EINTR)) {
+        text.append(buffer, n > 0 ? static_cast<size_t>(n) : 0);
     }
-    close(pipeFds[0]);
+    close(child.fd);
     int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    while (waitpid(child.pid, &status, 0) < 0 && errno == EINTR) {
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != kExitOk) {
         // The child has reported why, unless it died.
@@ -70,6 +81,40 @@ int ChildLoad::run(const std::string& path, Work work, Json* document) {
         return kExitError;
     }
     return kExitOk;
+}
+
+}  // namespace
+
+int ChildLoad::run(const std::string& path, Work work, Json* document) {
+    const Child child = start(path, work);
+    return child.pid < 0 ? kExitError : finish(path, child, document);
+}
+
+int ChildLoad::loadedJson(const std::string& path, Json* document) {
+    LoadedFile file;
+    if (!LoadedFile::open(path, &file)) {
+        return kExitError;
+    }
+    *document = file.toJson(true);
+    return kExitOk;
+}
+
+int ChildLoad::load(const std::vector<std::string>& paths, std::vector<LoadedFile>* files) {
+    // The children load at once; each waits at its pipe until the parent reads it.
+    std::vector<Child> children;
+    for (const std::string& path : paths) {
+        children.push_back(start(path, loadedJson));
+    }
+    int status = kExitOk;
+    for (size_t i = 0; i < paths.size(); i++) {
+        Json document;
+        if (children[i].pid < 0 || finish(paths[i], children[i], &document) != kExitOk) {
+            status = kExitError;
+            continue;
+        }
+        files->push_back(LoadedFile::fromJson(document));
+    }
+    return status;
 }
 
 }  // namespace korva::tool

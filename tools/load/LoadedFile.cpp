@@ -1,6 +1,7 @@
 #include "tools/load/LoadedFile.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "cache/SpatializerParamCache.h"
 #include "store/SpatializerParamArray.h"
@@ -20,7 +21,7 @@ const char* const kKindNames[] = {"builtin", "profile", "tuning_device"};
 LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>& words,
                     std::vector<EntrySource> sources) {
     const DecodedBlob decoded = BlobDecoder::decode(words);
-    LoadedBlob blob{kind, id, std::move(name), "", "", decoded.words, decoded.valid,
+    LoadedBlob blob{kind,           id, std::move(name), "", "", decoded.words, decoded.valid,
                     decoded.header, {}};
     for (size_t i = 0; i < decoded.entries.size(); i++) {
         const BlobEntry& entry = decoded.entries[i];
@@ -46,28 +47,36 @@ const RecordSnapshot* blobRecord(const LoadReport& report, size_t blob, RecordKi
     return nullptr;
 }
 
+// The number of values the reader reported taking from each element, by line and name.
+using ValueCounts = std::map<std::pair<long, std::string>, size_t>;
+
+ValueCounts valueCounts(const LoadReport& report) {
+    ValueCounts counts;
+    for (const LoadReport::NumberEvent& number : report.numbers) {
+        const ReportedNode& node = report.node(number.node);
+        counts[{node.line, node.name}] = number.values.size();
+    }
+    return counts;
+}
+
 // The store's matrix of a tuning device, with the rows of the last write the file's elements made
-// of the tuning's matrix, each with as many values as the reader reported taking from it.
+// of the tuning's matrix.
 MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenance,
-                    const std::string& device) {
+                    const ValueCounts& counts, const std::string& device) {
     MixMatrix matrix{session.store().getXMLTuningMixMatrix(device), {}};
     const int blob = provenance.tuningBlob(device);
     const int record = blob < 0 ? -1 : provenance.blobRecord(blob);
     if (record < 0) {
         return matrix;
     }
-    const LoadReport& report = session.report();
-    for (const ValueStep& step : provenance.ofRecord(record, {OUTPUT_MIX_MATRIX}).parameters[0].steps) {
+    const EntrySource source = provenance.ofRecord(record, {OUTPUT_MIX_MATRIX});
+    for (const ValueStep& step : source.parameters[0].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
-            if (!element.row) {
-                continue;
-            }
-            MatrixRow& row = rows.emplace_back(MatrixRow{element.name, element.line, 0});
-            for (const LoadReport::NumberEvent& number : report.numbers) {
-                const ReportedNode& node = report.node(number.node);
-                row.count = node.line == row.line && node.name == row.element ? number.values.size()
-                                                                               : row.count;
+            const auto count = counts.find({element.line, element.name});
+            if (element.row) {
+                rows.push_back(
+                    {element.name, element.line, count != counts.end() ? count->second : 0});
             }
         }
         matrix.rows = rows.empty() ? matrix.rows : rows;
@@ -91,13 +100,20 @@ Json sourceJson(const LoadedEntry& entry, bool brief) {
         for (const ValueStep& step : parameter.steps) {
             for (const ReadElement& element : step.elements) {
                 if (element.row) {
-                    rows.push_back({{"element", element.name}, {"line", element.line}, {"row", true}});
+                    rows.push_back(
+                        {{"element", element.name}, {"line", element.line}, {"row", true}});
                 }
             }
         }
-        parameters.push_back({{"name", parameter.name}, {"steps", {{{"elements", rows}}}}});
+        Json item = Json::object();
+        item["name"] = parameter.name;
+        item["steps"] = Json::array({Json::object({{"elements", std::move(rows)}})});
+        parameters.push_back(std::move(item));
     }
-    return {{"summary", entry.from}, {"parameters", parameters}};
+    Json source = Json::object();
+    source["summary"] = entry.from;
+    source["parameters"] = std::move(parameters);
+    return source;
 }
 
 EntrySource sourceFromJson(const Json& json) {
@@ -154,7 +170,8 @@ std::string LoadedEntry::parameterNames() const {
 }
 
 std::string LoadedBlob::key() const {
-    return kKindNames[static_cast<int>(kind)] + (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
+    return kKindNames[static_cast<int>(kind)] +
+           (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
 }
 
 std::string LoadedBlob::title() const {
@@ -204,10 +221,9 @@ LoadedFile LoadedFile::of(const StoreSession& session) {
         }
         if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
             const RecordSnapshot* profile = blobRecord(report, i, RecordKind::kProfile);
-            file.blobs.push_back(makeBlob(Kind::kProfile, blob.profileId,
-                                          profile != nullptr ? profile->name : "",
-                                          store.getXMLProfileParams(blob.profileId),
-                                          provenance.ofBlob(i)));
+            file.blobs.push_back(
+                makeBlob(Kind::kProfile, blob.profileId, profile != nullptr ? profile->name : "",
+                         store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)));
             continue;
         }
         const RecordSnapshot* tuning = blobRecord(report, i, RecordKind::kTuning);
@@ -231,17 +247,27 @@ LoadedFile LoadedFile::of(const StoreSession& session) {
             devices.push_back(std::move(named));
         }
     }
+    const ValueCounts counts = valueCounts(report);
     for (LoadedBlob& device : devices) {
-        file.store.mixMatrices[device.name] = mixMatrix(session, provenance, device.name);
+        file.store.mixMatrices[device.name] = mixMatrix(session, provenance, counts, device.name);
         file.blobs.push_back(std::move(device));
     }
     file.store.tuningsUsable = SpatializerParamCache().isTuningAvailable();
     for (int port = 0; port < kNumAndroidDevices; port++) {
-        file.store.ports.push_back({kAndroidDeviceNames[port],
-                                    store.getAvailableTuningDevices(port),
+        file.store.ports.push_back({kAndroidDeviceNames[port], store.getAvailableTuningDevices(port),
                                     store.getSelectedTuningDevice(port)});
     }
     return file;
+}
+
+bool LoadedFile::open(const std::string& path, LoadedFile* file) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return false;
+    }
+    *file = of(*session);
+    file->path = path;
+    return true;
 }
 
 LoadedFile LoadedFile::builtin() {
@@ -267,13 +293,15 @@ Json LoadedFile::toJson(bool brief) const {
     for (const LoadedBlob& blob : blobs) {
         Json entries = Json::array();
         for (const LoadedEntry& entry : blob.entries) {
-            Json json = {{"device", entry.deviceId},
-                         {"device_name", BlobDecoder::deviceName(entry.deviceId)},
-                         {"code", BlobDecoder::codeText(entry.code)},
-                         {"count", entry.values.size()},
-                         {"values", entry.values}};
-            const EntryView view = EntryView::decode(entry.code, entry.values);
-            if (!brief && view.kind != EntryView::Kind::kPlain) {
+            // Built member by member: an initializer list would copy every value.
+            Json json = Json::object();
+            json["device"] = entry.deviceId;
+            json["device_name"] = BlobDecoder::deviceName(entry.deviceId);
+            json["code"] = BlobDecoder::codeText(entry.code);
+            json["count"] = entry.values.size();
+            json["values"] = entry.values;
+            const EntryView view = brief ? EntryView() : EntryView::decode(entry.code, entry.values);
+            if (view.kind != EntryView::Kind::kPlain) {
                 json["view"] = view.toJson();
             }
             if (!entry.from.empty()) {
@@ -281,16 +309,20 @@ Json LoadedFile::toJson(bool brief) const {
             }
             entries.push_back(std::move(json));
         }
-        Json json = {{"kind", kKindNames[static_cast<int>(blob.kind)]}};
-        if (blob.kind == Kind::kTuningDevice) {
-            json.update({{"name", blob.name}, {"port", blob.port}, {"tuning", blob.tuning}});
-        } else {
-            json.update({{"id", blob.id}, {"name", blob.name}});
+        Json json = Json::object();
+        json["kind"] = kKindNames[static_cast<int>(blob.kind)];
+        if (blob.kind != Kind::kTuningDevice) {
+            json["id"] = blob.id;
         }
-        json.update({{"words", blob.words},
-                     {"valid", blob.valid},
-                     {"header", blob.header},
-                     {"entries", std::move(entries)}});
+        json["name"] = blob.name;
+        if (blob.kind == Kind::kTuningDevice) {
+            json["port"] = blob.port;
+            json["tuning"] = blob.tuning;
+        }
+        json["words"] = blob.words;
+        json["valid"] = blob.valid;
+        json["header"] = blob.header;
+        json["entries"] = std::move(entries);
         blobList.push_back(std::move(json));
     }
     Json ports = Json::array();
@@ -306,14 +338,13 @@ Json LoadedFile::toJson(bool brief) const {
         }
         matrices[device] = {{"words", matrix.words}, {"rows", rows}};
     }
-    return {{"file", path.empty() ? Json(nullptr) : Json(path)},
-            {"format_version", formatVersion},
-            {"tool_version", toolVersion},
-            {"store",
-             {{"tunings_usable", store.tuningsUsable},
-              {"ports", ports},
-              {"mix_matrices", matrices}}},
-            {"blobs", std::move(blobList)}};
+    return {
+        {"file", path.empty() ? Json(nullptr) : Json(path)},
+        {"format_version", formatVersion},
+        {"tool_version", toolVersion},
+        {"store",
+         {{"tunings_usable", store.tuningsUsable}, {"ports", ports}, {"mix_matrices", matrices}}},
+        {"blobs", std::move(blobList)}};
 }
 
 LoadedFile LoadedFile::fromJson(const Json& json) {
@@ -341,16 +372,17 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
             entry.values = entryJson.value("values", std::vector<int>());
             if (entryJson.contains("source")) {
                 entry.source = sourceFromJson(entryJson["source"]);
-                entry.from = entry.source.builtinTable.empty() ? entryJson["source"].value("summary", "")
-                                                               : entry.source.summary();
+                entry.from = entry.source.builtinTable.empty()
+                                 ? entryJson["source"].value("summary", "")
+                                 : entry.source.summary();
             }
         }
     }
     const Json& store = member(json, "store");
     file.store.tuningsUsable = store.value("tunings_usable", false);
     for (const Json& port : member(store, "ports")) {
-        file.store.ports.push_back({port.value("port", ""), port.value("tuning_devices", ""),
-                                    port.value("selected", "")});
+        file.store.ports.push_back(
+            {port.value("port", ""), port.value("tuning_devices", ""), port.value("selected", "")});
     }
     for (const auto& [device, matrixJson] : member(store, "mix_matrices").items()) {
         MixMatrix& matrix = file.store.mixMatrices[device];

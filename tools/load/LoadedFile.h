@@ -78,7 +78,7 @@ struct PortState {
 
 struct StoreState {
     bool tuningsUsable = false;
-    std::vector<PortState> ports;  // every port, in port order
+    std::vector<PortState> ports;                  // every port, in port order
     std::map<std::string, MixMatrix> mixMatrices;  // by tuning device
 };
 
@@ -91,6 +91,9 @@ struct LoadedFile {
 
     // From a session that could read its file: profile blobs by id, then tuning device blobs.
     static LoadedFile of(const StoreSession& session);
+    // The file loaded by this process's store, its path kept; false after one line on stderr
+    // when the store could not read it.
+    static bool open(const std::string& path, LoadedFile* file);
     static LoadedFile builtin();
 
     // brief keeps of the entries' sources their summary, parameter names and row lines: what
