@@ -190,18 +190,12 @@ Json DiffCommand::compareStore(const StoreState& a, const StoreState& b) {
         differ(std::string("default selection of ") + port, portOf(a, port).selected,
                portOf(b, port).selected);
     }
-    std::set<std::string> devices;
-    for (const StoreState* state : {&a, &b}) {
-        for (const auto& [device, matrix] : state->mixMatrices) {
-            devices.insert(device);
+    // A device only one file has shows in its port's list and in its blob.
+    for (const auto& [device, matrix] : a.mixMatrices) {
+        const auto other = b.mixMatrices.find(device);
+        if (other != b.mixMatrices.end()) {
+            compareMatrices(device, matrix, other->second, &changes);
         }
-    }
-    static const MixMatrix kNone;
-    for (const std::string& device : devices) {
-        const auto inA = a.mixMatrices.find(device);
-        const auto inB = b.mixMatrices.find(device);
-        compareMatrices(device, inA != a.mixMatrices.end() ? inA->second : kNone,
-                        inB != b.mixMatrices.end() ? inB->second : kNone, &changes);
     }
     return changes;
 }
