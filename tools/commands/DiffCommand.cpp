@@ -217,12 +217,9 @@ std::string stateText(const Json& changes, const std::string& a, const std::stri
         return "";
     }
     TextTable table({"store", a, b});
+    const auto cell = [](const std::string& text) { return text.empty() ? "(none)" : text; };
     for (const Json& change : changes) {
-        const auto cell = [](const Json& value) {
-            const std::string text = value.get<std::string>();
-            return text.empty() ? std::string("(none)") : text;
-        };
-        table.addRow({change["what"].get<std::string>(), cell(change["a"]), cell(change["b"])});
+        table.addRow({change["what"], cell(change["a"]), cell(change["b"])});
     }
     return table.render("", width);
 }
@@ -281,13 +278,8 @@ std::string DiffCommand::text(const Json& differences, const Json& state, const 
     for (const Json& difference : differences) {
         const std::string change = difference["change"];
         const std::string title = difference["blob"];
-        if (change == "removed") {
-            text += title + ": only in " + a + " (" +
-                    std::to_string(difference["entries"].get<size_t>()) + " entries)\n";
-            continue;
-        }
-        if (change == "added") {
-            text += title + ": only in " + b + " (" +
+        if (change != "changed") {
+            text += title + ": only in " + (change == "removed" ? a : b) + " (" +
                     std::to_string(difference["entries"].get<size_t>()) + " entries)\n";
             continue;
         }

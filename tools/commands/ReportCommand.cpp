@@ -1,11 +1,11 @@
 #include "tools/commands/ReportCommand.h"
 
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
+#include <regex>
 
 #include "tools/BlobDecoder.h"
 #include "tools/CheckCommand.h"
@@ -381,33 +381,20 @@ std::string bandTable(const EntryView& view) {
 
 // The line numbers of a provenance summary ("line 12", "lines 304, 311") as links to the lines.
 std::string linkedLines(const std::string& summary, size_t file) {
+    static const std::regex kLines("lines? \\d+(, \\d+)*");
+    static const std::regex kNumber("\\d+");
     std::string out;
-    size_t at = 0;
-    while (at < summary.size()) {
-        size_t word = summary.find("line", at);
-        if (word == std::string::npos) {
-            break;
-        }
-        size_t next = word + 4 + (summary.compare(word + 4, 1, "s") == 0 ? 1 : 0);
-        out += summary.substr(at, next - at);
-        at = next;
-        // A number, then ", number" as long as numbers follow.
-        while (at + 1 < summary.size() && summary[at] == ' ' && isdigit(summary[at + 1])) {
-            size_t end = at + 1;
-            while (end < summary.size() && isdigit(summary[end])) {
-                end++;
-            }
-            const std::string number = summary.substr(at + 1, end - at - 1);
-            out += " " + Html::link(lineAnchor(file, std::stol(number)), number);
-            at = end;
-            if (summary.compare(at, 2, ", ") == 0 && at + 2 < summary.size() &&
-                isdigit(summary[at + 2])) {
-                out += ",";
-                at++;
-            }
+    auto at = summary.cbegin();
+    for (std::sregex_iterator lines(summary.begin(), summary.end(), kLines), end; lines != end;
+         ++lines) {
+        for (std::sregex_iterator number((*lines)[0].first, (*lines)[0].second, kNumber);
+             number != end; ++number) {
+            out += std::string(at, (*number)[0].first) +
+                   Html::link(lineAnchor(file, std::stol(number->str())), number->str());
+            at = (*number)[0].second;
         }
     }
-    return out + summary.substr(std::min(at, summary.size()));
+    return out + std::string(at, summary.cend());
 }
 
 void blobsSection(Html& html, const std::vector<ReportFile>& files) {

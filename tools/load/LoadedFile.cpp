@@ -116,29 +116,23 @@ Json sourceJson(const LoadedEntry& entry, bool brief) {
     return source;
 }
 
+// What toJson's brief form carries of a source: the built-in table, or the parameters' names
+// and their row elements.
 EntrySource sourceFromJson(const Json& json) {
     EntrySource source;
     source.builtinTable = json.value("builtin_table", "");
     for (const Json& item : member(json, "parameters")) {
         SourceParameter& parameter = source.parameters.emplace_back();
         parameter.name = item.value("name", "");
-        parameter.recordName = item.value("record", "");
-        parameter.recordLine = item.value("record_line", 0L);
         for (const Json& stepJson : member(item, "steps")) {
             ValueStep& step = parameter.steps.emplace_back();
-            step.rule = stepJson.value("rule", Json()).is_string() ? stepJson["rule"] : "";
-            step.record = stepJson.value("record", "");
-            step.values = stepJson.value("values", std::vector<int>());
             for (const Json& read : member(stepJson, "elements")) {
-                ReadElement& element = step.elements.emplace_back();
-                element.name = read.value("element", "");
-                element.line = read.value("line", 0L);
-                element.atLeast = read.value("at_least", false);
-                element.row = read.value("row", false);
-                for (const auto& [name, text] : member(read, "attributes").items()) {
-                    element.attributes.emplace_back(name, text.get<std::string>());
-                }
-                element.absent = read.value("absent", std::vector<std::string>());
+                step.elements.push_back({read.value("element", ""),
+                                         read.value("line", 0L),
+                                         read.value("at_least", false),
+                                         read.value("row", false),
+                                         {},
+                                         {}});
             }
         }
     }

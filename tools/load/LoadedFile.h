@@ -96,8 +96,8 @@ struct LoadedFile {
     static bool open(const std::string& path, LoadedFile* file);
     static LoadedFile builtin();
 
-    // brief keeps of the entries' sources their summary, parameter names and row lines: what
-    // comparing and the report read, a hundredth of the size.
+    // brief keeps of the entries' sources their summary, parameter names and row elements: what
+    // comparing and the report read, a tenth of the size. fromJson reads that much of a source.
     Json toJson(bool brief = false) const;
     static LoadedFile fromJson(const Json& json);
 };
