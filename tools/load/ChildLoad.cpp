@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <future>
+#include <utility>
 
 namespace korva::tool {
 
@@ -100,19 +102,27 @@ int ChildLoad::loadedJson(const std::string& path, Json* document) {
 }
 
 int ChildLoad::load(const std::vector<std::string>& paths, std::vector<LoadedFile>* files) {
-    // The children load at once; each waits at its pipe until the parent reads it.
+    // The children load at once, all started before any thread is, and each one's document is
+    // read back on a thread of its own.
     std::vector<Child> children;
     for (const std::string& path : paths) {
         children.push_back(start(path, loadedJson));
     }
-    int status = kExitOk;
+    std::vector<std::future<std::pair<int, LoadedFile>>> loads;
     for (size_t i = 0; i < paths.size(); i++) {
-        Json document;
-        if (children[i].pid < 0 || finish(paths[i], children[i], &document) != kExitOk) {
-            status = kExitError;
-            continue;
-        }
-        files->push_back(LoadedFile::fromJson(document));
+        loads.push_back(std::async(std::launch::async, [&path = paths[i], child = children[i]] {
+            Json document;
+            if (child.pid < 0 || finish(path, child, &document) != kExitOk) {
+                return std::make_pair(kExitError, LoadedFile());
+            }
+            return std::make_pair(kExitOk, LoadedFile::fromJson(document));
+        }));
+    }
+    int status = kExitOk;
+    for (auto& load : loads) {
+        auto [loaded, file] = load.get();
+        status = loaded == kExitOk ? status : kExitError;
+        files->push_back(std::move(file));
     }
     return status;
 }
