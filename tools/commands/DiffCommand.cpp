@@ -9,7 +9,6 @@
 #include "tools/NumberText.h"
 #include "tools/TextTable.h"
 #include "tools/load/ChildLoad.h"
-#include "translator/VexParameter.h"
 
 namespace korva::tool {
 
@@ -110,14 +109,8 @@ void compareMatrices(const std::string& device, const MixMatrix& a, const MixMat
                             {"b", NumberText::join(b.words)}});
         return;
     }
-    // The store's words are the output mode's less its leading enable word.
-    const auto view = [](const MixMatrix& matrix) {
-        std::vector<int> words = {0};
-        words.insert(words.end(), matrix.words.begin(), matrix.words.end());
-        return EntryView::decode(vexParameterCode(DOM), words);
-    };
-    const EntryView viewA = view(a);
-    const EntryView viewB = view(b);
+    const EntryView viewA = a.view();
+    const EntryView viewB = b.view();
     for (size_t i = 0; i < a.words.size(); i++) {
         if (a.words[i] == b.words[i]) {
             continue;

@@ -19,7 +19,6 @@
 #include "tools/load/ChildLoad.h"
 #include "tools/render/HtmlWriter.h"
 #include "tools/render/SvgPlot.h"
-#include "translator/VexParameter.h"
 
 namespace korva::tool {
 
@@ -278,14 +277,11 @@ void matricesSection(Html& html, const std::vector<ReportFile>& files, const Blo
                     ? files[f].loaded.store.mixMatrices.end()
                     : files[f].loaded.store.mixMatrices.find(slots[f]->name);
             if (matrix != files[f].loaded.store.mixMatrices.end()) {
-                std::vector<int> words = {0};
-                words.insert(words.end(), matrix->second.words.begin(), matrix->second.words.end());
                 const auto named = [&matrix, &numbered](size_t at, size_t row) {
                     const MatrixRow* element = matrix->second.rowOf(at - 1);
                     return element != nullptr ? "<" + element->element + ">" : numbered(at, row);
                 };
-                figures += heatMaps(side(files, f) + "mix matrix",
-                                    EntryView::decode(vexParameterCode(DOM), words), named);
+                figures += heatMaps(side(files, f) + "mix matrix", matrix->second.view(), named);
             }
         }
         if (!figures.empty()) {

@@ -200,6 +200,12 @@ const MatrixRow* MixMatrix::rowOf(size_t index) const {
     return nullptr;
 }
 
+EntryView MixMatrix::view() const {
+    std::vector<int> entry = {0};
+    entry.insert(entry.end(), words.begin(), words.end());
+    return EntryView::decode(vexParameterCode(DOM), entry);
+}
+
 LoadedFile LoadedFile::of(const StoreSession& session) {
     SpatializerParamArray& store = session.store();
     const LoadReport& report = session.report();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/EntryProvenance.h"
+#include "tools/EntryView.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {
@@ -68,6 +69,9 @@ struct MixMatrix {
 
     // The row element that holds the value at index of words; null for the lead words.
     const MatrixRow* rowOf(size_t index) const;
+    // The words read as the output mode entry they make behind its enable word (0): the value at
+    // index of words is at index + 1 of the view.
+    EntryView view() const;
 };
 
 struct PortState {
