@@ -137,7 +137,8 @@ def main():
             print("FAIL: the differences do not show the one GEQ change by band")
             return 1
         matrices = page[page.index('id="matrices"'):page.index('id="diff"')]
-        if "&lt;c&gt;</text>" not in matrices or "&lt;rtr&gt;</text>" not in matrices:
+        if ("&lt;c&gt;</text>" not in matrices or "&lt;rtr&gt;</text>" not in matrices
+                or ">in 1</text>" in matrices):
             print("FAIL: the mix matrices' rows are not named by the file's elements")
             return 1
         sections = ["findings", "ports", "curves", "matrices", "blobs", "source"]

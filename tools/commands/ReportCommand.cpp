@@ -251,37 +251,52 @@ std::string heatMaps(const std::string& title, const EntryView& view, RowName ro
     return figures;
 }
 
+// The tuning device matrix whose matrices an output mode entry carries, or null.
+const MixMatrix* carriedMatrix(const LoadedFile& file, const LoadedEntry& entry) {
+    for (const auto& [device, matrix] : file.store.mixMatrices) {
+        // Past the lead words: the entry's enable, endpoint and orientation, the matrix's last two.
+        if (matrix.words.size() > 2 && matrix.words.size() + 1 == entry.values.size() &&
+            std::equal(matrix.words.begin() + 2, matrix.words.end(), entry.values.begin() + 3)) {
+            return &matrix;
+        }
+    }
+    return nullptr;
+}
+
 void matricesSection(Html& html, const std::vector<ReportFile>& files, const BlobIndex& index) {
     html.open("section", {{"id", "matrices"}});
     html.element("h2", "Mix matrices");
     html.element("p",
                  "Each input channel's share of the left and right outputs (Q14 words as "
-                 "decimals; red above 0, blue below). A tuning device's rows are named by the "
-                 "file's elements.");
-    const auto numbered = [](size_t, size_t row) { return "in " + std::to_string(row); };
+                 "decimals; red above 0, blue below), its row named by the file's element.");
+    // Rows named by the elements of the matrix the values were read as, or numbered.
+    const auto rowNames = [](const MixMatrix* matrix) {
+        return [matrix](size_t at, size_t row) {
+            const MatrixRow* element = matrix != nullptr ? matrix->rowOf(at - 1) : nullptr;
+            return element != nullptr ? "<" + element->element + ">" : "in " + std::to_string(row);
+        };
+    };
     for (const std::string& key : index.order) {
         std::string figures;
         const auto& slots = index.byKey.at(key);
         for (size_t f = 0; f < slots.size(); f++) {
+            const LoadedFile& file = files[f].loaded;
             for (const LoadedEntry& entry :
                  slots[f] != nullptr ? slots[f]->entries : std::vector<LoadedEntry>()) {
                 const EntryView view = EntryView::decode(entry.code, entry.values);
                 if (view.kind == EntryView::Kind::kOutputMode) {
                     figures +=
                         heatMaps(side(files, f) + BlobDecoder::deviceName(entry.deviceId) + " dom",
-                                 view, numbered);
+                                 view, rowNames(carriedMatrix(file, entry)));
                 }
             }
             const auto matrix =
                 slots[f] == nullptr || slots[f]->kind != LoadedBlob::Kind::kTuningDevice
-                    ? files[f].loaded.store.mixMatrices.end()
-                    : files[f].loaded.store.mixMatrices.find(slots[f]->name);
-            if (matrix != files[f].loaded.store.mixMatrices.end()) {
-                const auto named = [&matrix, &numbered](size_t at, size_t row) {
-                    const MatrixRow* element = matrix->second.rowOf(at - 1);
-                    return element != nullptr ? "<" + element->element + ">" : numbered(at, row);
-                };
-                figures += heatMaps(side(files, f) + "mix matrix", matrix->second.view(), named);
+                    ? file.store.mixMatrices.end()
+                    : file.store.mixMatrices.find(slots[f]->name);
+            if (matrix != file.store.mixMatrices.end()) {
+                figures += heatMaps(side(files, f) + "mix matrix", matrix->second.view(),
+                                    rowNames(&matrix->second));
             }
         }
         if (!figures.empty()) {
