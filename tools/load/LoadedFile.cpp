@@ -37,16 +37,6 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
     return blob;
 }
 
-// The record of a kind that the load translated first into a blob: the one the blob is of.
-const RecordSnapshot* blobRecord(const LoadReport& report, size_t blob, RecordKind kind) {
-    for (const LoadReport::TranslatedEvent& event : report.translated) {
-        if (event.blob == static_cast<int>(blob) && report.records[event.record].kind == kind) {
-            return &report.records[event.record];
-        }
-    }
-    return nullptr;
-}
-
 // The number of values the reader reported taking from each element, by line and name.
 using ValueCounts = std::map<std::pair<long, std::string>, size_t>;
 
@@ -220,16 +210,17 @@ LoadedFile LoadedFile::of(const StoreSession& session) {
             continue;
         }
         if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
-            const RecordSnapshot* profile = blobRecord(report, i, RecordKind::kProfile);
-            file.blobs.push_back(
-                makeBlob(Kind::kProfile, blob.profileId, profile != nullptr ? profile->name : "",
-                         store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)));
+            const int profile = provenance.blobRecord(i);
+            file.blobs.push_back(makeBlob(
+                Kind::kProfile, blob.profileId, profile >= 0 ? report.records[profile].name : "",
+                store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)));
             continue;
         }
-        const RecordSnapshot* tuning = blobRecord(report, i, RecordKind::kTuning);
-        if (!blob.isTuning || tuning == nullptr || !store.isXMLTuningValid(blob.device)) {
+        const int record = provenance.blobRecord(i);
+        if (!blob.isTuning || record < 0 || !store.isXMLTuningValid(blob.device)) {
             continue;
         }
+        const RecordSnapshot* tuning = &report.records[record];
         LoadedBlob named = makeBlob(Kind::kTuningDevice, 0, blob.device,
                                     store.getXMLTuningParams(blob.device), provenance.ofBlob(i));
         named.tuning = tuning->name;
