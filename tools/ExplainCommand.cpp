@@ -7,7 +7,7 @@
 
 #include "reader/String2Int.h"
 #include "tools/BlobDecoder.h"
-#include "tools/BlobsCommand.h"
+#include "tools/commands/BlobsCommand.h"
 #include "tools/EntryProvenance.h"
 #include "tools/EntryView.h"
 #include "tools/NumberText.h"

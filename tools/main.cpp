@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "tools/BlobsCommand.h"
+#include "tools/commands/BlobsCommand.h"
 #include "tools/CheckCommand.h"
-#include "tools/DiffCommand.h"
+#include "tools/commands/DiffCommand.h"
 #include "tools/DumpCommand.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/ExplainCommand.h"
 #include "tools/HelpFormatter.h"
 #include "tools/load/LibraryLog.h"
-#include "tools/ReportCommand.h"
+#include "tools/commands/ReportCommand.h"
 #include "tools/ToolOutput.h"
 #include "tools/VersionInfo.h"
 #include "tools/commands/SimulateCommand.h"

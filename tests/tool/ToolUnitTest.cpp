@@ -4,16 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "engine/RecordingEffect.h"
 #include "tools/BlobDecoder.h"
-#include "tools/HtmlWriter.h"
 #include "tools/NumberText.h"
-#include "tools/SvgPlot.h"
 #include "tools/TextTable.h"
+#include "tools/render/HtmlWriter.h"
+#include "tools/render/SvgPlot.h"
 
 namespace korva::tool {
 namespace {
@@ -160,6 +161,53 @@ TEST(SvgPlotTest, AxesAreLogarithmicInFrequencyAndRoundInValue) {
     }
 }
 
+// Every number following `key="` in the markup.
+std::vector<double> attributeValues(const std::string& svg, const std::string& key) {
+    std::vector<double> values;
+    for (size_t at = svg.find(key + "=\""); at != std::string::npos;
+         at = svg.find(key + "=\"", at + 1)) {
+        values.push_back(std::stod(svg.substr(at + key.size() + 2)));
+    }
+    return values;
+}
+
+TEST(SvgPlotTest, LongTitlesWrapAndLegendsSitBelowTheCurves) {
+    std::string title = "speaker aobs:";
+    for (int i = 0; i < 6; i++) {
+        title += " audio_optimizer_gain_l, audio_optimizer_gain_r";
+    }
+    SvgPlot plot(title, "dB");
+    for (const char* name : {"target A", "target B", "gain A", "gain B", "gain_l A", "gain_r B"}) {
+        plot.add({name, {{20, -12}, {1000, 0}, {20000, 12}}, "#111", false});
+    }
+    const std::string svg = plot.render(400);
+    size_t titleLines = 0;
+    size_t written = 0;
+    for (size_t at = svg.find("class=\"title\""); at != std::string::npos;
+         at = svg.find("class=\"title\"", at + 1)) {
+        const size_t text = svg.find('>', at) + 1;
+        const size_t length = svg.find('<', text) - text;
+        EXPECT_LE(length * 7, 400u - 8);
+        written += std::count_if(svg.begin() + text, svg.begin() + text + length,
+                                 [](char c) { return c != ' '; });
+        titleLines++;
+    }
+    EXPECT_GT(titleLines, 1u);
+    EXPECT_EQ(written, title.size() - std::count(title.begin(), title.end(), ' '));
+    // Every legend entry lies below the lowest point of any curve and inside the picture.
+    const std::vector<double> points = attributeValues(svg, "cy");
+    const double lowest = *std::max_element(points.begin(), points.end());
+    const double height = attributeValues(svg, "height").front();
+    size_t legends = 0;
+    for (size_t at = svg.find("class=\"legend\""); at != std::string::npos;
+         at = svg.find("class=\"legend\"", at + 1), legends++) {
+        const double y = std::stod(svg.substr(svg.find("y=\"", at) + 3));
+        EXPECT_GT(y - 10, lowest);
+        EXPECT_LE(y, height);
+    }
+    EXPECT_EQ(legends, 6u);
+}
+
 TEST(SvgPlotTest, CurvesLeaveOutWhatTheAxisCannotShowAndHeatMapsColourBySign) {
     SvgPlot plot("t", "dB");
     plot.add({"bad", {{0, 1}, {-5, 2}}, "#000", false});
@@ -177,6 +225,12 @@ TEST(SvgPlotTest, CurvesLeaveOutWhatTheAxisCannotShowAndHeatMapsColourBySign) {
         EXPECT_NE(map.find(std::string("fill=\"") + fill + "\""), std::string::npos) << fill;
     }
     EXPECT_NE(map.find(">-0.500<"), std::string::npos);
+    // A title wider than the cells widens the picture.
+    const std::string title = "B: mix matrix matrix 2 (layout 11)";
+    EXPECT_GE(
+        attributeValues(SvgPlot::heatMap(title, {{1, 0}}, {"<l>"}, {"left", "right"}), "width")
+            .front(),
+        title.size() * 7);
 }
 
 }  // namespace

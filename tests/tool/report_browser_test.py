@@ -126,9 +126,20 @@ def main():
         with open(two, encoding="utf-8") as f:
             page = f.read()
         # The one changed band shows in the differences, and both curves are drawn.
+        # The one changed band shows in the differences as the command line shows it, its two
+        # values marked; the mix matrices' rows are named by the file's row elements.
         diff = page[page.index('id="diff"'):page.index('id="blobs"')]
-        if diff.count("<td>gebs</td>") != 1 or "96" not in diff:
-            print("FAIL: the differences do not show the one GEQ change")
+        band = ('<td>band 2 (141 Hz) gain</td><td><a href="#f1-L%d">line %d</a></td>'
+                '<td><span class="old">1.5 dB (24)</span></td>'
+                '<td><span class="new">6 dB (96)</span></td>')
+        line = text.count("\n", 0, text.index(old)) + 1
+        if diff.count("<td>gebs</td>") != 1 or band % (line, line) not in diff:
+            print("FAIL: the differences do not show the one GEQ change by band")
+            return 1
+        matrices = page[page.index('id="matrices"'):page.index('id="diff"')]
+        if ("&lt;c&gt;</text>" not in matrices or "&lt;rtr&gt;</text>" not in matrices
+                or ">in 1</text>" in matrices):
+            print("FAIL: the mix matrices' rows are not named by the file's elements")
             return 1
         sections = ["findings", "ports", "curves", "matrices", "blobs", "source"]
         results = [check_page(one, sections, ["target", "gain", "gain_l", "threshold_low"]),

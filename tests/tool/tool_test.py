@@ -656,6 +656,25 @@ class DiffTest(unittest.TestCase):
                          ("default_usb usb_dac", "usb_dac usb_other"))
         self.assertIn("tunings usable", run("diff", EXAMPLE, changed).stdout)
 
+    def test_a_mix_matrix_change_names_its_row_element_line_and_tuning_device(self):
+        # The speaker_stereo tuning's <c> row (the third input channel), which the speaker
+        # tuning device "" serves as its mix matrix and every profile's speaker dom carries.
+        with open(EXAMPLE, encoding="utf-8") as f:
+            text = f.read()
+        row = text.index('<c value="11583,11583"/>', text.index('<tuning name="speaker_stereo"'))
+        line = text.count("\n", 0, row) + 1
+        changed = self.changed_copy('<c value="11583,11583"/>', '<c value="11583,8192"/>',
+                                    '<tuning name="speaker_stereo"')
+        result, document = run_json("diff", EXAMPLE, changed)
+        self.assertEqual(result.returncode, 1)
+        [change] = [c for c in document["store"] if c.get("tuning_device") == ""]
+        self.assertEqual((change["element"], change["line_a"], change["line_b"]), ("c", line, line))
+        self.assertEqual(change["what"], 'mix matrix of "" matrix 1 (layout 15) row 3 right '
+                         '<c> line %d' % line)
+        self.assertEqual((change["a"], change["b"]), ("0.7070 (11583)", "0.5000 (8192)"))
+        self.assertEqual(len(document["differences"]), 5)
+        text = run("diff", EXAMPLE, changed).stdout
+        self.assertIn('<c> line %d' % line, text)
     def test_blobs_only_one_file_has_are_added_or_removed(self):
         result, document = run_json("diff", VERSION_OVERRIDES, EXAMPLE)
         self.assertEqual(result.returncode, 1)

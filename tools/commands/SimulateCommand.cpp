@@ -16,7 +16,7 @@
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "tools/BlobDecoder.h"
-#include "tools/BlobsCommand.h"
+#include "tools/commands/BlobsCommand.h"
 #include "tools/EntryProvenance.h"
 #include "tools/EntryView.h"
 #include "tools/load/LibraryLog.h"

@@ -4,8 +4,8 @@
 #include <map>
 #include <string>
 
-#include "tools/BlobsCommand.h"
-#include "tools/DiffCommand.h"
+#include "tools/commands/BlobsCommand.h"
+#include "tools/commands/DiffCommand.h"
 #include "tools/LintRules.h"
 #include "tools/lint/UndoEdit.h"
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "tools/ChildLoad.h"
+#include "tools/load/ChildLoad.h"
 #include "tools/ToolOutput.h"
 
 namespace korva::tool {

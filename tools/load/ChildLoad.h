@@ -4,8 +4,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tools/ToolOutput.h"
+#include "tools/load/LoadedFile.h"
 
 namespace korva::tool {
 
@@ -17,6 +19,11 @@ public:
 
     // The child's document, or kExitError after one line on stderr.
     static int run(const std::string& path, Work work, Json* document);
+    // Each file loaded in a child of its own, all at once, the entries' sources brief
+    // (LoadedFile::toJson); kExitError after a line on stderr for each that fails.
+    static int load(const std::vector<std::string>& paths, std::vector<LoadedFile>* files);
+    // What a child makes of a file for load: the brief model, or kExitError after one line.
+    static int loadedJson(const std::string& path, Json* document);
 };
 
 }  // namespace korva::tool

@@ -24,10 +24,9 @@ public:
     // 0 when the page was written, 2 when a file could not be opened or the page not written.
     static int run(const Options& options);
 
-    // What the report shows of one file, loaded in this process.
+    // What the report shows of one file, loaded in this process: its text, check's findings
+    // without their effects and, when the store could read it, its brief LoadedFile.
     static int collect(const std::string& path, Json* document);
-    // The page for one or two collected files.
-    static std::string page(const std::vector<Json>& files);
 };
 
 }  // namespace korva::tool

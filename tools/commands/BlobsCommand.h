@@ -37,13 +37,9 @@ public:
     // none for an id without a table.
     static std::vector<EntrySource> builtinSources(int profileId, std::string* name);
 
-    // Every blob of a file as blobs --json prints it. Reports and returns kExitError when the
-    // file cannot be loaded.
+    // LoadedFile::toJson of a file. Reports and returns kExitError when it cannot be loaded.
     static int collectJson(const std::string& path, Json* document);
-    // The "blobs" list of that document, from a session that could read its file.
-    static Json blobsJson(const StoreSession& session);
-    // What collectJson makes of a file, from its loaded session; brief keeps of the entries'
-    // sources only what DiffCommand::compare reads.
+    // LoadedFile::toJson of a session that could read its file.
     static Json sessionJson(const StoreSession& session, bool brief = false);
 };
 

@@ -1,30 +1,17 @@
-#include "tools/HtmlWriter.h"
+#include "tools/render/HtmlWriter.h"
+
+#include <map>
 
 namespace korva::tool {
 
 std::string HtmlWriter::escape(const std::string& text) {
+    static const std::map<char, std::string> kEntities = {
+        {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
     std::string out;
     out.reserve(text.size());
     for (const char c : text) {
-        switch (c) {
-            case '&':
-                out += "&amp;";
-                break;
-            case '<':
-                out += "&lt;";
-                break;
-            case '>':
-                out += "&gt;";
-                break;
-            case '"':
-                out += "&quot;";
-                break;
-            case '\'':
-                out += "&#39;";
-                break;
-            default:
-                out += c;
-        }
+        const auto entity = kEntities.find(c);
+        out += entity != kEntities.end() ? entity->second : std::string(1, c);
     }
     return out;
 }

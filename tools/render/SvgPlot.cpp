@@ -1,10 +1,11 @@
-#include "tools/SvgPlot.h"
+#include "tools/render/SvgPlot.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 
-#include "tools/HtmlWriter.h"
+#include "tools/TextTable.h"
+#include "tools/render/HtmlWriter.h"
 
 namespace korva::tool {
 
@@ -14,6 +15,11 @@ constexpr int kLeft = 52;
 constexpr int kRight = 12;
 constexpr int kTop = 26;
 constexpr int kBottom = 30;
+constexpr int kTitleLine = 14;
+// The widest a character of the 11-pixel bold title runs, so that a wrapped line fits.
+constexpr double kTitleCharWidth = 7;
+constexpr int kLegendWidth = 120;
+constexpr int kLegendLine = 14;
 
 std::string number(double value, int decimals = 1) {
     char text[32];
@@ -80,7 +86,9 @@ std::string SvgPlot::render(int width, int height) const {
     double lo = 0;
     double hi = 0;
     bool first = true;
+    size_t drawn = 0;
     for (const PlotSeries& series : mSeries) {
+        drawn += series.points.empty() ? 0 : 1;
         for (const auto& [hz, value] : series.points) {
             loHz = std::min(loHz, hz);
             hiHz = std::max(hiHz, hz);
@@ -92,18 +100,29 @@ std::string SvgPlot::render(int width, int height) const {
     const std::vector<double> ticks = niceTicks(lo, hi);
     lo = ticks.front();
     hi = ticks.back();
+    // The title wraps within the width above the plot, and the legend sits in rows below the
+    // frequency axis, so that neither is cut off nor drawn over a curve.
+    const std::vector<std::string> title =
+        TextTable::wrap(mTitle, static_cast<size_t>((width - 8) / kTitleCharWidth));
+    const int top = kTitleLine * static_cast<int>(title.size()) + 14;
+    const size_t perRow = std::max(1, (width - kLeft) / kLegendWidth);
+    const int legendRows = static_cast<int>((drawn + perRow - 1) / perRow);
+    const int plotBottom = height - kBottom;
+    height += kTitleLine * (static_cast<int>(title.size()) - 1) + kLegendLine * legendRows;
     const double plotWidth = width - kLeft - kRight;
-    const double plotHeight = height - kTop - kBottom;
+    const double plotHeight = plotBottom - kTop;
     const auto x = [&](double hz) { return kLeft + logPosition(hz, loHz, hiHz, plotWidth); };
-    const auto y = [&](double value) { return kTop + (hi - value) / (hi - lo) * plotHeight; };
+    const auto y = [&](double value) { return top + (hi - value) / (hi - lo) * plotHeight; };
+    const double axisY = top + plotHeight;
 
     std::string svg = "<svg class=\"plot\" xmlns=\"http://www.w3.org/2000/svg\" width=\"" +
                       std::to_string(width) + "\" height=\"" + std::to_string(height) +
                       "\" viewBox=\"0 0 " + std::to_string(width) + " " + std::to_string(height) +
-                      "\" role=\"img\">";
-    svg += "<title>" + HtmlWriter::escape(mTitle) + "</title>";
-    svg += "<text class=\"title\" x=\"" + std::to_string(kLeft) + "\" y=\"16\">" +
-           HtmlWriter::escape(mTitle) + "</text>";
+                      "\" role=\"img\"><title>" + HtmlWriter::escape(mTitle) + "</title>";
+    for (size_t i = 0; i < title.size(); i++) {
+        svg += "<text class=\"title\" x=\"4\" y=\"" + std::to_string(kTitleLine * (i + 1)) + "\">" +
+               HtmlWriter::escape(title[i]) + "</text>";
+    }
     // Grid: a line per 1-2-5 frequency and per value tick.
     for (double decade = 1; decade <= 100000; decade *= 10) {
         for (double factor : {1.0, 2.0, 5.0}) {
@@ -113,8 +132,8 @@ std::string SvgPlot::render(int width, int height) const {
             }
             const std::string at = number(x(hz));
             svg += "<line class=\"grid\" x1=\"" + at + "\" x2=\"" + at + "\" y1=\"" +
-                   std::to_string(kTop) + "\" y2=\"" + number(kTop + plotHeight) + "\"/>";
-            svg += "<text class=\"tick\" x=\"" + at + "\" y=\"" + number(height - 12) +
+                   std::to_string(top) + "\" y2=\"" + number(axisY) + "\"/>";
+            svg += "<text class=\"tick\" x=\"" + at + "\" y=\"" + number(axisY + 16) +
                    "\" text-anchor=\"middle\">" + hzText(hz) + "</text>";
         }
     }
@@ -127,10 +146,10 @@ std::string SvgPlot::render(int width, int height) const {
                number(y(tick) + 4) + "\" text-anchor=\"end\">" +
                number(tick, tick == std::floor(tick) ? 0 : 1) + "</text>";
     }
-    svg += "<text class=\"unit\" x=\"4\" y=\"" + std::to_string(kTop - 8) + "\">" +
-           HtmlWriter::escape(mUnit) + "</text>";
-    svg += "<text class=\"unit\" x=\"" + number(kLeft + plotWidth) + "\" y=\"" +
-           number(height - 1) + "\" text-anchor=\"end\">Hz</text>";
+    svg += "<text class=\"unit\" x=\"4\" y=\"" + number(top - 4) + "\">" +
+           HtmlWriter::escape(mUnit) + "</text><text class=\"unit\" x=\"" +
+           std::to_string(kLeft - 14) + "\" y=\"" + number(axisY + 16) +
+           "\" text-anchor=\"end\">Hz</text>";
     size_t legend = 0;
     for (const PlotSeries& series : mSeries) {
         if (series.points.empty()) {
@@ -150,8 +169,8 @@ std::string SvgPlot::render(int width, int height) const {
                    HtmlWriter::escape(series.name) + ": " + hzText(hz) + " Hz, " +
                    number(value, 2) + " " + HtmlWriter::escape(mUnit) + "</title></circle>";
         }
-        const double legendY = kTop + 12 + 14 * legend++;
-        const double legendX = width - kRight - 130;
+        const double legendX = kLeft + kLegendWidth * static_cast<double>(legend % perRow);
+        const double legendY = axisY + 22 + kLegendLine * static_cast<double>(legend++ / perRow + 1);
         svg += "<line x1=\"" + number(legendX) + "\" x2=\"" + number(legendX + 18) + "\" y1=\"" +
                number(legendY - 4) + "\" y2=\"" + number(legendY - 4) + "\" " + style +
                " stroke-width=\"2\"/><text class=\"legend\" x=\"" + number(legendX + 22) +
@@ -171,10 +190,11 @@ std::string SvgPlot::heatMap(const std::string& title, const std::vector<std::ve
     }
     const int width = kLabel + kCell * static_cast<int>(columns) + 8;
     const int height = 40 + kCell * static_cast<int>(cells.size()) + 4;
-    std::string svg = "<svg class=\"heatmap\" xmlns=\"http://www.w3.org/2000/svg\" width=\"" +
-                      std::to_string(std::max(width, 160)) + "\" height=\"" +
-                      std::to_string(height) + "\" role=\"img\"><title>" +
-                      HtmlWriter::escape(title) + "</title>";
+    std::string svg =
+        "<svg class=\"heatmap\" xmlns=\"http://www.w3.org/2000/svg\" width=\"" +
+        std::to_string(std::max(width, static_cast<int>(title.size() * kTitleCharWidth) + 4)) +
+        "\" height=\"" + std::to_string(height) + "\" role=\"img\"><title>" +
+        HtmlWriter::escape(title) + "</title>";
     svg += "<text class=\"title\" x=\"2\" y=\"14\">" + HtmlWriter::escape(title) + "</text>";
     for (size_t c = 0; c < columnLabels.size(); c++) {
         svg += "<text class=\"tick\" x=\"" + std::to_string(kLabel + kCell * c + kCell / 2) +

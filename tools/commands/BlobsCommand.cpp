@@ -1,0 +1,143 @@
+#include "tools/commands/BlobsCommand.h"
+
+#include "reader/String2Int.h"
+#include "tools/BlobDecoder.h"
+#include "tools/EntryView.h"
+#include "tools/NumberText.h"
+#include "tools/TextTable.h"
+#include "tools/load/LoadedFile.h"
+
+namespace korva::tool {
+
+namespace {
+
+std::string blobText(const LoadedBlob& blob, bool raw) {
+    std::string title = blob.title();
+    if (blob.kind == LoadedBlob::Kind::kTuningDevice) {
+        title += " (port " + blob.port + ", tuning " + blob.tuning + ")";
+    }
+    const std::string size = std::to_string(blob.entries.size()) + " entries, " +
+                             std::to_string(blob.words) + " words" +
+                             (blob.valid ? "" : ", rejected by the blob reader");
+    // The size goes below a title too long to carry it within the width.
+    title += title.size() + 2 + size.size() > TextTable::kDefaultWidth ? ":\n  " + size + "\n"
+                                                                       : ": " + size + "\n";
+    TextTable table({"#", "device", "code", "count", "from / values"});
+    table.alignRight(0);
+    table.alignRight(3);
+    for (size_t i = 0; i < blob.entries.size(); i++) {
+        const LoadedEntry& entry = blob.entries[i];
+        table.addRow({std::to_string(i + 1), BlobDecoder::deviceName(entry.deviceId),
+                      BlobDecoder::codeText(entry.code), std::to_string(entry.values.size()),
+                      entry.from});
+        for (const std::string& line : BlobsCommand::valueLines(entry.code, entry.values, raw)) {
+            table.addRow({"", "", "", "", line});
+        }
+    }
+    return title + table.render("  ");
+}
+
+// The profile id a selector names: a number, or the name of a profile of the file or of a table.
+bool resolveProfile(const std::string& selector, const LoadedFile& file, int* id) {
+    if (NumberText::isWholeInt(selector)) {
+        *id = string2Int(selector);
+        return true;
+    }
+    for (const LoadedFile& in : {file, LoadedFile::builtin()}) {
+        for (const LoadedBlob& blob : in.blobs) {
+            if (blob.kind != LoadedBlob::Kind::kTuningDevice && blob.name == selector) {
+                *id = blob.id;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+std::vector<std::string> BlobsCommand::valueLines(int32_t code, const std::vector<int32_t>& values,
+                                                  bool raw) {
+    const std::vector<int> words(values.begin(), values.end());
+    const EntryView view = EntryView::decode(code, words);
+    if (raw || view.kind == EntryView::Kind::kPlain) {
+        return {NumberText::join(words)};
+    }
+    return view.lines();
+}
+
+std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string* name) {
+    std::vector<EntrySource> sources;
+    for (LoadedBlob& blob : LoadedFile::builtin().blobs) {
+        if (blob.id == profileId) {
+            *name = blob.name;
+            for (LoadedEntry& entry : blob.entries) {
+                sources.push_back(std::move(entry.source));
+            }
+        }
+    }
+    return sources;
+}
+
+Json BlobsCommand::sessionJson(const StoreSession& session, bool brief) {
+    return LoadedFile::of(session).toJson(brief);
+}
+
+int BlobsCommand::collectJson(const std::string& path, Json* document) {
+    LoadedFile file;
+    if (!LoadedFile::open(path, &file)) {
+        return kExitError;
+    }
+    *document = file.toJson();
+    return kExitOk;
+}
+
+int BlobsCommand::run(const Options& options) {
+    const std::string& path = options.common.file;
+    LoadedFile file;
+    if (options.builtin) {
+        file = LoadedFile::builtin();
+    } else if (!LoadedFile::open(path, &file)) {
+        return kExitError;
+    }
+    const bool selectProfile = !options.profile.empty();
+    int profileId = 0;
+    if (selectProfile && !resolveProfile(options.profile, file, &profileId)) {
+        ToolOutput::error(path, "no profile named " + options.profile);
+        return kExitError;
+    }
+    bool foundProfile = false;
+    bool foundDevice = false;
+    std::vector<LoadedBlob> shown;
+    for (LoadedBlob& blob : file.blobs) {
+        const bool isDevice = blob.kind == LoadedBlob::Kind::kTuningDevice;
+        const bool profileMatch = selectProfile && !isDevice && blob.id == profileId;
+        const bool deviceMatch = options.hasDevice && isDevice && blob.name == options.device;
+        foundProfile = foundProfile || profileMatch;
+        foundDevice = foundDevice || deviceMatch;
+        if ((!selectProfile && !options.hasDevice) || profileMatch || deviceMatch) {
+            shown.push_back(std::move(blob));
+        }
+    }
+    if (selectProfile && !foundProfile) {
+        ToolOutput::error(path, "no blob for profile " + options.profile);
+        return kExitError;
+    }
+    if (options.hasDevice && !foundDevice) {
+        ToolOutput::error(path, "no blob for tuning device \"" + options.device + "\"");
+        return kExitError;
+    }
+    file.blobs = std::move(shown);
+    if (options.common.json) {
+        ToolOutput::printJson(file.toJson());
+        return kExitOk;
+    }
+    std::string text;
+    for (const LoadedBlob& blob : file.blobs) {
+        text += (text.empty() ? "" : "\n") + blobText(blob, options.raw);
+    }
+    ToolOutput::print(text);
+    return kExitOk;
+}
+
+}  // namespace korva::tool

@@ -1,0 +1,40 @@
+// spatializer-paramtool diff: what two tuning files change in the blobs that reach the effect,
+// per profile and tuning device (entries added, removed and changed, with old and new values),
+// and in what the store serves besides them. Exit status 0 when nothing differs, 1 when
+// something does, 2 when a file cannot be loaded.
+//
+// A process holds one parameter store, so each file is loaded in a child process of its own.
+#pragma once
+
+#include <string>
+
+#include "tools/TextTable.h"
+#include "tools/ToolOutput.h"
+#include "tools/load/LoadedFile.h"
+
+namespace korva::tool {
+
+class DiffCommand {
+public:
+    struct Options {
+        CommonOptions common;
+        std::string fileA;
+        std::string fileB;
+    };
+
+    static int run(const Options& options);
+
+    // The differences between the blobs of two loaded files, as diff --json lists them.
+    static Json compare(const LoadedFile& a, const LoadedFile& b);
+    // What the store serves besides its blobs, where a and b differ.
+    static Json compareStore(const StoreState& a, const StoreState& b);
+    // The same of two LoadedFile::toJson documents, and of their "store" members.
+    static Json compare(const Json& a, const Json& b);
+    static Json compareStore(const Json& a, const Json& b);
+    // The differences and store changes as diff prints them, a and b named as given, its tables
+    // fitted to width.
+    static std::string text(const Json& differences, const Json& store, const std::string& a,
+                            const std::string& b, size_t width = TextTable::kDefaultWidth);
+};
+
+}  // namespace korva::tool

@@ -1,0 +1,389 @@
+#include "tools/load/LoadedFile.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "cache/SpatializerParamCache.h"
+#include "store/SpatializerParamArray.h"
+#include "tools/BlobDecoder.h"
+#include "tools/EntryView.h"
+#include "tools/load/StoreSession.h"
+#include "translator/VexParameter.h"
+
+namespace korva::tool {
+
+namespace {
+
+using Kind = LoadedBlob::Kind;
+
+const char* const kKindNames[] = {"builtin", "profile", "tuning_device"};
+
+LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>& words,
+                    std::vector<EntrySource> sources) {
+    const DecodedBlob decoded = BlobDecoder::decode(words);
+    LoadedBlob blob{kind,           id, std::move(name), "", "", decoded.words, decoded.valid,
+                    decoded.header, {}};
+    for (size_t i = 0; i < decoded.entries.size(); i++) {
+        const BlobEntry& entry = decoded.entries[i];
+        LoadedEntry& loaded = blob.entries.emplace_back();
+        loaded.deviceId = entry.deviceId;
+        loaded.code = entry.code;
+        loaded.values.assign(entry.values.begin(), entry.values.end());
+        if (i < sources.size()) {
+            loaded.source = std::move(sources[i]);
+            loaded.from = loaded.source.summary();
+        }
+    }
+    return blob;
+}
+
+// The number of values the reader reported taking from each element, by line and name.
+using ValueCounts = std::map<std::pair<long, std::string>, size_t>;
+
+ValueCounts valueCounts(const LoadReport& report) {
+    ValueCounts counts;
+    for (const LoadReport::NumberEvent& number : report.numbers) {
+        const ReportedNode& node = report.node(number.node);
+        counts[{node.line, node.name}] = number.values.size();
+    }
+    return counts;
+}
+
+// The store's matrix of a tuning device, with the rows of the last write the file's elements made
+// of the tuning's matrix.
+MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenance,
+                    const ValueCounts& counts, const std::string& device) {
+    MixMatrix matrix{session.store().getXMLTuningMixMatrix(device), {}};
+    const int blob = provenance.tuningBlob(device);
+    const int record = blob < 0 ? -1 : provenance.blobRecord(blob);
+    if (record < 0) {
+        return matrix;
+    }
+    const EntrySource source = provenance.ofRecord(record, {OUTPUT_MIX_MATRIX});
+    for (const ValueStep& step : source.parameters[0].steps) {
+        std::vector<MatrixRow> rows;
+        for (const ReadElement& element : step.elements) {
+            const auto count = counts.find({element.line, element.name});
+            if (element.row) {
+                rows.push_back(
+                    {element.name, element.line, count != counts.end() ? count->second : 0});
+            }
+        }
+        matrix.rows = rows.empty() ? matrix.rows : rows;
+    }
+    return matrix;
+}
+
+// A member of an object, or null, which iterates as nothing, when it has none.
+const Json& member(const Json& json, const char* key) {
+    static const Json kNone;
+    return json.is_object() && json.contains(key) ? json[key] : kNone;
+}
+
+Json sourceJson(const LoadedEntry& entry, bool brief) {
+    if (!brief || !entry.source.builtinTable.empty()) {
+        return entry.source.toJson();
+    }
+    Json parameters = Json::array();
+    for (const SourceParameter& parameter : entry.source.parameters) {
+        Json rows = Json::array();
+        for (const ValueStep& step : parameter.steps) {
+            for (const ReadElement& element : step.elements) {
+                if (element.row) {
+                    rows.push_back(
+                        {{"element", element.name}, {"line", element.line}, {"row", true}});
+                }
+            }
+        }
+        Json item = Json::object();
+        item["name"] = parameter.name;
+        item["steps"] = Json::array({Json::object({{"elements", std::move(rows)}})});
+        parameters.push_back(std::move(item));
+    }
+    Json source = Json::object();
+    source["summary"] = entry.from;
+    source["parameters"] = std::move(parameters);
+    return source;
+}
+
+// What toJson's brief form carries of a source: the built-in table, or the parameters' names
+// and their row elements.
+EntrySource sourceFromJson(const Json& json) {
+    EntrySource source;
+    source.builtinTable = json.value("builtin_table", "");
+    for (const Json& item : member(json, "parameters")) {
+        SourceParameter& parameter = source.parameters.emplace_back();
+        parameter.name = item.value("name", "");
+        for (const Json& stepJson : member(item, "steps")) {
+            ValueStep& step = parameter.steps.emplace_back();
+            for (const Json& read : member(stepJson, "elements")) {
+                step.elements.push_back({read.value("element", ""),
+                                         read.value("line", 0L),
+                                         read.value("at_least", false),
+                                         read.value("row", false),
+                                         {},
+                                         {}});
+            }
+        }
+    }
+    return source;
+}
+
+}  // namespace
+
+long LoadedEntry::rowLine(int row) const {
+    for (const SourceParameter& parameter : source.parameters) {
+        for (const ValueStep& step : parameter.steps) {
+            int at = 0;
+            for (const ReadElement& element : step.elements) {
+                if (element.row && row >= 0 && at++ == row) {
+                    return element.line;
+                }
+            }
+        }
+    }
+    return 0;
+}
+
+std::string LoadedEntry::parameterNames() const {
+    std::string names;
+    for (const SourceParameter& parameter : source.parameters) {
+        names += (names.empty() ? "" : ", ") + parameter.name;
+    }
+    return names;
+}
+
+std::string LoadedBlob::key() const {
+    return kKindNames[static_cast<int>(kind)] +
+           (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
+}
+
+std::string LoadedBlob::title() const {
+    if (kind == Kind::kTuningDevice) {
+        return "tuning device \"" + name + "\"";
+    }
+    return (kind == Kind::kBuiltin ? "built-in profile " : "profile ") + std::to_string(id) +
+           " \"" + name + "\"";
+}
+
+std::vector<std::string> LoadedBlob::entryKeys() const {
+    std::vector<std::string> keys;
+    std::map<std::string, int> seen;
+    for (const LoadedEntry& entry : entries) {
+        const std::string pair =
+            std::to_string(entry.deviceId) + "/" + BlobDecoder::codeText(entry.code);
+        keys.push_back(pair + "#" + std::to_string(seen[pair]++));
+    }
+    return keys;
+}
+
+const MatrixRow* MixMatrix::rowOf(size_t index) const {
+    // The store's words lead with the endpoint and the orientation, then hold the values read.
+    constexpr size_t kLead = kOutputModeLeadWords - 1;
+    size_t start = kLead;
+    for (const MatrixRow& row : rows) {
+        if (index >= start && index < start + row.count) {
+            return &row;
+        }
+        start += row.count;
+    }
+    return nullptr;
+}
+
+EntryView MixMatrix::view() const {
+    std::vector<int> entry = {0};
+    entry.insert(entry.end(), words.begin(), words.end());
+    return EntryView::decode(vexParameterCode(DOM), entry);
+}
+
+LoadedFile LoadedFile::of(const StoreSession& session) {
+    SpatializerParamArray& store = session.store();
+    const LoadReport& report = session.report();
+    const EntryProvenance provenance(report);
+    LoadedFile file;
+    file.formatVersion = report.formatVersion;
+    file.toolVersion = report.toolVersion;
+    std::vector<LoadedBlob> devices;
+    for (size_t i = 0; i < report.blobs.size(); i++) {
+        const LoadReport::Blob& blob = report.blobs[i];
+        if (blob.fate == BlobFate::kDropped) {
+            continue;
+        }
+        if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
+            const int profile = provenance.blobRecord(i);
+            file.blobs.push_back(makeBlob(
+                Kind::kProfile, blob.profileId, profile >= 0 ? report.records[profile].name : "",
+                store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)));
+            continue;
+        }
+        const int record = provenance.blobRecord(i);
+        if (!blob.isTuning || record < 0 || !store.isXMLTuningValid(blob.device)) {
+            continue;
+        }
+        const RecordSnapshot* tuning = &report.records[record];
+        LoadedBlob named = makeBlob(Kind::kTuningDevice, 0, blob.device,
+                                    store.getXMLTuningParams(blob.device), provenance.ofBlob(i));
+        named.tuning = tuning->name;
+        for (const BindingSnapshot& binding : report.bindings) {
+            named.port = binding.device == blob.device && binding.tuning == tuning->name
+                             ? binding.port
+                             : named.port;
+        }
+        // A later blob of the same device replaces this one.
+        auto same = std::find_if(devices.begin(), devices.end(),
+                                 [&blob](const LoadedBlob& d) { return d.name == blob.device; });
+        if (same != devices.end()) {
+            *same = std::move(named);
+        } else {
+            devices.push_back(std::move(named));
+        }
+    }
+    const ValueCounts counts = valueCounts(report);
+    for (LoadedBlob& device : devices) {
+        file.store.mixMatrices[device.name] = mixMatrix(session, provenance, counts, device.name);
+        file.blobs.push_back(std::move(device));
+    }
+    file.store.tuningsUsable = SpatializerParamCache().isTuningAvailable();
+    for (int port = 0; port < kNumAndroidDevices; port++) {
+        file.store.ports.push_back({kAndroidDeviceNames[port], store.getAvailableTuningDevices(port),
+                                    store.getSelectedTuningDevice(port)});
+    }
+    return file;
+}
+
+bool LoadedFile::open(const std::string& path, LoadedFile* file) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return false;
+    }
+    *file = of(*session);
+    file->path = path;
+    return true;
+}
+
+LoadedFile LoadedFile::builtin() {
+    using Array = SpatializerParamArray;
+    const auto table = [](int id, const char* name, const int* words, size_t count) {
+        const std::vector<int> list(words, words + count);
+        return makeBlob(Kind::kBuiltin, id, name, list, EntryProvenance::ofBuiltin(name, list));
+    };
+    LoadedFile file;
+    file.blobs = {
+        table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
+        table(0, "dynamic", Array::mDynamicProfileParams, Array::kProfileTableWords),
+        table(1, "movie", Array::mMovieProfileParams, Array::kProfileTableWords),
+        table(2, "music", Array::mMusicProfileParams, Array::kProfileTableWords),
+        table(3, "cinema", Array::mCinemaProfileParams, Array::kProfileTableWords),
+        table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
+    };
+    return file;
+}
+
+Json LoadedFile::toJson(bool brief) const {
+    Json blobList = Json::array();
+    for (const LoadedBlob& blob : blobs) {
+        Json entries = Json::array();
+        for (const LoadedEntry& entry : blob.entries) {
+            // Built member by member: an initializer list would copy every value.
+            Json json = Json::object();
+            json["device"] = entry.deviceId;
+            json["device_name"] = BlobDecoder::deviceName(entry.deviceId);
+            json["code"] = BlobDecoder::codeText(entry.code);
+            json["count"] = entry.values.size();
+            json["values"] = entry.values;
+            const EntryView view = brief ? EntryView() : EntryView::decode(entry.code, entry.values);
+            if (view.kind != EntryView::Kind::kPlain) {
+                json["view"] = view.toJson();
+            }
+            if (!entry.from.empty()) {
+                json["source"] = sourceJson(entry, brief);
+            }
+            entries.push_back(std::move(json));
+        }
+        Json json = Json::object();
+        json["kind"] = kKindNames[static_cast<int>(blob.kind)];
+        if (blob.kind != Kind::kTuningDevice) {
+            json["id"] = blob.id;
+        }
+        json["name"] = blob.name;
+        if (blob.kind == Kind::kTuningDevice) {
+            json["port"] = blob.port;
+            json["tuning"] = blob.tuning;
+        }
+        json["words"] = blob.words;
+        json["valid"] = blob.valid;
+        json["header"] = blob.header;
+        json["entries"] = std::move(entries);
+        blobList.push_back(std::move(json));
+    }
+    Json ports = Json::array();
+    for (const PortState& port : store.ports) {
+        ports.push_back(
+            {{"port", port.port}, {"tuning_devices", port.devices}, {"selected", port.selected}});
+    }
+    Json matrices = Json::object();
+    for (const auto& [device, matrix] : store.mixMatrices) {
+        Json rows = Json::array();
+        for (const MatrixRow& row : matrix.rows) {
+            rows.push_back({{"element", row.element}, {"line", row.line}, {"count", row.count}});
+        }
+        matrices[device] = {{"words", matrix.words}, {"rows", rows}};
+    }
+    return {
+        {"file", path.empty() ? Json(nullptr) : Json(path)},
+        {"format_version", formatVersion},
+        {"tool_version", toolVersion},
+        {"store",
+         {{"tunings_usable", store.tuningsUsable}, {"ports", ports}, {"mix_matrices", matrices}}},
+        {"blobs", std::move(blobList)}};
+}
+
+LoadedFile LoadedFile::fromJson(const Json& json) {
+    LoadedFile file;
+    file.path = json.value("file", Json()).is_string() ? json["file"] : "";
+    file.formatVersion = json.value("format_version", "");
+    file.toolVersion = json.value("tool_version", "");
+    for (const Json& item : member(json, "blobs")) {
+        LoadedBlob& blob = file.blobs.emplace_back();
+        const auto kind = std::find(std::begin(kKindNames), std::end(kKindNames),
+                                    item.value("kind", std::string()));
+        blob.kind = kind == std::end(kKindNames) ? Kind::kProfile
+                                                 : static_cast<Kind>(kind - std::begin(kKindNames));
+        blob.id = item.value("id", 0);
+        blob.name = item.value("name", "");
+        blob.port = item.value("port", "");
+        blob.tuning = item.value("tuning", "");
+        blob.words = item.value("words", size_t(0));
+        blob.valid = item.value("valid", false);
+        blob.header = item.value("header", 0);
+        for (const Json& entryJson : member(item, "entries")) {
+            LoadedEntry& entry = blob.entries.emplace_back();
+            entry.deviceId = entryJson.value("device", 0);
+            entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
+            entry.values = entryJson.value("values", std::vector<int>());
+            if (entryJson.contains("source")) {
+                entry.source = sourceFromJson(entryJson["source"]);
+                entry.from = entry.source.builtinTable.empty()
+                                 ? entryJson["source"].value("summary", "")
+                                 : entry.source.summary();
+            }
+        }
+    }
+    const Json& store = member(json, "store");
+    file.store.tuningsUsable = store.value("tunings_usable", false);
+    for (const Json& port : member(store, "ports")) {
+        file.store.ports.push_back(
+            {port.value("port", ""), port.value("tuning_devices", ""), port.value("selected", "")});
+    }
+    for (const auto& [device, matrixJson] : member(store, "mix_matrices").items()) {
+        MixMatrix& matrix = file.store.mixMatrices[device];
+        matrix.words = matrixJson.value("words", std::vector<int>());
+        for (const Json& row : member(matrixJson, "rows")) {
+            matrix.rows.push_back(
+                {row.value("element", ""), row.value("line", 0L), row.value("count", size_t(0))});
+        }
+    }
+    return file;
+}
+
+}  // namespace korva::tool

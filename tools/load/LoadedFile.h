@@ -1,0 +1,109 @@
+// What one load of a tuning file came to, typed: the blobs the store kept, each entry resolved to
+// the records and lines it came from, and what the store serves besides them. Made once from a
+// session (or from the built-in tables), carried through a child process's pipe as JSON, and read
+// by every command that shows or compares blobs.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tools/EntryProvenance.h"
+#include "tools/EntryView.h"
+#include "tools/ToolOutput.h"
+
+namespace korva::tool {
+
+class StoreSession;
+
+struct LoadedEntry {
+    int32_t deviceId = 0;
+    int32_t code = 0;
+    std::vector<int> values;
+    // The source's one-line summary, kept as made: a source read back from JSON lacks the rules'
+    // kinds that summary() weighs.
+    std::string from;
+    EntrySource source;
+
+    // The file line of the row element a list's band (or row) was read from; 0 when none.
+    long rowLine(int row) const;
+    // The parameters the entry was translated from, comma-separated.
+    std::string parameterNames() const;
+};
+
+struct LoadedBlob {
+    enum class Kind { kBuiltin, kProfile, kTuningDevice };
+
+    Kind kind = Kind::kProfile;
+    int id = 0;  // profile id; -1 for the common table
+    std::string name;
+    std::string port;    // tuning devices
+    std::string tuning;  // tuning devices
+    size_t words = 0;
+    // Whether the store's blob reader accepts the blob; the entries read before a fault are kept.
+    bool valid = false;
+    int32_t header = 0;
+    std::vector<LoadedEntry> entries;
+
+    // The blob's identity across two files ("profile:1", "tuning_device:usb_dac").
+    std::string key() const;
+    // "profile 1 \"movie\"", "built-in profile 1 \"movie\"", "tuning device \"usb_dac\"".
+    std::string title() const;
+    // Each entry's identity within the blob: device, code, and which occurrence of the pair.
+    std::vector<std::string> entryKeys() const;
+};
+
+// A row element of a mix matrix and the number of values the reader took from it.
+struct MatrixRow {
+    std::string element;
+    long line = 0;
+    size_t count = 0;
+};
+
+// A tuning device's mix matrix as the store serves it (endpoint, orientation, then the matrices),
+// with the row elements of the file its values were read from, in order.
+struct MixMatrix {
+    std::vector<int> words;
+    std::vector<MatrixRow> rows;
+
+    // The row element that holds the value at index of words; null for the lead words.
+    const MatrixRow* rowOf(size_t index) const;
+    // The words read as the output mode entry they make behind its enable word (0): the value at
+    // index of words is at index + 1 of the view.
+    EntryView view() const;
+};
+
+struct PortState {
+    std::string port;
+    std::string devices;  // as the store lists them
+    std::string selected;
+};
+
+struct StoreState {
+    bool tuningsUsable = false;
+    std::vector<PortState> ports;                  // every port, in port order
+    std::map<std::string, MixMatrix> mixMatrices;  // by tuning device
+};
+
+struct LoadedFile {
+    std::string path;  // empty for the built-in tables
+    std::string formatVersion;
+    std::string toolVersion;
+    std::vector<LoadedBlob> blobs;
+    StoreState store;
+
+    // From a session that could read its file: profile blobs by id, then tuning device blobs.
+    static LoadedFile of(const StoreSession& session);
+    // The file loaded by this process's store, its path kept; false after one line on stderr
+    // when the store could not read it.
+    static bool open(const std::string& path, LoadedFile* file);
+    static LoadedFile builtin();
+
+    // brief keeps of the entries' sources their summary, parameter names and row elements: what
+    // comparing and the report read, a tenth of the size. fromJson reads that much of a source.
+    Json toJson(bool brief = false) const;
+    static LoadedFile fromJson(const Json& json);
+};
+
+}  // namespace korva::tool
