@@ -16,8 +16,8 @@ void ToolOutput::usageError(const std::string& command, const std::string& messa
     fprintf(stderr, "spatializer-paramtool: %s: %s\n", command.c_str(), message.c_str());
 }
 
-void ToolOutput::printJson(const Json& document) {
-    print(document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+std::string ToolOutput::jsonText(const Json& document) {
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 void ToolOutput::print(const std::string& text) {

@@ -29,7 +29,8 @@ public:
     // "spatializer-paramtool: COMMAND: message" on stderr, for a wrong command line.
     static void usageError(const std::string& command, const std::string& message);
     // One JSON document on stdout. Text that is not UTF-8 is replaced, never refused.
-    static void printJson(const Json& document);
+    static void printJson(const Json& document) { print(jsonText(document)); }
+    static std::string jsonText(const Json& document);
     static void print(const std::string& text);
     // Reports, as an error, a file that cannot be opened for reading.
     static bool isReadable(const std::string& path);
