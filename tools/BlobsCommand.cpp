@@ -9,12 +9,12 @@
 #include "model/Parameter.h"
 #include "reader/String2Int.h"
 #include "store/SpatializerParamArray.h"
-#include "tools/BlobDecoder.h"
-#include "tools/EntryProvenance.h"
-#include "tools/EntryView.h"
-#include "tools/NumberText.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/load/EntryProvenance.h"
+#include "tools/render/EntryView.h"
+#include "tools/render/NumberText.h"
 #include "tools/StoreSession.h"
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 

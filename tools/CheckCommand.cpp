@@ -16,7 +16,7 @@
 #include "tools/LintRules.h"
 #include "tools/SarifLog.h"
 #include "tools/StoreSession.h"
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 #include "tools/lint/Effects.h"
 #include "tools/lint/UndoEdit.h"
 #include "tools/load/FreshLoads.h"

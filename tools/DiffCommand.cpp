@@ -5,9 +5,9 @@
 
 #include "tools/BlobsCommand.h"
 #include "tools/ChildLoad.h"
-#include "tools/EntryView.h"
-#include "tools/NumberText.h"
-#include "tools/TextTable.h"
+#include "tools/render/EntryView.h"
+#include "tools/render/NumberText.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 

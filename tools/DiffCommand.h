@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/TextTable.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/TextTable.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -10,16 +10,16 @@
 #include "model/Parameter.h"
 #include "observer/DeliveryObserver.h"
 #include "reader/String2Int.h"
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
 #include "tools/BlobsCommand.h"
 #include "tools/DeliveryLog.h"
-#include "tools/EntryProvenance.h"
-#include "tools/EntryView.h"
+#include "tools/load/EntryProvenance.h"
+#include "tools/render/EntryView.h"
 #include "tools/LibraryLog.h"
-#include "tools/NumberText.h"
+#include "tools/render/NumberText.h"
 #include "tools/SimulatedEffect.h"
 #include "tools/StoreSession.h"
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 

@@ -6,7 +6,7 @@
 
 #include "platform/LocalProperties.h"
 #include "tools/HostRoot.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 #include "tools/TuningInput.h"
 
 namespace korva::tool {

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <vector>
 
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 #include "tools/load/TemporaryPaths.h"
 
 namespace korva::tool {

@@ -10,14 +10,14 @@
 #include "tools/BlobsCommand.h"
 #include "tools/CheckCommand.h"
 #include "tools/DiffCommand.h"
-#include "tools/DumpCommand.h"
+#include "tools/commands/DumpCommand.h"
 #include "tools/ExampleFile.h"
-#include "tools/ExplainCommand.h"
-#include "tools/HelpFormatter.h"
+#include "tools/commands/ExplainCommand.h"
+#include "tools/render/HelpFormatter.h"
 #include "tools/LibraryLog.h"
 #include "tools/ReportCommand.h"
 #include "tools/SimulateCommand.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 #include "tools/VersionInfo.h"
 
 using namespace korva::tool;

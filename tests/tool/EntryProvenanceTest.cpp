@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "model/OutputDevice.h"
-#include "tools/EntryProvenance.h"
-#include "tools/EntryView.h"
+#include "tools/load/EntryProvenance.h"
+#include "tools/render/EntryView.h"
 #include "tools/ExampleFile.h"
 #include "tools/StoreSession.h"
 

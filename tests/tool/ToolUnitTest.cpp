@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
 #include "tools/HtmlWriter.h"
-#include "tools/NumberText.h"
+#include "tools/render/NumberText.h"
 #include "tools/SimulatedEffect.h"
 #include "tools/SvgPlot.h"
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 #include "tools/render/Printer.h"
 
 namespace korva::tool {

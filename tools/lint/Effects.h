@@ -10,7 +10,7 @@
 #include "tools/Finding.h"
 #include "tools/LoadReport.h"
 #include "tools/StoreSession.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 #include "tools/load/FreshLoads.h"
 
 namespace korva::tool {

@@ -1,6 +1,8 @@
 #include "tools/render/Printer.h"
 
-#include "tools/TextTable.h"
+#include <algorithm>
+
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 
@@ -17,10 +19,14 @@ public:
     void path(const std::string&, const std::string& label, const std::string& path) override {
         mFields.addPathRow({label, path});
     }
-    void table(const std::string&, const Table& table) override {
+    void table(const std::string& key, const Table& table, const std::string& title) override {
+        if (!title.empty()) {
+            const Scope scope = object(key, title);
+            return this->table(key, table, "");
+        }
         endFields();
         if (table.rows.empty()) {
-            return text("(none)");
+            return text("(none)", 0);
         }
         std::vector<std::string> headers;
         for (const Column& column : table.columns) {
@@ -41,13 +47,15 @@ public:
         }
         mOut += out.render(indent());
     }
-    void text(const std::string& line) override {
+    void text(const std::string& line, size_t levels) override {
         endFields();
-        const std::string first = indent();
+        // The line's own leading blanks indent it further.
+        const size_t blanks = std::min(line.find_first_not_of(' '), line.size());
+        const std::string first = indent() + std::string(levels * kIndentStep + blanks, ' ');
         const std::string more = first + std::string(kIndentStep, ' ');
+        const size_t room = TextTable::kDefaultWidth - std::min(more.size(), size_t{40});
         bool start = true;
-        for (const std::string& part :
-             TextTable::wrap(line, TextTable::kDefaultWidth - more.size())) {
+        for (const std::string& part : TextTable::wrap(line.substr(blanks), room)) {
             mOut += (start ? first : more) + part + "\n";
             start = false;
         }
@@ -69,7 +77,7 @@ protected:
         if (mDepth == 0 && !mOut.empty()) {
             mOut += "\n";
         }
-        text(title);
+        text(title, 0);
         mDepth++;
     }
     void close() override {
@@ -107,7 +115,7 @@ public:
     void path(const std::string& key, const std::string&, const std::string& path) override {
         json(key, path);
     }
-    void table(const std::string& key, const Table& table) override {
+    void table(const std::string& key, const Table& table, const std::string&) override {
         Json rows = Json::array();
         for (const std::vector<Json>& row : table.rows) {
             Json item = Json::object();
@@ -118,7 +126,7 @@ public:
         }
         json(key, rows);
     }
-    void text(const std::string&) override {}
+    void text(const std::string&, size_t) override {}
     void json(const std::string& key, const Json& value) override { add(key, value); }
     std::string render() override { return ToolOutput::jsonText(mRoot); }
 
@@ -152,9 +160,16 @@ std::unique_ptr<Printer> Printer::make(bool json) {
     return std::make_unique<TextPrinter>();
 }
 
+void Printer::field(const std::string& key, const Json& value) {
+    std::string label = key;
+    std::replace(label.begin(), label.end(), '_', ' ');
+    field(key, label, value);
+}
+
 std::string Printer::textOf(const Json& value) {
     if (value.is_string()) {
-        return value.get<std::string>();
+        const std::string& text = value.get_ref<const std::string&>();
+        return text.empty() ? "\"\"" : text;
     }
     if (value.is_null()) {
         return "";

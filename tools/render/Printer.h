@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 
@@ -56,12 +56,16 @@ public:
     void field(const std::string& key, const std::string& label, const Json& value) {
         field(key, label, value, textOf(value));
     }
+    // Labelled by its key, blanks for underscores.
+    void field(const std::string& key, const Json& value);
     // A path the user gave: text never wraps it, since a path split at its blanks is of no use.
     virtual void path(const std::string& key, const std::string& label, const std::string& path) = 0;
-    // Text: an aligned table wrapped to 80 columns ("(none)" when empty). JSON: a list of objects.
-    virtual void table(const std::string& key, const Table& table) = 0;
-    // Only in text: a line, wrapped to 80 columns under the current indent.
-    virtual void text(const std::string& line) = 0;
+    // Text: an aligned table wrapped to 80 columns ("(none)" when empty), under its title when
+    // it has one. JSON: a list of objects.
+    virtual void table(const std::string& key, const Table& table,
+                       const std::string& title = "") = 0;
+    // Only in text: a line, wrapped to 80 columns under the current indent and levels more.
+    virtual void text(const std::string& line, size_t levels = 0) = 0;
     // Only in JSON.
     virtual void json(const std::string& key, const Json& value) = 0;
     // What flush prints.
@@ -69,7 +73,7 @@ public:
     // Everything to stdout, at once.
     void flush() { ToolOutput::print(render()); }
 
-    // A value as text shows it: strings bare, lists of numbers separated by blanks.
+    // A value as text shows it: strings bare (\"\" when empty), lists separated by blanks.
     static std::string textOf(const Json& value);
 
 protected:

@@ -1,4 +1,4 @@
-#include "tools/NumberText.h"
+#include "tools/render/NumberText.h"
 
 #include <cctype>
 #include <climits>

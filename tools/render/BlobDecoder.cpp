@@ -1,4 +1,4 @@
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
 
 #include <cctype>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 #include <unistd.h>
 

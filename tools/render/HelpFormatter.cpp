@@ -1,6 +1,6 @@
-#include "tools/HelpFormatter.h"
+#include "tools/render/HelpFormatter.h"
 
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 

@@ -1,9 +1,9 @@
-#include "tools/EntryProvenance.h"
+#include "tools/load/EntryProvenance.h"
 
 #include <algorithm>
 #include <set>
 
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
 #include "translator/ListLayout.h"
 
 namespace korva::tool {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "tools/LoadReport.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -1,4 +1,4 @@
-#include "tools/EntryView.h"
+#include "tools/render/EntryView.h"
 
 #include <cstdio>
 
