@@ -107,6 +107,8 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (const LoadReport::NodeEvent& event : report.structures) {
         if (event.what == static_cast<int>(Structure::kSetterRow)) {
             mRows.insert(event.node);
+        } else if (event.what == static_cast<int>(Structure::kGlobalSetting)) {
+            mGlobalSettings.push_back(event.node);
         }
     }
 }
@@ -213,8 +215,14 @@ void EntryProvenance::addSteps(Parameter parameter, int record, size_t translati
         step.source = event.source;
         step.rule = ruleText(event.source, parameter);
         step.record = otherRecord ? mReport.records[record].title() : "";
-        if (event.node >= 0) {
-            step.elements = readElements(event.node);
+        // A global setting's value comes from the <global_setting> elements, not the element
+        // the rule wrote it for.
+        for (int node : event.source == ValueSource::kGlobalSetting ? mGlobalSettings
+                                                                    : std::vector<int>{event.node}) {
+            if (node >= 0) {
+                const std::vector<ReadElement> read = readElements(node);
+                step.elements.insert(step.elements.end(), read.begin(), read.end());
+            }
         }
         step.values = event.values;
         steps->push_back(std::move(step));

@@ -102,6 +102,7 @@ private:
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob
     std::set<int> mRows;                               // nodes reported as list rows
+    std::vector<int> mGlobalSettings;                  // the <global_setting> elements read
 };
 
 }  // namespace korva::tool
