@@ -7,27 +7,12 @@ namespace korva::tool {
 namespace {
 
 const char* unitName(ListUnit unit) {
-    switch (unit) {
-        case ListUnit::kHz:
-            return "Hz";
-        case ListUnit::kSixteenthDb:
-            return "1/16 dB";
-        case ListUnit::kFlag:
-            return "flag";
-    }
-    return "";
+    return unit == ListUnit::kHz ? "Hz" : unit == ListUnit::kSixteenthDb ? "1/16 dB" : "flag";
 }
 
-const char* const kColumnNames[kMixMatrixColumns] = {"left", "right"};
-
-std::string rowText(const std::vector<int>& row) {
-    std::string decimals;
-    std::string words;
-    for (int coefficient : row) {
-        decimals += (decimals.empty() ? "" : " ") + EntryView::q14Text(coefficient);
-        words += (words.empty() ? "" : " ") + std::to_string(coefficient);
-    }
-    return decimals + "  (" + words + ")";
+// A value in its unit beside its word, where the unit is not the word itself.
+std::string withWord(const std::string& text, int word) {
+    return text + " (" + std::to_string(word) + ")";
 }
 
 }  // namespace
@@ -52,22 +37,31 @@ void EntryView::decodeBands(const BandListLayout& layout) {
     }
     kind = Kind::kBands;
     bands = raw[0];
+    mPlaces = {{"band count", std::to_string(raw[0])}};
     int numColumns = layout.numColumns;
     if (layout.perChannel) {
         channels = raw[1];
         numColumns = channels >= 0 && channels < layout.numColumns ? channels + 1 : 0;
         complete = numColumns > 0;
+        mPlaces.push_back({"channel count", std::to_string(raw[1])});
     }
-    size_t at = lead;
     for (int c = 0; c < numColumns; c++) {
         BandColumnView column{layout.columns[c].name, layout.columns[c].unit, {}};
-        for (int band = 0; band < bands && at < raw.size(); band++) {
-            column.raw.push_back(raw[at++]);
+        for (int band = 0; band < bands && mPlaces.size() < raw.size(); band++) {
+            const int word = raw[mPlaces.size()];
+            column.raw.push_back(word);
+            const std::string hz =
+                valueText(ListUnit::kHz, columns.empty() ? word : columns[0].raw[band]);
+            mPlaces.push_back({"band " + std::to_string(band + 1) + " (" + hz + ") " + column.name,
+                               column.unit == ListUnit::kSixteenthDb
+                                   ? withWord(valueText(column.unit, word), word)
+                                   : std::to_string(word),
+                               band});
         }
         complete = complete && static_cast<int>(column.raw.size()) == bands;
         columns.push_back(std::move(column));
     }
-    complete = complete && at == raw.size();
+    complete = complete && mPlaces.size() == raw.size();
 }
 
 void EntryView::decodeOutputMode() {
@@ -79,19 +73,28 @@ void EntryView::decodeOutputMode() {
     enable = raw[0];
     endpoint = raw[1];
     orientation = raw[2];
-    size_t at = kOutputModeLeadWords;
-    while (at < raw.size()) {
-        MixMatrixView matrix;
-        matrix.layout = raw[at];
-        matrix.coefficients = at + 1 < raw.size() ? raw[at + 1] : 0;
-        at += kMixMatrixHeadWords;
+    for (const char* lead : {"enable", "endpoint", "orientation"}) {
+        mPlaces.push_back({lead, std::to_string(raw[mPlaces.size()])});
+    }
+    while (mPlaces.size() < raw.size()) {
+        const size_t at = mPlaces.size();
+        MixMatrixView matrix{raw[at], at + 1 < raw.size() ? raw[at + 1] : 0, {}};
+        const std::string name = "matrix " + std::to_string(matrices.size() + 1) + " (layout " +
+                                 std::to_string(matrix.layout) + ")";
+        mPlaces.push_back({name + " layout code", std::to_string(raw[at])});
+        if (at + 1 < raw.size()) {
+            mPlaces.push_back({name + " coefficient count", std::to_string(raw[at + 1])});
+        }
         int taken = 0;
-        while (taken < matrix.coefficients && at < raw.size()) {
+        for (; taken < matrix.coefficients && mPlaces.size() < raw.size(); taken++) {
             if (taken % kMixMatrixColumns == 0) {
                 matrix.rows.emplace_back();
             }
-            matrix.rows.back().push_back(raw[at++]);
-            taken++;
+            const int word = raw[mPlaces.size()];
+            matrix.rows.back().push_back(word);
+            mPlaces.push_back({name + " row " + std::to_string(matrix.rows.size()) +
+                                   (taken % kMixMatrixColumns == 0 ? " left" : " right"),
+                               withWord(q14Text(word), word)});
         }
         const bool whole = taken == matrix.coefficients && matrix.coefficients >= 0;
         complete = complete && whole;
@@ -100,22 +103,17 @@ void EntryView::decodeOutputMode() {
             break;
         }
     }
-    complete = complete && at == raw.size();
+    complete = complete && mPlaces.size() == raw.size();
 }
 
 std::string EntryView::valueText(ListUnit unit, int raw) {
     char text[32];
-    switch (unit) {
-        case ListUnit::kHz:
-            snprintf(text, sizeof(text), "%d Hz", raw);
-            return text;
-        case ListUnit::kSixteenthDb:
-            snprintf(text, sizeof(text), "%g dB", decibels(raw));
-            return text;
-        case ListUnit::kFlag:
-            return raw == 0 ? "no" : raw == 1 ? "yes" : std::to_string(raw);
+    if (unit == ListUnit::kFlag) {
+        return raw == 0 ? "no" : raw == 1 ? "yes" : std::to_string(raw);
     }
-    return std::to_string(raw);
+    snprintf(text, sizeof(text), unit == ListUnit::kHz ? "%.0f Hz" : "%g dB",
+             unit == ListUnit::kHz ? raw : decibels(raw));
+    return text;
 }
 
 std::string EntryView::q14Text(int coefficient) {
@@ -126,33 +124,32 @@ std::string EntryView::q14Text(int coefficient) {
 
 std::vector<std::string> EntryView::lines() const {
     std::vector<std::string> out;
-    if (kind == Kind::kBands) {
-        for (int band = 0; band < bands; band++) {
-            std::string line = "band " + std::to_string(band + 1) + ":";
-            for (size_t c = 0; c < columns.size(); c++) {
-                if (static_cast<size_t>(band) >= columns[c].raw.size()) {
-                    continue;
-                }
-                const int word = columns[c].raw[band];
-                line +=
-                    (c == 0 ? " " : "  " + columns[c].name + " ") +
-                    valueText(columns[c].unit, word) +
-                    (columns[c].unit == ListUnit::kSixteenthDb ? " (" + std::to_string(word) + ")"
-                                                               : "");
-            }
-            out.push_back(line);
+    for (int band = 0; kind == Kind::kBands && band < bands; band++) {
+        std::string line = "band " + std::to_string(band + 1) + ":";
+        for (size_t c = 0; c < columns.size() && static_cast<size_t>(band) < columns[c].raw.size();
+             c++) {
+            const int word = columns[c].raw[band];
+            const std::string text = valueText(columns[c].unit, word);
+            line += (c == 0 ? " " : "  " + columns[c].name + " ") +
+                    (columns[c].unit == ListUnit::kSixteenthDb ? withWord(text, word) : text);
         }
-    } else if (kind == Kind::kOutputMode) {
+        out.push_back(line);
+    }
+    if (kind == Kind::kOutputMode) {
         out.push_back("enable " + std::to_string(enable) + ", endpoint " +
                       std::to_string(endpoint) + ", orientation " + std::to_string(orientation));
-        for (size_t m = 0; m < matrices.size(); m++) {
-            const MixMatrixView& matrix = matrices[m];
-            out.push_back("matrix " + std::to_string(m + 1) + ": layout " +
-                          std::to_string(matrix.layout) + ", " +
-                          std::to_string(matrix.coefficients) + " coefficients (Q14)");
-            for (size_t r = 0; r < matrix.rows.size(); r++) {
-                out.push_back("  row " + std::to_string(r + 1) + ": " + rowText(matrix.rows[r]));
+    }
+    for (size_t m = 0; m < matrices.size(); m++) {
+        out.push_back("matrix " + std::to_string(m + 1) + ": layout " +
+                      std::to_string(matrices[m].layout) + ", " +
+                      std::to_string(matrices[m].coefficients) + " coefficients (Q14)");
+        for (size_t r = 0; r < matrices[m].rows.size(); r++) {
+            std::string decimals;
+            for (int coefficient : matrices[m].rows[r]) {
+                decimals += (decimals.empty() ? "" : " ") + q14Text(coefficient);
             }
+            out.push_back("  row " + std::to_string(r + 1) + ": " + decimals + "  (" +
+                          NumberText::join(matrices[m].rows[r]) + ")");
         }
     }
     if (kind != Kind::kPlain && !complete) {
@@ -162,113 +159,58 @@ std::vector<std::string> EntryView::lines() const {
 }
 
 EntryView::Place EntryView::place(size_t index) const {
-    Place at;
-    at.where = "value " + std::to_string(index + 1);
-    if (index >= raw.size()) {
-        return at;
+    if (index < mPlaces.size()) {
+        return mPlaces[index];
     }
-    at.value = std::to_string(raw[index]);
-    if (kind == Kind::kBands) {
-        const size_t lead = bandListLayout(code)->perChannel ? 2 : 1;
-        if (index < lead) {
-            at.where = index == 0 ? "band count" : "channel count";
-            return at;
-        }
-        size_t start = lead;
-        for (const BandColumnView& column : columns) {
-            if (index < start + column.raw.size()) {
-                const size_t band = index - start;
-                at.where = "band " + std::to_string(band + 1);
-                at.band = static_cast<int>(band);
-                if (!columns.empty() && band < columns[0].raw.size()) {
-                    at.where += " (" + valueText(ListUnit::kHz, columns[0].raw[band]) + ")";
-                }
-                at.where += " " + column.name;
-                if (column.unit == ListUnit::kSixteenthDb) {
-                    at.value = valueText(column.unit, raw[index]) + " (" + at.value + ")";
-                }
-                return at;
-            }
-            start += column.raw.size();
-        }
-        return at;
-    }
-    if (kind != Kind::kOutputMode) {
-        return at;
-    }
-    static const char* const kLead[] = {"enable", "endpoint", "orientation"};
-    if (index < static_cast<size_t>(kOutputModeLeadWords)) {
-        at.where = kLead[index];
-        return at;
-    }
-    size_t start = kOutputModeLeadWords;
-    for (size_t m = 0; m < matrices.size(); m++) {
-        const std::string name = "matrix " + std::to_string(m + 1) + " (layout " +
-                                 std::to_string(matrices[m].layout) + ")";
-        if (index < start + kMixMatrixHeadWords) {
-            at.where = name + (index == start ? " layout code" : " coefficient count");
-            return at;
-        }
-        start += kMixMatrixHeadWords;
-        for (size_t r = 0; r < matrices[m].rows.size(); r++) {
-            if (index < start + matrices[m].rows[r].size()) {
-                at.where =
-                    name + " row " + std::to_string(r + 1) + " " + kColumnNames[index - start];
-                at.value = q14Text(raw[index]) + " (" + at.value + ")";
-                return at;
-            }
-            start += matrices[m].rows[r].size();
-        }
-    }
-    return at;
+    return {"value " + std::to_string(index + 1),
+            index < raw.size() ? std::to_string(raw[index]) : ""};
 }
 
 Json EntryView::toJson() const {
     Json json = {{"raw", raw}};
-    if (kind == Kind::kBands) {
-        Json list = Json::array();
-        for (const BandColumnView& column : columns) {
-            Json values = Json::array();
-            for (int word : column.raw) {
-                values.push_back(column.unit == ListUnit::kSixteenthDb ? Json(decibels(word))
-                                                                       : Json(word));
-            }
-            list.push_back(
-                {{"name", column.name},
-                 {"unit", column.unit == ListUnit::kSixteenthDb ? "dB" : unitName(column.unit)},
-                 {"raw_unit", unitName(column.unit)},
-                 {"raw", column.raw},
-                 {"values", values}});
+    if (kind == Kind::kPlain) {
+        return json;
+    }
+    Json list = Json::array();
+    for (const BandColumnView& column : columns) {
+        const bool db = column.unit == ListUnit::kSixteenthDb;
+        Json values = Json::array();
+        for (int word : column.raw) {
+            values.push_back(db ? Json(decibels(word)) : Json(word));
         }
+        list.push_back({{"name", column.name},
+                        {"unit", db ? "dB" : unitName(column.unit)},
+                        {"raw_unit", unitName(column.unit)},
+                        {"raw", column.raw},
+                        {"values", values}});
+    }
+    for (const MixMatrixView& matrix : matrices) {
+        Json rows = Json::array();
+        for (const std::vector<int>& row : matrix.rows) {
+            Json decimals = Json::array();
+            for (int coefficient : row) {
+                decimals.push_back(q14(coefficient));
+            }
+            rows.push_back({{"raw", row}, {"values", decimals}});
+        }
+        list.push_back(
+            {{"layout", matrix.layout}, {"coefficients", matrix.coefficients}, {"rows", rows}});
+    }
+    if (kind == Kind::kBands) {
         json["layout"] = "bands";
         json["bands"] = bands;
         if (channels > 0) {
             json["channels"] = channels;
         }
         json["columns"] = list;
-    } else if (kind == Kind::kOutputMode) {
-        Json list = Json::array();
-        for (const MixMatrixView& matrix : matrices) {
-            Json rows = Json::array();
-            for (const std::vector<int>& row : matrix.rows) {
-                Json decimals = Json::array();
-                for (int coefficient : row) {
-                    decimals.push_back(q14(coefficient));
-                }
-                rows.push_back({{"raw", row}, {"values", decimals}});
-            }
-            list.push_back(
-                {{"layout", matrix.layout}, {"coefficients", matrix.coefficients}, {"rows", rows}});
-        }
+    } else {
         json["layout"] = "output_mode";
         json["enable"] = enable;
         json["endpoint"] = endpoint;
         json["orientation"] = orientation;
         json["matrices"] = list;
     }
-    if (kind != Kind::kPlain) {
-        json["complete"] = complete;
-    }
+    json["complete"] = complete;
     return json;
 }
 
