@@ -83,6 +83,11 @@ CommonOptions& start(CommonOptions& options) {
     }
     return options;
 }
+template <typename CommandOptions>
+CommandOptions& start(CommandOptions& options) {
+    start(options.common);
+    return options;
+}
 
 std::string propertyHelp() {
     std::string help = "set a system property before the store starts (repeatable); short names:";
@@ -106,10 +111,7 @@ const Command kCommands[] = {
                        "print the findings as a SARIF 2.1.0 log (for code scanning) instead")
              ->excludes("--json");
      },
-     [](Options& o) {
-         start(o.check.common);
-         return CheckCommand::run(o.check);
-     }},
+     [](Options& o) { return CheckCommand::run(start(o.check)); }},
     {"dump", "every record as the library holds it after parsing",
      [](CLI::App& command, Options& o) { fileAndCommon(command, o.dump); },
      [](Options& o) { return DumpCommand::run(start(o.dump)); }},
@@ -119,10 +121,7 @@ const Command kCommands[] = {
          selection(command, o.blobs);
          command.add_flag("--builtin", o.blobs.builtin, "the built-in tables instead of the file's");
      },
-     [](Options& o) {
-         start(o.blobs.common);
-         return BlobsCommand::run(o.blobs);
-     }},
+     [](Options& o) { return BlobsCommand::run(start(o.blobs)); }},
     {"simulate", "run effect calls through the parameter cache and print every call",
      [](CLI::App& command, Options& o) {
          // One KEY=VALUE per --prop, so that the steps after it stay steps.
@@ -140,8 +139,7 @@ const Command kCommands[] = {
          if (!SimulateCommand::takeWords(o.simulateWords, &o.simulate)) {
              return kExitError;
          }
-         start(o.simulate.common);
-         return SimulateCommand::run(o.simulate);
+         return SimulateCommand::run(start(o.simulate));
      }},
     {"diff", "blob-level differences between two tuning files",
      [](CLI::App& command, Options& o) {
@@ -151,8 +149,7 @@ const Command kCommands[] = {
      },
      [](Options& o) {
          o.diff.common.file = o.diff.fileA;
-         start(o.diff.common);
-         return DiffCommand::run(o.diff);
+         return DiffCommand::run(start(o.diff));
      }},
     {"report",
      "write one self-contained HTML page: findings, ports, EQ curves, mix matrices, blobs with "
@@ -180,10 +177,7 @@ const Command kCommands[] = {
          selection(command, o.explain);
          common(command, o.explain.common);
      },
-     [](Options& o) {
-         start(o.explain.common);
-         return ExplainCommand::run(o.explain);
-     }},
+     [](Options& o) { return ExplainCommand::run(start(o.explain)); }},
 };
 
 // CLI11 takes an unknown first word for a stray argument; name it as the subcommand it was meant

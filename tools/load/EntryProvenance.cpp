@@ -1,6 +1,7 @@
 #include "tools/load/EntryProvenance.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "tools/render/BlobDecoder.h"
@@ -60,12 +61,15 @@ EntrySource entryOf(const DecodedBlob& blob, size_t index) {
     return source;
 }
 
-std::string linesText(const std::vector<long>& lines) {
-    std::string text;
-    for (long line : lines) {
-        text += (text.empty() ? "" : ", ") + std::to_string(line);
+// The first line of each file element a parameter's values were read from.
+std::set<long> firstLines(const SourceParameter& parameter) {
+    std::set<long> lines;
+    for (const ValueStep& step : parameter.steps) {
+        if (!step.elements.empty()) {
+            lines.insert(step.elements.front().line);
+        }
     }
-    return (lines.size() == 1 ? "line " : "lines ") + text;
+    return lines;
 }
 
 }  // namespace
@@ -135,43 +139,38 @@ int EntryProvenance::tuningBlob(const std::string& device) const {
 }
 
 std::string EntryProvenance::ruleText(ValueSource source, Parameter parameter) const {
-    const auto loaderDefault = [this](LoaderDefault what) {
-        return std::find(mReport.loaderDefaults.begin(), mReport.loaderDefaults.end(), what) !=
-               mReport.loaderDefaults.end();
+    // By ValueSource, in its order.
+    static const char* const kRules[] = {
+        "",
+        "attribute of the record's element",
+        "version default (3.2 files)",
+        "version default (3.2.2 files)",
+        "version default (files before 3.4)",
+        "global setting",
+        "the profile's IEQ switch, given to its endpoints",
+        "dialog steering, extended by the dialog enhancer's switch",
+        "loader rule: the endpoint's fixed orientation",
+        "loader rule: the %s mix matrix",
+        "loader rule: the %s vb mode",
+        "changed by the translator",
+        "translator: absent, sent as an empty list",
     };
-    switch (source) {
-        case ValueSource::kFile:
-            return "";
-        case ValueSource::kRecordAttribute:
-            return "attribute of the record's element";
-        case ValueSource::kVersion32:
-            return "version default (3.2 files)";
-        case ValueSource::kVersion322:
-            return "version default (3.2.2 files)";
-        case ValueSource::kBefore34:
-            return "version default (files before 3.4)";
-        case ValueSource::kGlobalSetting:
-            return "global setting";
-        case ValueSource::kProfileIeqSwitch:
-            return "the profile's IEQ switch, given to its endpoints";
-        case ValueSource::kDialogSteering:
-            return "dialog steering, extended by the dialog enhancer's switch";
-        case ValueSource::kLoaderOrientation:
-            return "loader rule: the endpoint's fixed orientation";
-        case ValueSource::kLoaderMixMatrix:
-            return loaderDefault(LoaderDefault::kMixMatrix)
-                       ? "loader rule: the default mix matrix"
-                       : "loader rule: the speaker tuning's mix matrix";
-        case ValueSource::kLoaderVbMode:
-            return loaderDefault(LoaderDefault::kVbMode)
-                       ? "loader rule: the default vb mode"
-                       : "loader rule: the speaker tuning's vb mode";
-        case ValueSource::kTranslator:
-            return "changed by the translator";
-        case ValueSource::kTranslatorEmpty:
-            return "translator: absent, sent as an empty list";
+    const size_t index = static_cast<size_t>(source);
+    if (index >= std::size(kRules)) {
+        return std::string("rule for ") + kParameterNames[parameter];
     }
-    return std::string("rule for ") + kParameterNames[parameter];
+    std::string text = kRules[index];
+    const size_t slot = text.find("%s");
+    if (slot != std::string::npos) {
+        // Whose values the loader took: the speaker tuning's, or its defaults when it had none.
+        const LoaderDefault what = source == ValueSource::kLoaderMixMatrix
+                                       ? LoaderDefault::kMixMatrix
+                                       : LoaderDefault::kVbMode;
+        const auto& defaults = mReport.loaderDefaults;
+        const bool byDefault = std::find(defaults.begin(), defaults.end(), what) != defaults.end();
+        text.replace(slot, 2, byDefault ? "default" : "speaker tuning's");
+    }
+    return text;
 }
 
 std::vector<ReadElement> EntryProvenance::readElements(int node) const {
@@ -307,11 +306,8 @@ std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
 std::vector<long> EntrySource::lines() const {
     std::set<long> lines;
     for (const SourceParameter& parameter : parameters) {
-        for (const ValueStep& step : parameter.steps) {
-            if (!step.elements.empty()) {
-                lines.insert(step.elements.front().line);
-            }
-        }
+        const std::set<long> own = firstLines(parameter);
+        lines.insert(own.begin(), own.end());
     }
     return {lines.begin(), lines.end()};
 }
@@ -324,14 +320,11 @@ std::string EntrySource::summary() const {
         return "no source reported";
     }
     // Parameters read from the same lines are named together.
-    std::vector<std::pair<std::string, std::vector<long>>> groups;
+    std::vector<std::pair<std::string, std::set<long>>> groups;
     std::vector<std::string> rules;
     for (const SourceParameter& parameter : parameters) {
-        std::set<long> lines;
+        std::set<long> lines = firstLines(parameter);
         for (const ValueStep& step : parameter.steps) {
-            if (!step.elements.empty()) {
-                lines.insert(step.elements.front().line);
-            }
             if (!step.rule.empty() && step.source != ValueSource::kTranslator &&
                 std::find(rules.begin(), rules.end(), step.rule) == rules.end()) {
                 rules.push_back(step.rule);
@@ -341,18 +334,22 @@ std::string EntrySource::summary() const {
         if (parameter.steps.empty() && parameter.recordLine > 0) {
             lines.insert(parameter.recordLine);
         }
-        const std::vector<long> key(lines.begin(), lines.end());
         auto group = std::find_if(groups.begin(), groups.end(),
-                                  [&key](const auto& g) { return g.second == key; });
+                                  [&lines](const auto& g) { return g.second == lines; });
         if (group != groups.end()) {
             group->first += ", " + parameter.name;
         } else {
-            groups.emplace_back(parameter.name, key);
+            groups.emplace_back(parameter.name, lines);
         }
     }
     std::string text;
     for (const auto& [names, lines] : groups) {
-        text += (text.empty() ? "" : "; ") + names + (lines.empty() ? "" : " " + linesText(lines));
+        std::string numbers;
+        for (long line : lines) {
+            numbers += (numbers.empty() ? "" : ", ") + std::to_string(line);
+        }
+        text += (text.empty() ? "" : "; ") + names +
+                (lines.empty() ? "" : (lines.size() == 1 ? " line " : " lines ") + numbers);
     }
     for (const std::string& rule : rules) {
         text += "; " + rule;
