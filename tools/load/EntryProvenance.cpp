@@ -83,12 +83,12 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     std::set<std::pair<int, std::string>> seen;
     for (const LoadReport::AttributeEvent& event : report.attributes) {
         if (event.how == AttributeRead::kMissing && seen.insert({event.node, event.name}).second) {
-            mAbsent[event.node].push_back(event.name);
+            mRead[event.node].absent.push_back(event.name);
         }
     }
     const auto read = [this, &seen](int node, const std::string& name, const std::string& text) {
         if (node >= 0 && seen.insert({node, name}).second) {
-            mAttributes[node].emplace_back(name, text);
+            mRead[node].attributes.emplace_back(name, text);
         }
     };
     for (const LoadReport::AttributeEvent& event : report.attributes) {
@@ -179,15 +179,14 @@ std::vector<ReadElement> EntryProvenance::readElements(int node) const {
     while (!pending.empty()) {
         const int at = pending.back();
         pending.pop_back();
-        const ReportedNode& reported = mReport.node(at);
-        auto attributes = mAttributes.find(at);
-        auto absent = mAbsent.find(at);
-        if (at == node || attributes != mAttributes.end() || absent != mAbsent.end()) {
-            elements.push_back(
-                {reported.name, reported.line, reported.atLeast, mRows.count(at) > 0,
-                 attributes != mAttributes.end() ? attributes->second
-                                                 : decltype(attributes->second)(),
-                 absent != mAbsent.end() ? absent->second : std::vector<std::string>()});
+        const auto read = mRead.find(at);
+        if (at == node || read != mRead.end()) {
+            const ReportedNode& reported = mReport.node(at);
+            elements.push_back(read != mRead.end() ? read->second : ReadElement());
+            elements.back().name = reported.name;
+            elements.back().line = reported.line;
+            elements.back().atLeast = reported.atLeast;
+            elements.back().row = mRows.count(at) > 0;
         }
         auto children = mChildren.find(at);
         if (children != mChildren.end()) {

@@ -97,8 +97,7 @@ private:
 
     const LoadReport& mReport;
     std::map<int, std::vector<int>> mChildren;
-    std::map<int, std::vector<std::pair<std::string, std::string>>> mAttributes;
-    std::map<int, std::vector<std::string>> mAbsent;
+    std::map<int, ReadElement> mRead;  // the attributes read of each element, by node
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob
     std::set<int> mRows;                               // nodes reported as list rows
