@@ -14,9 +14,9 @@ namespace {
 // The parameters of the translation that the entry's layout names; the translation's others
 // when the entry has no layout, less those a sibling entry's layout claims.
 std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& translation,
-                                       const DecodedBlob& blob, size_t entry) {
-    const auto layoutOf = [&blob](size_t index) {
-        return index < blob.entries.size() ? bandListLayout(blob.entries[index].code) : nullptr;
+                                       const std::vector<EntrySource>& entries, size_t entry) {
+    const auto layoutOf = [&entries](size_t index) {
+        return index < entries.size() ? bandListLayout(entries[index].code) : nullptr;
     };
     const auto offered = [&translation](Parameter parameter) {
         return std::find(translation.sources.begin(), translation.sources.end(), parameter) !=
@@ -25,7 +25,7 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     std::vector<Parameter> parameters;
     if (const BandListLayout* layout = layoutOf(entry)) {
         int columns = layout->numColumns;
-        const std::vector<int32_t>& values = blob.entries[entry].values;
+        const std::vector<int>& values = entries[entry].values;
         if (layout->perChannel && values.size() > 1 && values[1] >= 0) {
             columns = std::min(columns, values[1] + 1);
         }
@@ -52,13 +52,18 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     return parameters;
 }
 
-EntrySource entryOf(const DecodedBlob& blob, size_t index) {
-    EntrySource source;
-    source.entry = index;
-    source.deviceId = blob.entries[index].deviceId;
-    source.code = blob.entries[index].code;
-    source.values.assign(blob.entries[index].values.begin(), blob.entries[index].values.end());
-    return source;
+// A blob's entries as its words have them, without their sources.
+std::vector<EntrySource> entriesOf(const std::vector<int>& words) {
+    std::vector<EntrySource> entries;
+    for (const BlobEntry& entry : BlobDecoder::decode(words).entries) {
+        entries.push_back({entries.size(),
+                           entry.deviceId,
+                           entry.code,
+                           std::vector<int>(entry.values.begin(), entry.values.end()),
+                           "",
+                           {}});
+    }
+    return entries;
 }
 
 // The first line of each file element a parameter's values were read from.
@@ -266,40 +271,31 @@ EntrySource EntryProvenance::ofRecord(int record, const std::vector<Parameter>& 
 }
 
 std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
-    std::vector<EntrySource> sources;
     if (blob >= mReport.blobs.size()) {
-        return sources;
+        return {};
     }
-    const DecodedBlob decoded = BlobDecoder::decode(mReport.blobs[blob].words);
+    std::vector<EntrySource> entries = entriesOf(mReport.blobs[blob].words);
     auto translations = mTranslations.find(static_cast<int>(blob));
-    for (size_t i = 0; i < decoded.entries.size(); i++) {
-        EntrySource source = entryOf(decoded, i);
-        for (size_t t :
-             translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
-            const LoadReport::TranslatedEvent& translation = mReport.translated[t];
-            if (static_cast<int>(i) < translation.firstEntry ||
-                static_cast<int>(i) >= translation.endEntry) {
-                continue;
-            }
-            for (Parameter parameter : entryParameters(translation, decoded, i)) {
-                source.parameters.push_back(sourceParameter(parameter, translation.record, t));
+    for (size_t t :
+         translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
+        const LoadReport::TranslatedEvent& translation = mReport.translated[t];
+        for (int i = std::max(translation.firstEntry, 0);
+             i < translation.endEntry && i < static_cast<int>(entries.size()); i++) {
+            for (Parameter parameter : entryParameters(translation, entries, i)) {
+                entries[i].parameters.push_back(sourceParameter(parameter, translation.record, t));
             }
         }
-        sources.push_back(std::move(source));
     }
-    return sources;
+    return entries;
 }
 
 std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
                                                     const std::vector<int>& words) {
-    std::vector<EntrySource> sources;
-    const DecodedBlob decoded = BlobDecoder::decode(words);
-    for (size_t i = 0; i < decoded.entries.size(); i++) {
-        EntrySource source = entryOf(decoded, i);
-        source.builtinTable = table;
-        sources.push_back(std::move(source));
+    std::vector<EntrySource> entries = entriesOf(words);
+    for (EntrySource& entry : entries) {
+        entry.builtinTable = table;
     }
-    return sources;
+    return entries;
 }
 
 std::vector<long> EntrySource::lines() const {
