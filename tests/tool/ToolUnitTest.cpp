@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/render/BlobDecoder.h"
 #include "tools/HtmlWriter.h"
-#include "tools/render/NumberText.h"
 #include "tools/SimulatedEffect.h"
 #include "tools/SvgPlot.h"
-#include "tools/render/TextTable.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/NumberText.h"
 #include "tools/render/Printer.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 namespace {
@@ -136,6 +136,7 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
 void writeContent(Printer& out) {
     out.path("file", "tuning file", "/a b/c.xml");
     out.field("gain", "game gain", 3, "3 dB");
+    out.field("tool_version", "");
     {
         const auto records = out.list("records", "records");
         for (int id : {1, 2}) {
@@ -149,15 +150,16 @@ void writeContent(Printer& out) {
     table.addRow({1, "dea"});
     table.addRow({41, "gebs"});
     out.table("entries", table);
-    out.table("none", Printer::Table{{{"x", "x"}}, {}});
+    out.table("none", Printer::Table{{{"x", "x"}}, {}}, "nothing");
 }
 
 TEST(PrinterTest, OneContentGivesAlignedTextAndOneJsonDocument) {
     const auto text = Printer::make(false);
     writeContent(*text);
     EXPECT_EQ(text->render(),
-              "tuning file  /a b/c.xml\n"
-              "game gain    3 dB\n"
+              "tuning file   /a b/c.xml\n"
+              "game gain     3 dB\n"
+              "tool version  \"\"\n"
               "\nrecords\n"
               "  record 1\n"
               "    values  1 10\n"
@@ -168,10 +170,12 @@ TEST(PrinterTest, OneContentGivesAlignedTextAndOneJsonDocument) {
               "count  code\n"
               "    1  dea\n"
               "   41  gebs\n"
-              "(none)\n");
+              "\nnothing\n"
+              "  (none)\n");
     const auto json = Printer::make(true);
     writeContent(*json);
-    EXPECT_EQ(Json::parse(json->render()), Json::parse(R"({"file": "/a b/c.xml", "gain": 3,
+    EXPECT_EQ(Json::parse(json->render()),
+              Json::parse(R"({"file": "/a b/c.xml", "gain": 3, "tool_version": "",
                   "records": [{"values": [1, 10], "only_json": true},
                               {"values": [2, 20], "only_json": true}],
                   "entries": [{"count": 1, "code": "dea"}, {"count": 41, "code": "gebs"}],

@@ -73,7 +73,7 @@ public:
     // Everything to stdout, at once.
     void flush() { ToolOutput::print(render()); }
 
-    // A value as text shows it: strings bare (\"\" when empty), lists separated by blanks.
+    // A value as text shows it: strings bare ("" when empty), lists separated by blanks.
     static std::string textOf(const Json& value);
 
 protected:
