@@ -50,43 +50,6 @@ bool findProfile(const LoadReport& report, const std::string& selector, int* id)
     return false;
 }
 
-std::string elementText(const ReadElement& element) {
-    std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
-                       " <" + element.name + ">";
-    for (const auto& [name, value] : element.attributes) {
-        text += " " + name + "=\"" + value + "\"";
-    }
-    for (const std::string& name : element.absent) {
-        text += " (no " + name + ")";
-    }
-    return text;
-}
-
-void printTrace(Printer& out, const EntrySource& source) {
-    if (!source.builtinTable.empty()) {
-        return out.text("from the built-in table \"" + source.builtinTable + "\"");
-    }
-    if (source.parameters.empty()) {
-        return out.text("the load reported no source for it");
-    }
-    for (const SourceParameter& parameter : source.parameters) {
-        out.text(parameter.name + " of " + parameter.recordName + " (line " +
-                 std::to_string(parameter.recordLine) + ")");
-        if (parameter.steps.empty()) {
-            out.text("no write reported: the record's own value", 1);
-        }
-        for (const ValueStep& step : parameter.steps) {
-            const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
-            out.text((step.rule.empty() ? "read from the file" : step.rule) + record + ": values " +
-                         NumberText::join(step.values),
-                     1);
-            for (const ReadElement& element : step.elements) {
-                out.text(elementText(element), 2);
-            }
-        }
-    }
-}
-
 }  // namespace
 
 int ExplainCommand::run(const Options& options) {
@@ -139,14 +102,14 @@ int ExplainCommand::run(const Options& options) {
                 out->json("code", code);
                 out->json("values", source.values);
                 out->json("view", EntryView::decode(source.code, source.values).toJson());
-                out->json("source", source.toJson());
                 for (const std::string& line : BlobsCommand::valueLines(
                          source.code,
                          std::vector<int32_t>(source.values.begin(), source.values.end()),
                          options.raw)) {
                     out->text(line, 1);
                 }
-                printTrace(*out, source);
+                const auto trace = out->object("source");
+                source.print(*out);
             }
         }
     }

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "tools/render/BlobDecoder.h"
+#include "tools/render/NumberText.h"
 #include "translator/ListLayout.h"
 
 namespace korva::tool {
@@ -64,6 +65,27 @@ std::vector<EntrySource> entriesOf(const std::vector<int>& words) {
                            {}});
     }
     return entries;
+}
+
+// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON.
+void printElement(Printer& out, const ReadElement& element) {
+    std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
+                       " <" + element.name + ">";
+    Json attributes = Json::object();
+    for (const auto& [name, value] : element.attributes) {
+        text += " " + name + "=\"" + value + "\"";
+        attributes[name] = value;
+    }
+    for (const std::string& name : element.absent) {
+        text += " (no " + name + ")";
+    }
+    out.text(text);
+    out.json("", {{"element", element.name},
+                  {"line", element.line},
+                  {"at_least", element.atLeast},
+                  {"row", element.row},
+                  {"attributes", attributes},
+                  {"absent", element.absent}});
 }
 
 // The first line of each file element a parameter's values were read from.
@@ -352,45 +374,49 @@ std::string EntrySource::summary() const {
     return text;
 }
 
-Json EntrySource::toJson() const {
-    Json json = {{"entry", entry}};
+void EntrySource::print(Printer& out) const {
+    out.json("entry", entry);
     if (!builtinTable.empty()) {
-        json["builtin_table"] = builtinTable;
-        return json;
+        out.json("builtin_table", builtinTable);
+        return out.text("from the built-in table \"" + builtinTable + "\"");
     }
-    Json list = Json::array();
+    out.json("summary", summary());
+    if (parameters.empty()) {
+        out.text("the load reported no source for it");
+    }
+    const auto list = out.list("parameters");
     for (const SourceParameter& parameter : parameters) {
-        Json steps = Json::array();
-        for (const ValueStep& step : parameter.steps) {
-            Json elements = Json::array();
-            for (const ReadElement& element : step.elements) {
-                Json attributes = Json::object();
-                for (const auto& [name, text] : element.attributes) {
-                    attributes[name] = text;
-                }
-                elements.push_back({{"element", element.name},
-                                    {"line", element.line},
-                                    {"at_least", element.atLeast},
-                                    {"row", element.row},
-                                    {"attributes", attributes},
-                                    {"absent", element.absent}});
-            }
-            Json item = {{"rule", step.rule.empty() ? Json(nullptr) : Json(step.rule)}};
-            if (!step.record.empty()) {
-                item["record"] = step.record;
-            }
-            item["elements"] = elements;
-            item["values"] = step.values;
-            steps.push_back(item);
+        const auto item = out.object("", parameter.name + " of " + parameter.recordName +
+                                             " (line " + std::to_string(parameter.recordLine) + ")");
+        out.json("name", parameter.name);
+        out.json("record", parameter.recordName);
+        out.json("record_line", parameter.recordLine);
+        if (parameter.steps.empty()) {
+            out.text("no write reported: the record's own value");
         }
-        list.push_back({{"name", parameter.name},
-                        {"record", parameter.recordName},
-                        {"record_line", parameter.recordLine},
-                        {"steps", steps}});
+        const auto steps = out.list("steps");
+        for (const ValueStep& step : parameter.steps) {
+            const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
+            const auto write =
+                out.object("", (step.rule.empty() ? "read from the file" : step.rule) + record +
+                                   ": values " + NumberText::join(step.values));
+            out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
+            if (!step.record.empty()) {
+                out.json("record", step.record);
+            }
+            {
+                const auto elements = out.list("elements");
+                for (const ReadElement& element : step.elements) {
+                    printElement(out, element);
+                }
+            }
+            out.json("values", step.values);
+        }
     }
-    json["summary"] = summary();
-    json["parameters"] = list;
-    return json;
+}
+
+Json EntrySource::toJson() const {
+    return Printer::document([this](Printer& out) { print(out); });
 }
 
 }  // namespace korva::tool

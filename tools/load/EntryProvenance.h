@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "tools/LoadReport.h"
-#include "tools/render/ToolOutput.h"
+#include "tools/render/Printer.h"
 
 namespace korva::tool {
 
@@ -63,6 +63,9 @@ struct EntrySource {
     std::string summary() const;
     // The lines of every parameter's file elements, first line of each, ascending.
     std::vector<long> lines() const;
+    // Text: each parameter with its record, each write with its rule and values, each element
+    // with its line and attribute texts. JSON: the same as objects, with the summary.
+    void print(Printer& out) const;
     Json toJson() const;
 };
 

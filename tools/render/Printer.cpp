@@ -147,11 +147,20 @@ private:
         return top[key] = std::move(value);
     }
 
+public:
     Json mRoot;
+
+private:
     std::vector<Json*> mStack;
 };
 
 }  // namespace
+
+Json Printer::document(const std::function<void(Printer&)>& write) {
+    JsonPrinter out;
+    write(out);
+    return std::move(out.mRoot);
+}
 
 std::unique_ptr<Printer> Printer::make(bool json) {
     if (json) {

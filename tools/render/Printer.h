@@ -2,6 +2,7 @@
 // gets aligned text or one JSON document from them.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,6 +38,8 @@ public:
     };
 
     static std::unique_ptr<Printer> make(bool json);
+    // What write prints, as a JSON value, for a document that another one takes in.
+    static Json document(const std::function<void(Printer&)>& write);
     virtual ~Printer() = default;
 
     // An object under key (an item when inside a list). Text shows the title, when there is one,
