@@ -15,11 +15,11 @@
 #include "store/SpatializerParamArrayConstants.h"
 #include "tools/LintRules.h"
 #include "tools/SarifLog.h"
-#include "tools/load/StoreSession.h"
-#include "tools/TextTable.h"
 #include "tools/lint/Effects.h"
 #include "tools/lint/UndoEdit.h"
 #include "tools/load/FreshLoads.h"
+#include "tools/load/StoreSession.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 

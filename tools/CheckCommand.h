@@ -7,7 +7,7 @@
 
 #include "tools/Finding.h"
 #include "tools/load/StoreSession.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

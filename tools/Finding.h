@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

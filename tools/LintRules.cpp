@@ -9,8 +9,8 @@
 #include "reader/SetterCollection.h"
 #include "reader/TuningFileParser.h"
 #include "reader/ValueSetter.h"
-#include "tools/BlobDecoder.h"
-#include "tools/NumberText.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/NumberText.h"
 
 namespace korva::tool {
 

@@ -8,7 +8,7 @@
 
 #include "tools/Finding.h"
 #include "tools/load/LoadReport.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -7,34 +7,86 @@
 #include <string>
 #include <vector>
 
-#include "tools/commands/BlobsCommand.h"
 #include "tools/CheckCommand.h"
-#include "tools/commands/DiffCommand.h"
-#include "tools/DumpCommand.h"
-#include "tools/load/ExampleFile.h"
-#include "tools/ExplainCommand.h"
-#include "tools/HelpFormatter.h"
-#include "tools/load/LibraryLog.h"
-#include "tools/commands/ReportCommand.h"
-#include "tools/ToolOutput.h"
 #include "tools/VersionInfo.h"
+#include "tools/commands/BlobsCommand.h"
+#include "tools/commands/DiffCommand.h"
+#include "tools/commands/DumpCommand.h"
+#include "tools/commands/ExplainCommand.h"
+#include "tools/commands/ReportCommand.h"
 #include "tools/commands/SimulateCommand.h"
+#include "tools/load/ExampleFile.h"
+#include "tools/load/LibraryLog.h"
+#include "tools/render/HelpFormatter.h"
+#include "tools/render/ToolOutput.h"
 
 using namespace korva::tool;
 
 namespace {
 
-void addCommonOptions(CLI::App* command, CommonOptions* options) {
-    command->add_flag("--json", options->json, "print one JSON document instead of tables");
-    command->add_flag("--verbose", options->verbose, "show the library's own log lines on stderr");
+// What the command line fills in, one member per command.
+struct Options {
+    CheckCommand::Options check;
+    CommonOptions dump;
+    BlobsCommand::Options blobs;
+    SimulateCommand::Options simulate;
+    std::vector<std::string> simulateWords;
+    DiffCommand::Options diff;
+    ReportCommand::Options report;
+    ExplainCommand::Options explain;
+};
+
+// A subcommand: its name and help, the options it adds, and what runs it.
+struct Command {
+    const char* name;
+    const char* help;
+    void (*options)(CLI::App& command, Options& options);
+    int (*run)(Options& options);
+};
+
+void common(CLI::App& command, CommonOptions& options, bool json = true) {
+    if (json) {
+        command.add_flag("--json", options.json, "print one JSON document instead of tables");
+    }
+    command.add_flag("--verbose", options.verbose, "show the library's own log lines on stderr");
 }
 
-CLI::App* addFileCommand(CLI::App& app, const char* name, const char* description,
-                         CommonOptions* options) {
-    CLI::App* command = app.add_subcommand(name, description);
-    command->add_option("FILE", options->file, "tuning file (default: the bundled example)");
-    addCommonOptions(command, options);
-    return command;
+// The FILE positional, the bundled example when it is left out, and the common options.
+void fileAndCommon(CLI::App& command, CommonOptions& options) {
+    command.add_option("FILE", options.file, "tuning file (default: the bundled example)");
+    common(command, options);
+}
+
+// A profile and a tuning device to select by, with --raw.
+template <typename Selection>
+void selection(CLI::App& command, Selection& options) {
+    command.add_option("--profile", options.profile, "only this profile (name or id)")
+        ->type_name("NAME|ID");
+    // The empty name is a device too, so that it was given is kept apart from what it was.
+    command
+        .add_option_function<std::string>(
+            "--device",
+            [&options](const std::string& device) {
+                options.device = device;
+                options.hasDevice = true;
+            },
+            "only this tuning device")
+        ->type_name("NAME");
+    command.add_flag("--raw", options.raw, "list entries as words, not bands and rows");
+}
+
+// Installs the library's log, and names the bundled example when no file was given.
+CommonOptions& start(CommonOptions& options) {
+    LibraryLog::install(options.verbose);
+    if (options.file.empty()) {
+        options.file = ExampleFile::path();
+    }
+    return options;
+}
+template <typename CommandOptions>
+CommandOptions& start(CommandOptions& options) {
+    start(options.common);
+    return options;
 }
 
 std::string propertyHelp() {
@@ -45,18 +97,102 @@ std::string propertyHelp() {
     return help;
 }
 
+const Command kCommands[] = {
+    {"check",
+     "report what the library accepts silently but changes what reaches the effect, then "
+     "summarize",
+     [](CLI::App& command, Options& o) {
+         fileAndCommon(command, o.check.common);
+         command.add_flag("--strict", o.check.strict, "exit 1 when there are warnings");
+         command.add_flag("--no-effects", o.check.noEffects,
+                          "do not measure what undoing each cause changes");
+         command
+             .add_flag("--sarif", o.check.sarif,
+                       "print the findings as a SARIF 2.1.0 log (for code scanning) instead")
+             ->excludes("--json");
+     },
+     [](Options& o) { return CheckCommand::run(start(o.check)); }},
+    {"dump", "every record as the library holds it after parsing",
+     [](CLI::App& command, Options& o) { fileAndCommon(command, o.dump); },
+     [](Options& o) { return DumpCommand::run(start(o.dump)); }},
+    {"blobs", "each profile and tuning-device blob, decoded entry by entry",
+     [](CLI::App& command, Options& o) {
+         fileAndCommon(command, o.blobs.common);
+         selection(command, o.blobs);
+         command.add_flag("--builtin", o.blobs.builtin, "the built-in tables instead of the file's");
+     },
+     [](Options& o) { return BlobsCommand::run(start(o.blobs)); }},
+    {"simulate", "run effect calls through the parameter cache and print every call",
+     [](CLI::App& command, Options& o) {
+         // One KEY=VALUE per --prop, so that the steps after it stay steps.
+         command.add_option("--prop", o.simulate.properties, propertyHelp())
+             ->type_name("KEY=VALUE")
+             ->allow_extra_args(false);
+         command.add_option("STEP", o.simulateWords,
+                            std::string("tuning file (default: the bundled example), then the "
+                                        "steps: ") +
+                                SimulateCommand::kStepForms);
+         command.add_flag("--raw", o.simulate.raw, "list values as words, not bands and rows");
+         SimulateCommand::addOptions(&command, &o.simulate);
+         common(command, o.simulate.common);
+     },
+     [](Options& o) {
+         if (!SimulateCommand::takeWords(o.simulateWords, &o.simulate)) {
+             return kExitError;
+         }
+         return SimulateCommand::run(start(o.simulate));
+     }},
+    {"diff", "blob-level differences between two tuning files",
+     [](CLI::App& command, Options& o) {
+         command.add_option("A", o.diff.fileA, "the tuning file before")->required();
+         command.add_option("B", o.diff.fileB, "the tuning file after")->required();
+         common(command, o.diff.common);
+     },
+     [](Options& o) {
+         o.diff.common.file = o.diff.fileA;
+         return DiffCommand::run(start(o.diff));
+     }},
+    {"report",
+     "write one self-contained HTML page: findings, ports, EQ curves, mix matrices, blobs with "
+     "their sources; with two files, both overlaid and their differences",
+     [](CLI::App& command, Options& o) {
+         command
+             .add_option("FILES", o.report.files, "one or two tuning files (default: the example)")
+             ->expected(0, 2);
+         command
+             .add_option("-o,--output", o.report.output, "the page to write (default: report.html)")
+             ->type_name("PATH");
+         common(command, o.report.common, false);
+     },
+     [](Options& o) {
+         const std::string example = start(o.report.common).file;
+         if (o.report.files.empty()) {
+             o.report.files.push_back(example);
+         }
+         return ReportCommand::run(o.report);
+     }},
+    {"explain", "trace the entries of one effect code back to the file's lines and rules",
+     [](CLI::App& command, Options& o) {
+         command.add_option("FILE", o.explain.common.file, "tuning file")->required();
+         command.add_option("CODE", o.explain.code, "effect code, as blobs prints it")->required();
+         selection(command, o.explain);
+         common(command, o.explain.common);
+     },
+     [](Options& o) { return ExplainCommand::run(start(o.explain)); }},
+};
+
 // CLI11 takes an unknown first word for a stray argument; name it as the subcommand it was meant
 // to be. False after the one-line error.
-bool knownSubcommand(const CLI::App& app, int argc, char** argv) {
+bool knownSubcommand(int argc, char** argv) {
     if (argc < 2 || argv[1][0] == '-') {
         return true;
     }
     std::string names;
-    for (const CLI::App* sub : app.get_subcommands({})) {
-        if (sub->get_name() == argv[1]) {
+    for (const Command& command : kCommands) {
+        if (argv[1] == std::string(command.name)) {
             return true;
         }
-        names += (names.empty() ? "" : ", ") + sub->get_name();
+        names += (names.empty() ? "" : ", ") + std::string(command.name);
     }
     fprintf(stderr, "spatializer-paramtool: unknown subcommand '%s' (one of %s)\n", argv[1],
             names.c_str());
@@ -90,141 +226,22 @@ int main(int argc, char** argv) {
         "print the tool's and the library's versions");
     app.require_subcommand(1);
 
-    CheckCommand::Options check;
-    CLI::App* checkCommand =
-        addFileCommand(app, "check",
-                       "report what the library accepts silently but changes what reaches "
-                       "the effect, then summarize",
-                       &check.common);
-    checkCommand->add_flag("--strict", check.strict, "exit 1 when there are warnings");
-    checkCommand->add_flag("--no-effects", check.noEffects,
-                           "do not measure what undoing each cause changes");
-    checkCommand
-        ->add_flag("--sarif", check.sarif,
-                   "print the findings as a SARIF 2.1.0 log (for code scanning) instead")
-        ->excludes("--json");
-
-    CommonOptions dump;
-    addFileCommand(app, "dump", "every record as the library holds it after parsing", &dump);
-
-    BlobsCommand::Options blobs;
-    CLI::App* blobsCommand = addFileCommand(
-        app, "blobs", "each profile and tuning-device blob, decoded entry by entry", &blobs.common);
-    blobsCommand->add_option("--profile", blobs.profile, "only this profile (name or id)")
-        ->type_name("NAME|ID");
-    CLI::Option* deviceOption =
-        blobsCommand->add_option("--device", blobs.device, "only this tuning device")
-            ->type_name("NAME");
-    blobsCommand->add_flag("--builtin", blobs.builtin, "the built-in tables instead of the file's");
-    blobsCommand->add_flag("--raw", blobs.raw, "list entries as words, not bands and rows");
-
-    SimulateCommand::Options simulate;
-    std::vector<std::string> simulateWords;
-    CLI::App* simulateCommand = app.add_subcommand(
-        "simulate", "run effect calls through the parameter cache and print every call");
-    // One KEY=VALUE per --prop, so that the steps after it stay steps.
-    simulateCommand->add_option("--prop", simulate.properties, propertyHelp())
-        ->type_name("KEY=VALUE")
-        ->allow_extra_args(false);
-    simulateCommand->add_option("STEP", simulateWords,
-                                std::string("tuning file (default: the bundled example), then "
-                                            "the steps: ") +
-                                    SimulateCommand::kStepForms);
-    simulateCommand->add_flag("--raw", simulate.raw, "list values as words, not bands and rows");
-    SimulateCommand::addOptions(simulateCommand, &simulate);
-    addCommonOptions(simulateCommand, &simulate.common);
-
-    DiffCommand::Options diff;
-    CLI::App* diffCommand =
-        app.add_subcommand("diff", "blob-level differences between two tuning files");
-    diffCommand->add_option("A", diff.fileA, "the tuning file before")->required();
-    diffCommand->add_option("B", diff.fileB, "the tuning file after")->required();
-    addCommonOptions(diffCommand, &diff.common);
-
-    ReportCommand::Options report;
-    CLI::App* reportCommand = app.add_subcommand(
-        "report",
-        "write one self-contained HTML page: findings, ports, EQ curves, mix matrices, "
-        "blobs with their sources; with two files, both overlaid and their differences");
-    reportCommand
-        ->add_option("FILES", report.files, "one or two tuning files (default: the example)")
-        ->expected(0, 2);
-    reportCommand
-        ->add_option("-o,--output", report.output, "the page to write (default: report.html)")
-        ->type_name("PATH");
-    reportCommand->add_flag("--verbose", report.common.verbose,
-                            "show the library's own log lines on stderr");
-
-    ExplainCommand::Options explain;
-    CLI::App* explainCommand = app.add_subcommand(
-        "explain", "trace the entries of one effect code back to the file's lines and rules");
-    explainCommand->add_option("FILE", explain.common.file, "tuning file")->required();
-    explainCommand->add_option("CODE", explain.code, "effect code, as blobs prints it")->required();
-    explainCommand->add_option("--profile", explain.profile, "only this profile (name or id)")
-        ->type_name("NAME|ID");
-    CLI::Option* explainDevice =
-        explainCommand->add_option("--device", explain.device, "only this tuning device")
-            ->type_name("NAME");
-    explainCommand->add_flag("--raw", explain.raw, "list entries as words, not bands and rows");
-    addCommonOptions(explainCommand, &explain.common);
-
-    if (!knownSubcommand(app, argc, argv)) {
+    Options options;
+    for (const Command& command : kCommands) {
+        command.options(*app.add_subcommand(command.name, command.help), options);
+    }
+    if (!knownSubcommand(argc, argv)) {
         return kExitError;
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        const int status = app.exit(error);
-        return status == 0 ? kExitOk : kExitError;
+        return app.exit(error) == 0 ? kExitOk : kExitError;
     }
-
-    const std::string example = ExampleFile::path();
-    const auto fileOrExample = [&example](std::string& file) {
-        if (file.empty()) {
-            file = example;
+    for (const Command& command : kCommands) {
+        if (app.got_subcommand(command.name)) {
+            return command.run(options);
         }
-    };
-
-    if (app.got_subcommand(checkCommand)) {
-        LibraryLog::install(check.common.verbose);
-        fileOrExample(check.common.file);
-        return CheckCommand::run(check);
-    }
-    if (app.got_subcommand("dump")) {
-        LibraryLog::install(dump.verbose);
-        fileOrExample(dump.file);
-        return DumpCommand::run(dump);
-    }
-    if (app.got_subcommand(blobsCommand)) {
-        LibraryLog::install(blobs.common.verbose);
-        fileOrExample(blobs.common.file);
-        blobs.hasDevice = deviceOption->count() > 0;
-        return BlobsCommand::run(blobs);
-    }
-    if (app.got_subcommand(simulateCommand)) {
-        LibraryLog::install(simulate.common.verbose);
-        if (!SimulateCommand::takeWords(simulateWords, &simulate)) {
-            return kExitError;
-        }
-        fileOrExample(simulate.common.file);
-        return SimulateCommand::run(simulate);
-    }
-    if (app.got_subcommand(reportCommand)) {
-        LibraryLog::install(report.common.verbose);
-        if (report.files.empty()) {
-            report.files.push_back(example);
-        }
-        return ReportCommand::run(report);
-    }
-    if (app.got_subcommand(explainCommand)) {
-        LibraryLog::install(explain.common.verbose);
-        explain.hasDevice = explainDevice->count() > 0;
-        return ExplainCommand::run(explain);
-    }
-    if (app.got_subcommand(diffCommand)) {
-        LibraryLog::install(diff.common.verbose);
-        diff.common.file = diff.fileA;
-        return DiffCommand::run(diff);
     }
     return kExitError;
 }

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "model/OutputDevice.h"
-#include "tools/EntryProvenance.h"
-#include "tools/EntryView.h"
+#include "tools/load/EntryProvenance.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/load/StoreSession.h"
+#include "tools/render/EntryView.h"
 
 namespace korva::tool {
 namespace {
@@ -158,7 +158,7 @@ TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
     EXPECT_EQ(bands.columns[0].raw[0], 47);
     EXPECT_EQ(bands.columns[1].raw[0], 80);
     EXPECT_EQ(bands.lines()[0], "band 1: 47 Hz  target 5 dB (80)");
-    EXPECT_EQ(bands.locate(1 + 20 + 2), "band 3 (234 Hz) target");
+    EXPECT_EQ(bands.place(1 + 20 + 2).where, "band 3 (234 Hz) target");
 
     // The speaker_stereo matrices (lines 696-724): layout 15 with 24 coefficients first, its
     // third row (c, line 699) 11583 twice, its fifth (ls, line 701) 14189 and 0.
@@ -179,7 +179,7 @@ TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
     EXPECT_EQ(lines[1], "matrix 1: layout 15, 24 coefficients (Q14)");
     EXPECT_EQ(lines[4], "  row 3: 0.7070 0.7070  (11583 11583)");
     EXPECT_EQ(lines[6], "  row 5: 0.8660 0.0000  (14189 0)");
-    EXPECT_EQ(mode.locate(3 + 2 + 4 + 1), "matrix 1 (layout 15) row 3 right");
+    EXPECT_EQ(mode.place(3 + 2 + 4 + 1).where, "matrix 1 (layout 15) row 3 right");
 }
 
 struct LayoutCase {

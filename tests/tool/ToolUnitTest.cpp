@@ -10,11 +10,12 @@
 #include <vector>
 
 #include "engine/RecordingEffect.h"
-#include "tools/BlobDecoder.h"
-#include "tools/NumberText.h"
-#include "tools/TextTable.h"
+#include "tools/render/BlobDecoder.h"
 #include "tools/render/HtmlWriter.h"
+#include "tools/render/NumberText.h"
+#include "tools/render/Printer.h"
 #include "tools/render/SvgPlot.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 namespace {
@@ -131,6 +132,66 @@ TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {
     facts.addPathRow({"tuning file", path});
     facts.addRow({"properties", "none"});
     EXPECT_EQ(facts.render(), "tuning file  " + path + "\nproperties   none\n");
+}
+
+// One content written once: the text printer's shape, and the JSON printer's document.
+void writeContent(Printer& out) {
+    out.path("file", "tuning file", "/a b/c.xml");
+    out.field("gain", "game gain", 3, "3 dB");
+    out.field("tool_version", "");
+    {
+        const auto records = out.list("records", "records");
+        for (int id : {1, 2}) {
+            const auto record = out.object("", "record " + std::to_string(id));
+            out.field("values", "values", std::vector<int>{id, 10 * id});
+            out.text("only text");
+            out.json("only_json", true);
+        }
+    }
+    Printer::Table table{{{"count", "count", true}, {"code", "code"}}, {}};
+    table.addRow({1, "dea"});
+    table.addRow({41, "gebs"});
+    out.table("entries", table);
+    out.table("none", Printer::Table{{{"x", "x"}}, {}}, "nothing");
+}
+
+TEST(PrinterTest, OneContentGivesAlignedTextAndOneJsonDocument) {
+    const auto text = Printer::make(false);
+    writeContent(*text);
+    EXPECT_EQ(text->render(),
+              "tuning file   /a b/c.xml\n"
+              "game gain     3 dB\n"
+              "tool version  \"\"\n"
+              "\nrecords\n"
+              "  record 1\n"
+              "    values  1 10\n"
+              "    only text\n"
+              "  record 2\n"
+              "    values  2 20\n"
+              "    only text\n"
+              "count  code\n"
+              "    1  dea\n"
+              "   41  gebs\n"
+              "\nnothing\n"
+              "  (none)\n");
+    const auto json = Printer::make(true);
+    writeContent(*json);
+    EXPECT_EQ(Json::parse(json->render()),
+              Json::parse(R"({"file": "/a b/c.xml", "gain": 3, "tool_version": "",
+                  "records": [{"values": [1, 10], "only_json": true},
+                              {"values": [2, 20], "only_json": true}],
+                  "entries": [{"count": 1, "code": "dea"}, {"count": 41, "code": "gebs"}],
+                  "none": []})"));
+    // Text that is not UTF-8 is replaced, never refused.
+    const auto odd = Printer::make(true);
+    odd->field("name", "name", std::string("a\xff"));
+    EXPECT_NE(odd->render().find("a\xef\xbf\xbd"), std::string::npos);
+    // Long text lines wrap within 80 columns, continuing further in.
+    const auto wrapped = Printer::make(false);
+    const auto scope = wrapped->object("", "title");
+    wrapped->text(std::string(50, 'a') + " " + std::string(50, 'b'));
+    EXPECT_EQ(wrapped->render(),
+              "title\n  " + std::string(50, 'a') + "\n    " + std::string(50, 'b') + "\n");
 }
 
 TEST(HtmlWriterTest, TextCannotBreakOutOfItsElementOrAttribute) {

@@ -703,6 +703,11 @@ class ExplainTest(unittest.TestCase):
              ["loader rule: the speaker tuning's mix matrix",
               'line 694 <output-mode>', 'line 696 <layout> value="15,24"',
               'line 699 <c> value="11583,11583"', "row 3: 0.7070 0.7070  (11583 11583)"]),
+            # A global setting's value points at the <global_setting> element, not the endpoint.
+            (["vbon", "--profile", "0"], line_of(EXAMPLE, "<global_setting "),
+             ["virtual_bass_type of speaker endpoint of profile 0",
+              "global setting: values 1\n      line %d <global_setting>"
+              % line_of(EXAMPLE, "<global_setting "), 'virtual_bass_process="1"']),
         ]
         for args, line, texts in cases:
             with self.subTest(code=args[0]):
@@ -721,7 +726,7 @@ class ExplainTest(unittest.TestCase):
         for command in ("dump", "blobs"):
             with self.subTest(command=command):
                 assert_fits_80(self, run(command, EXAMPLE).stdout, EXAMPLE)
-        self.assertIn("\n  readonly=true\n", run("dump", EXAMPLE).stdout)
+        self.assertRegex(run("dump", EXAMPLE).stdout, r"\n  readonly +true\n")
 
     def test_an_unknown_entry_is_an_error(self):
         result = run("explain", EXAMPLE, "zzz", "--profile", "movie")

@@ -1,10 +1,10 @@
 #include "tools/commands/BlobsCommand.h"
 
 #include "reader/String2Int.h"
-#include "tools/BlobDecoder.h"
-#include "tools/EntryView.h"
-#include "tools/NumberText.h"
-#include "tools/TextTable.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/EntryView.h"
+#include "tools/render/NumberText.h"
+#include "tools/render/TextTable.h"
 #include "tools/load/LoadedFile.h"
 
 namespace korva::tool {

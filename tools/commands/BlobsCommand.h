@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/EntryProvenance.h"
+#include "tools/load/EntryProvenance.h"
 #include "tools/load/StoreSession.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -4,10 +4,10 @@
 #include <set>
 #include <vector>
 
-#include "tools/BlobDecoder.h"
-#include "tools/EntryView.h"
-#include "tools/NumberText.h"
-#include "tools/TextTable.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/EntryView.h"
+#include "tools/render/NumberText.h"
+#include "tools/render/TextTable.h"
 #include "tools/load/ChildLoad.h"
 
 namespace korva::tool {

@@ -8,9 +8,9 @@
 
 #include <string>
 
-#include "tools/TextTable.h"
-#include "tools/ToolOutput.h"
 #include "tools/load/LoadedFile.h"
+#include "tools/render/TextTable.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -7,11 +7,11 @@
 #include <memory>
 #include <regex>
 
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
 #include "tools/CheckCommand.h"
-#include "tools/EntryView.h"
+#include "tools/render/EntryView.h"
 #include "tools/LintRules.h"
-#include "tools/NumberText.h"
+#include "tools/render/NumberText.h"
 #include "tools/load/StoreSession.h"
 #include "tools/VersionInfo.h"
 #include "tools/commands/DiffCommand.h"

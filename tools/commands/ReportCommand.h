@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace CLI {
 class App;

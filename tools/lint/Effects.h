@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "tools/Finding.h"
+#include "tools/load/FreshLoads.h"
 #include "tools/load/LoadReport.h"
 #include "tools/load/StoreSession.h"
-#include "tools/ToolOutput.h"
-#include "tools/load/FreshLoads.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

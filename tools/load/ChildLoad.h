@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/ToolOutput.h"
 #include "tools/load/LoadedFile.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

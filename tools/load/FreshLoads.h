@@ -10,7 +10,7 @@
 #include <string>
 
 #include "tools/load/ChildLoad.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

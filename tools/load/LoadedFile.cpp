@@ -5,8 +5,8 @@
 
 #include "cache/SpatializerParamCache.h"
 #include "store/SpatializerParamArray.h"
-#include "tools/BlobDecoder.h"
-#include "tools/EntryView.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/EntryView.h"
 #include "tools/load/StoreSession.h"
 #include "translator/VexParameter.h"
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/EntryProvenance.h"
-#include "tools/EntryView.h"
-#include "tools/ToolOutput.h"
+#include "tools/load/EntryProvenance.h"
+#include "tools/render/EntryView.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

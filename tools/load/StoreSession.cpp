@@ -14,7 +14,7 @@
 
 #include "platform/LocalProperties.h"
 #include "store/SpatializerParamArrayConstants.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 #include "tools/load/TemporaryPaths.h"
 
 namespace korva::tool {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 #include "tools/render/HtmlWriter.h"
 
 namespace korva::tool {

@@ -1,6 +1,8 @@
-#include "tools/HelpFormatter.h"
+#include "tools/render/HelpFormatter.h"
 
-#include "tools/TextTable.h"
+#include <algorithm>
+
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 
@@ -18,17 +20,12 @@ std::string HelpFormatter::make_description(const CLI::App* app) const {
 }
 
 std::string HelpFormatter::make_subcommand(const CLI::App* sub) const {
-    std::string name = "  " + sub->get_name();
-    name += std::string(name.size() < column_width_ ? column_width_ - name.size() : 1, ' ');
-    std::string description = wrapped(sub->get_description(), kWidth - column_width_);
-    std::string out = name;
-    for (const char c : description) {
-        out += c;
-        if (c == '\n') {
-            out += std::string(column_width_, ' ');
-        }
-    }
-    return out + "\n";
+    // The name padded so that every description starts at the options' description column.
+    std::string name = sub->get_name();
+    name.resize(std::max(name.size(), column_width_ - 4), ' ');
+    TextTable row({"", ""});
+    row.addRow({name, sub->get_description()});
+    return row.render("  ", kWidth);
 }
 
 std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {

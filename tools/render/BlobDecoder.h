@@ -18,7 +18,6 @@ struct DecodedBlob {
     // Whether the store's reader accepts the blob; the entries read before a fault are kept.
     bool valid = false;
     int32_t header = 0;
-    int32_t numParams = 0;
     size_t words = 0;
     std::vector<BlobEntry> entries;
 };

@@ -12,7 +12,8 @@
 #include <vector>
 
 #include "tools/load/LoadReport.h"
-#include "tools/ToolOutput.h"
+#include "tools/render/Printer.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 
@@ -63,6 +64,9 @@ struct EntrySource {
     std::string summary() const;
     // The lines of every parameter's file elements, first line of each, ascending.
     std::vector<long> lines() const;
+    // Text: each parameter with its record, each write with its rule and values, each element
+    // with its line and attribute texts. JSON: the same as objects, with the summary.
+    void print(Printer& out) const;
     Json toJson() const;
 };
 
@@ -97,11 +101,11 @@ private:
 
     const LoadReport& mReport;
     std::map<int, std::vector<int>> mChildren;
-    std::map<int, std::vector<std::pair<std::string, std::string>>> mAttributes;
-    std::map<int, std::vector<std::string>> mAbsent;
+    std::map<int, ReadElement> mRead;  // the attributes read of each element, by node
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob
     std::set<int> mRows;                               // nodes reported as list rows
+    std::vector<int> mGlobalSettings;                  // the <global_setting> elements read
 };
 
 }  // namespace korva::tool

@@ -1,5 +1,5 @@
-// Tells whether the tuning-file reader's decimal conversions read a text whole, so the linter can
-// point at values such as 1.5, 0x10 or 12abc that the reader silently shortens.
+// Whether the tuning-file reader's decimal conversions read a text whole (so the linter can point
+// at 1.5, 0x10 or 12abc, which the reader silently shortens), and numbers joined for display.
 #pragma once
 
 #include <string>
@@ -14,10 +14,12 @@ public:
     // A list written with commas or blanks of which string2IntVector reads every number.
     static bool isWholeIntList(const std::string& text);
 
-    // "1 2 3".
-    static std::string join(const std::vector<int>& values);
+    // "1 2 3", or with another separator.
+    static std::string join(const std::vector<int>& values, const char* separator = " ");
     // "[1, 2, 3]", for messages.
-    static std::string bracketed(const std::vector<int>& values);
+    static std::string bracketed(const std::vector<int>& values) {
+        return "[" + join(values, ", ") + "]";
+    }
 };
 
 }  // namespace korva::tool

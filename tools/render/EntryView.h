@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/ToolOutput.h"
+#include "tools/render/NumberText.h"
+#include "tools/render/ToolOutput.h"
 #include "translator/ListLayout.h"
 
 namespace korva::tool {
@@ -63,13 +64,14 @@ struct EntryView {
         int band = -1;  // the band's index, for values of a band
     };
     Place place(size_t index) const;
-    std::string locate(size_t index) const { return place(index).where; }
     // The raw words, and the reading when there is one.
     Json toJson() const;
 
 private:
     void decodeBands(const BandListLayout& layout);
     void decodeOutputMode();
+
+    std::vector<Place> mPlaces;  // of the words the layout reads
 };
 
 }  // namespace korva::tool

@@ -1,4 +1,4 @@
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
 
 #include <cctype>
 #include <cstdio>
@@ -19,7 +19,6 @@ DecodedBlob BlobDecoder::decode(const int32_t* words, size_t count) {
         return blob;
     }
     blob.header = parser.mProfileId;
-    blob.numParams = parser.mNumParams;
     while (parser.next()) {
         BlobEntry entry{parser.mDeviceId, parser.mParamId, {}};
         // A negative count moves the reader backwards; there are no values to show then.

@@ -1,9 +1,11 @@
-#include "tools/EntryProvenance.h"
+#include "tools/load/EntryProvenance.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
-#include "tools/BlobDecoder.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/NumberText.h"
 #include "translator/ListLayout.h"
 
 namespace korva::tool {
@@ -13,9 +15,9 @@ namespace {
 // The parameters of the translation that the entry's layout names; the translation's others
 // when the entry has no layout, less those a sibling entry's layout claims.
 std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& translation,
-                                       const DecodedBlob& blob, size_t entry) {
-    const auto layoutOf = [&blob](size_t index) {
-        return index < blob.entries.size() ? bandListLayout(blob.entries[index].code) : nullptr;
+                                       const std::vector<EntrySource>& entries, size_t entry) {
+    const auto layoutOf = [&entries](size_t index) {
+        return index < entries.size() ? bandListLayout(entries[index].code) : nullptr;
     };
     const auto offered = [&translation](Parameter parameter) {
         return std::find(translation.sources.begin(), translation.sources.end(), parameter) !=
@@ -24,7 +26,7 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     std::vector<Parameter> parameters;
     if (const BandListLayout* layout = layoutOf(entry)) {
         int columns = layout->numColumns;
-        const std::vector<int32_t>& values = blob.entries[entry].values;
+        const std::vector<int>& values = entries[entry].values;
         if (layout->perChannel && values.size() > 1 && values[1] >= 0) {
             columns = std::min(columns, values[1] + 1);
         }
@@ -51,21 +53,50 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     return parameters;
 }
 
-EntrySource entryOf(const DecodedBlob& blob, size_t index) {
-    EntrySource source;
-    source.entry = index;
-    source.deviceId = blob.entries[index].deviceId;
-    source.code = blob.entries[index].code;
-    source.values.assign(blob.entries[index].values.begin(), blob.entries[index].values.end());
-    return source;
+// A blob's entries as its words have them, without their sources.
+std::vector<EntrySource> entriesOf(const std::vector<int>& words) {
+    std::vector<EntrySource> entries;
+    for (const BlobEntry& entry : BlobDecoder::decode(words).entries) {
+        entries.push_back({entries.size(),
+                           entry.deviceId,
+                           entry.code,
+                           std::vector<int>(entry.values.begin(), entry.values.end()),
+                           "",
+                           {}});
+    }
+    return entries;
 }
 
-std::string linesText(const std::vector<long>& lines) {
-    std::string text;
-    for (long line : lines) {
-        text += (text.empty() ? "" : ", ") + std::to_string(line);
+// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON.
+void printElement(Printer& out, const ReadElement& element) {
+    std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
+                       " <" + element.name + ">";
+    Json attributes = Json::object();
+    for (const auto& [name, value] : element.attributes) {
+        text += " " + name + "=\"" + value + "\"";
+        attributes[name] = value;
     }
-    return (lines.size() == 1 ? "line " : "lines ") + text;
+    for (const std::string& name : element.absent) {
+        text += " (no " + name + ")";
+    }
+    out.text(text);
+    out.json("", {{"element", element.name},
+                  {"line", element.line},
+                  {"at_least", element.atLeast},
+                  {"row", element.row},
+                  {"attributes", attributes},
+                  {"absent", element.absent}});
+}
+
+// The first line of each file element a parameter's values were read from.
+std::set<long> firstLines(const SourceParameter& parameter) {
+    std::set<long> lines;
+    for (const ValueStep& step : parameter.steps) {
+        if (!step.elements.empty()) {
+            lines.insert(step.elements.front().line);
+        }
+    }
+    return lines;
 }
 
 }  // namespace
@@ -79,12 +110,12 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     std::set<std::pair<int, std::string>> seen;
     for (const LoadReport::AttributeEvent& event : report.attributes) {
         if (event.how == AttributeRead::kMissing && seen.insert({event.node, event.name}).second) {
-            mAbsent[event.node].push_back(event.name);
+            mRead[event.node].absent.push_back(event.name);
         }
     }
     const auto read = [this, &seen](int node, const std::string& name, const std::string& text) {
         if (node >= 0 && seen.insert({node, name}).second) {
-            mAttributes[node].emplace_back(name, text);
+            mRead[node].attributes.emplace_back(name, text);
         }
     };
     for (const LoadReport::AttributeEvent& event : report.attributes) {
@@ -107,6 +138,8 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (const LoadReport::NodeEvent& event : report.structures) {
         if (event.what == static_cast<int>(Structure::kSetterRow)) {
             mRows.insert(event.node);
+        } else if (event.what == static_cast<int>(Structure::kGlobalSetting)) {
+            mGlobalSettings.push_back(event.node);
         }
     }
 }
@@ -133,43 +166,38 @@ int EntryProvenance::tuningBlob(const std::string& device) const {
 }
 
 std::string EntryProvenance::ruleText(ValueSource source, Parameter parameter) const {
-    const auto loaderDefault = [this](LoaderDefault what) {
-        return std::find(mReport.loaderDefaults.begin(), mReport.loaderDefaults.end(), what) !=
-               mReport.loaderDefaults.end();
+    // By ValueSource, in its order.
+    static const char* const kRules[] = {
+        "",
+        "attribute of the record's element",
+        "version default (3.2 files)",
+        "version default (3.2.2 files)",
+        "version default (files before 3.4)",
+        "global setting",
+        "the profile's IEQ switch, given to its endpoints",
+        "dialog steering, extended by the dialog enhancer's switch",
+        "loader rule: the endpoint's fixed orientation",
+        "loader rule: the %s mix matrix",
+        "loader rule: the %s vb mode",
+        "changed by the translator",
+        "translator: absent, sent as an empty list",
     };
-    switch (source) {
-        case ValueSource::kFile:
-            return "";
-        case ValueSource::kRecordAttribute:
-            return "attribute of the record's element";
-        case ValueSource::kVersion32:
-            return "version default (3.2 files)";
-        case ValueSource::kVersion322:
-            return "version default (3.2.2 files)";
-        case ValueSource::kBefore34:
-            return "version default (files before 3.4)";
-        case ValueSource::kGlobalSetting:
-            return "global setting";
-        case ValueSource::kProfileIeqSwitch:
-            return "the profile's IEQ switch, given to its endpoints";
-        case ValueSource::kDialogSteering:
-            return "dialog steering, extended by the dialog enhancer's switch";
-        case ValueSource::kLoaderOrientation:
-            return "loader rule: the endpoint's fixed orientation";
-        case ValueSource::kLoaderMixMatrix:
-            return loaderDefault(LoaderDefault::kMixMatrix)
-                       ? "loader rule: the default mix matrix"
-                       : "loader rule: the speaker tuning's mix matrix";
-        case ValueSource::kLoaderVbMode:
-            return loaderDefault(LoaderDefault::kVbMode)
-                       ? "loader rule: the default vb mode"
-                       : "loader rule: the speaker tuning's vb mode";
-        case ValueSource::kTranslator:
-            return "changed by the translator";
-        case ValueSource::kTranslatorEmpty:
-            return "translator: absent, sent as an empty list";
+    const size_t index = static_cast<size_t>(source);
+    if (index >= std::size(kRules)) {
+        return std::string("rule for ") + kParameterNames[parameter];
     }
-    return std::string("rule for ") + kParameterNames[parameter];
+    std::string text = kRules[index];
+    const size_t slot = text.find("%s");
+    if (slot != std::string::npos) {
+        // Whose values the loader took: the speaker tuning's, or its defaults when it had none.
+        const LoaderDefault what = source == ValueSource::kLoaderMixMatrix
+                                       ? LoaderDefault::kMixMatrix
+                                       : LoaderDefault::kVbMode;
+        const auto& defaults = mReport.loaderDefaults;
+        const bool byDefault = std::find(defaults.begin(), defaults.end(), what) != defaults.end();
+        text.replace(slot, 2, byDefault ? "default" : "speaker tuning's");
+    }
+    return text;
 }
 
 std::vector<ReadElement> EntryProvenance::readElements(int node) const {
@@ -178,15 +206,14 @@ std::vector<ReadElement> EntryProvenance::readElements(int node) const {
     while (!pending.empty()) {
         const int at = pending.back();
         pending.pop_back();
-        const ReportedNode& reported = mReport.node(at);
-        auto attributes = mAttributes.find(at);
-        auto absent = mAbsent.find(at);
-        if (at == node || attributes != mAttributes.end() || absent != mAbsent.end()) {
-            elements.push_back(
-                {reported.name, reported.line, reported.atLeast, mRows.count(at) > 0,
-                 attributes != mAttributes.end() ? attributes->second
-                                                 : decltype(attributes->second)(),
-                 absent != mAbsent.end() ? absent->second : std::vector<std::string>()});
+        const auto read = mRead.find(at);
+        if (at == node || read != mRead.end()) {
+            const ReportedNode& reported = mReport.node(at);
+            elements.push_back(read != mRead.end() ? read->second : ReadElement());
+            elements.back().name = reported.name;
+            elements.back().line = reported.line;
+            elements.back().atLeast = reported.atLeast;
+            elements.back().row = mRows.count(at) > 0;
         }
         auto children = mChildren.find(at);
         if (children != mChildren.end()) {
@@ -213,8 +240,14 @@ void EntryProvenance::addSteps(Parameter parameter, int record, size_t translati
         step.source = event.source;
         step.rule = ruleText(event.source, parameter);
         step.record = otherRecord ? mReport.records[record].title() : "";
-        if (event.node >= 0) {
-            step.elements = readElements(event.node);
+        // A global setting's value comes from the <global_setting> elements, not the element
+        // the rule wrote it for.
+        for (int node : event.source == ValueSource::kGlobalSetting ? mGlobalSettings
+                                                                    : std::vector<int>{event.node}) {
+            if (node >= 0) {
+                const std::vector<ReadElement> read = readElements(node);
+                step.elements.insert(step.elements.end(), read.begin(), read.end());
+            }
         }
         step.values = event.values;
         steps->push_back(std::move(step));
@@ -260,50 +293,38 @@ EntrySource EntryProvenance::ofRecord(int record, const std::vector<Parameter>& 
 }
 
 std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
-    std::vector<EntrySource> sources;
     if (blob >= mReport.blobs.size()) {
-        return sources;
+        return {};
     }
-    const DecodedBlob decoded = BlobDecoder::decode(mReport.blobs[blob].words);
+    std::vector<EntrySource> entries = entriesOf(mReport.blobs[blob].words);
     auto translations = mTranslations.find(static_cast<int>(blob));
-    for (size_t i = 0; i < decoded.entries.size(); i++) {
-        EntrySource source = entryOf(decoded, i);
-        for (size_t t :
-             translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
-            const LoadReport::TranslatedEvent& translation = mReport.translated[t];
-            if (static_cast<int>(i) < translation.firstEntry ||
-                static_cast<int>(i) >= translation.endEntry) {
-                continue;
-            }
-            for (Parameter parameter : entryParameters(translation, decoded, i)) {
-                source.parameters.push_back(sourceParameter(parameter, translation.record, t));
+    for (size_t t :
+         translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
+        const LoadReport::TranslatedEvent& translation = mReport.translated[t];
+        for (int i = std::max(translation.firstEntry, 0);
+             i < translation.endEntry && i < static_cast<int>(entries.size()); i++) {
+            for (Parameter parameter : entryParameters(translation, entries, i)) {
+                entries[i].parameters.push_back(sourceParameter(parameter, translation.record, t));
             }
         }
-        sources.push_back(std::move(source));
     }
-    return sources;
+    return entries;
 }
 
 std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
                                                     const std::vector<int>& words) {
-    std::vector<EntrySource> sources;
-    const DecodedBlob decoded = BlobDecoder::decode(words);
-    for (size_t i = 0; i < decoded.entries.size(); i++) {
-        EntrySource source = entryOf(decoded, i);
-        source.builtinTable = table;
-        sources.push_back(std::move(source));
+    std::vector<EntrySource> entries = entriesOf(words);
+    for (EntrySource& entry : entries) {
+        entry.builtinTable = table;
     }
-    return sources;
+    return entries;
 }
 
 std::vector<long> EntrySource::lines() const {
     std::set<long> lines;
     for (const SourceParameter& parameter : parameters) {
-        for (const ValueStep& step : parameter.steps) {
-            if (!step.elements.empty()) {
-                lines.insert(step.elements.front().line);
-            }
-        }
+        const std::set<long> own = firstLines(parameter);
+        lines.insert(own.begin(), own.end());
     }
     return {lines.begin(), lines.end()};
 }
@@ -316,14 +337,11 @@ std::string EntrySource::summary() const {
         return "no source reported";
     }
     // Parameters read from the same lines are named together.
-    std::vector<std::pair<std::string, std::vector<long>>> groups;
+    std::vector<std::pair<std::string, std::set<long>>> groups;
     std::vector<std::string> rules;
     for (const SourceParameter& parameter : parameters) {
-        std::set<long> lines;
+        std::set<long> lines = firstLines(parameter);
         for (const ValueStep& step : parameter.steps) {
-            if (!step.elements.empty()) {
-                lines.insert(step.elements.front().line);
-            }
             if (!step.rule.empty() && step.source != ValueSource::kTranslator &&
                 std::find(rules.begin(), rules.end(), step.rule) == rules.end()) {
                 rules.push_back(step.rule);
@@ -333,18 +351,22 @@ std::string EntrySource::summary() const {
         if (parameter.steps.empty() && parameter.recordLine > 0) {
             lines.insert(parameter.recordLine);
         }
-        const std::vector<long> key(lines.begin(), lines.end());
         auto group = std::find_if(groups.begin(), groups.end(),
-                                  [&key](const auto& g) { return g.second == key; });
+                                  [&lines](const auto& g) { return g.second == lines; });
         if (group != groups.end()) {
             group->first += ", " + parameter.name;
         } else {
-            groups.emplace_back(parameter.name, key);
+            groups.emplace_back(parameter.name, lines);
         }
     }
     std::string text;
     for (const auto& [names, lines] : groups) {
-        text += (text.empty() ? "" : "; ") + names + (lines.empty() ? "" : " " + linesText(lines));
+        std::string numbers;
+        for (long line : lines) {
+            numbers += (numbers.empty() ? "" : ", ") + std::to_string(line);
+        }
+        text += (text.empty() ? "" : "; ") + names +
+                (lines.empty() ? "" : (lines.size() == 1 ? " line " : " lines ") + numbers);
     }
     for (const std::string& rule : rules) {
         text += "; " + rule;
@@ -352,45 +374,49 @@ std::string EntrySource::summary() const {
     return text;
 }
 
-Json EntrySource::toJson() const {
-    Json json = {{"entry", entry}};
+void EntrySource::print(Printer& out) const {
+    out.json("entry", entry);
     if (!builtinTable.empty()) {
-        json["builtin_table"] = builtinTable;
-        return json;
+        out.json("builtin_table", builtinTable);
+        return out.text("from the built-in table \"" + builtinTable + "\"");
     }
-    Json list = Json::array();
+    out.json("summary", summary());
+    if (parameters.empty()) {
+        out.text("the load reported no source for it");
+    }
+    const auto list = out.list("parameters");
     for (const SourceParameter& parameter : parameters) {
-        Json steps = Json::array();
-        for (const ValueStep& step : parameter.steps) {
-            Json elements = Json::array();
-            for (const ReadElement& element : step.elements) {
-                Json attributes = Json::object();
-                for (const auto& [name, text] : element.attributes) {
-                    attributes[name] = text;
-                }
-                elements.push_back({{"element", element.name},
-                                    {"line", element.line},
-                                    {"at_least", element.atLeast},
-                                    {"row", element.row},
-                                    {"attributes", attributes},
-                                    {"absent", element.absent}});
-            }
-            Json item = {{"rule", step.rule.empty() ? Json(nullptr) : Json(step.rule)}};
-            if (!step.record.empty()) {
-                item["record"] = step.record;
-            }
-            item["elements"] = elements;
-            item["values"] = step.values;
-            steps.push_back(item);
+        const auto item = out.object("", parameter.name + " of " + parameter.recordName +
+                                             " (line " + std::to_string(parameter.recordLine) + ")");
+        out.json("name", parameter.name);
+        out.json("record", parameter.recordName);
+        out.json("record_line", parameter.recordLine);
+        if (parameter.steps.empty()) {
+            out.text("no write reported: the record's own value");
         }
-        list.push_back({{"name", parameter.name},
-                        {"record", parameter.recordName},
-                        {"record_line", parameter.recordLine},
-                        {"steps", steps}});
+        const auto steps = out.list("steps");
+        for (const ValueStep& step : parameter.steps) {
+            const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
+            const auto write =
+                out.object("", (step.rule.empty() ? "read from the file" : step.rule) + record +
+                                   ": values " + NumberText::join(step.values));
+            out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
+            if (!step.record.empty()) {
+                out.json("record", step.record);
+            }
+            {
+                const auto elements = out.list("elements");
+                for (const ReadElement& element : step.elements) {
+                    printElement(out, element);
+                }
+            }
+            out.json("values", step.values);
+        }
     }
-    json["summary"] = summary();
-    json["parameters"] = list;
-    return json;
+}
+
+Json EntrySource::toJson() const {
+    return Printer::document([this](Printer& out) { print(out); });
 }
 
 }  // namespace korva::tool

@@ -1,4 +1,4 @@
-#include "tools/TextTable.h"
+#include "tools/render/TextTable.h"
 
 #include <algorithm>
 #include <utility>
@@ -83,23 +83,12 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
     std::vector<size_t> widths(columns, 0);
     const bool hasHeader = std::any_of(mHeaders.begin(), mHeaders.end(),
                                        [](const std::string& h) { return !h.empty(); });
-    for (size_t i = 0; i + 1 < columns; i++) {
-        widths[i] = hasHeader ? mHeaders[i].size() : 0;
-        for (size_t r = 0; r < mRows.size(); r++) {
-            if (!mIsNote[r]) {
-                widths[i] = std::max(widths[i], mRows[r][i].size());
-            }
+    // Every column as wide as its widest cell; the last one wraps to what is left of that.
+    for (size_t r = 0; r <= mRows.size(); r++) {
+        const bool header = r == mRows.size();
+        for (size_t i = 0; i < columns && (header ? hasHeader : !mIsNote[r]); i++) {
+            widths[i] = std::max(widths[i], (header ? mHeaders : mRows[r])[i].size());
         }
-    }
-    // The last column's widest cell: a column narrower than the least room it is given stays
-    // on its row as long as it fits.
-    for (size_t r = 0; columns > 0 && r < mRows.size(); r++) {
-        if (!mIsNote[r]) {
-            widths[columns - 1] = std::max(widths[columns - 1], mRows[r][columns - 1].size());
-        }
-    }
-    if (columns > 0 && hasHeader) {
-        widths[columns - 1] = std::max(widths[columns - 1], mHeaders[columns - 1].size());
     }
     std::string out;
     if (hasHeader) {

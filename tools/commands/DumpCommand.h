@@ -2,7 +2,7 @@
 // before the store translates anything.
 #pragma once
 
-#include "tools/ToolOutput.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

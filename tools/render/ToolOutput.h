@@ -24,15 +24,15 @@ constexpr int kExitError = 2;
 
 class ToolOutput {
 public:
-    // "spatializer-paramtool: PATH: message" on stderr.
-    static void error(const std::string& path, const std::string& message);
-    // "spatializer-paramtool: COMMAND: message" on stderr, for a wrong command line.
-    static void usageError(const std::string& command, const std::string& message);
+    // "spatializer-paramtool: PATH: message" on stderr; a command's name for a wrong command line.
+    static void error(const std::string& where, const std::string& message);
+    static void usageError(const std::string& command, const std::string& message) {
+        error(command, message);
+    }
     // One JSON document on stdout. Text that is not UTF-8 is replaced, never refused.
-    static void printJson(const Json& document);
+    static void printJson(const Json& document) { print(jsonText(document)); }
+    static std::string jsonText(const Json& document);
     static void print(const std::string& text);
-    // Reports, as an error, a file that cannot be opened for reading.
-    static bool isReadable(const std::string& path);
 };
 
 }  // namespace korva::tool
