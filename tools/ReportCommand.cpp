@@ -8,11 +8,11 @@
 #include <memory>
 
 #include "tools/BlobsCommand.h"
-#include "tools/CheckCommand.h"
+#include "tools/commands/CheckCommand.h"
 #include "tools/ChildLoad.h"
 #include "tools/DiffCommand.h"
 #include "tools/HtmlWriter.h"
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 #include "tools/StoreSession.h"
 #include "tools/SvgPlot.h"
 #include "tools/VersionInfo.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/BlobsCommand.h"
-#include "tools/CheckCommand.h"
+#include "tools/commands/CheckCommand.h"
 #include "tools/DiffCommand.h"
 #include "tools/DumpCommand.h"
 #include "tools/ExampleFile.h"

@@ -6,7 +6,7 @@
 
 #include "tools/BlobsCommand.h"
 #include "tools/DiffCommand.h"
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 #include "tools/lint/UndoEdit.h"
 
 namespace korva::tool {

@@ -1,8 +1,8 @@
-#include "tools/SarifLog.h"
+#include "tools/lint/SarifLog.h"
 
 #include <cstdio>
 
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 #include "tools/VersionInfo.h"
 #include "tools/lint/UndoEdit.h"
 

@@ -1,4 +1,4 @@
-#include "tools/CheckCommand.h"
+#include "tools/commands/CheckCommand.h"
 
 #include <unistd.h>
 
@@ -13,8 +13,8 @@
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
 #include "store/SpatializerParamArrayConstants.h"
-#include "tools/LintRules.h"
-#include "tools/SarifLog.h"
+#include "tools/lint/LintRules.h"
+#include "tools/lint/SarifLog.h"
 #include "tools/StoreSession.h"
 #include "tools/TextTable.h"
 #include "tools/lint/Effects.h"

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "tools/Finding.h"
+#include "tools/lint/Finding.h"
 #include "tools/LoadReport.h"
 
 namespace korva::tool {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/Finding.h"
+#include "tools/lint/Finding.h"
 #include "tools/LoadReport.h"
 #include "tools/ToolOutput.h"
 

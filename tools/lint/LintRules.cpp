@@ -1,4 +1,4 @@
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 
 #include <algorithm>
 #include <iterator>
