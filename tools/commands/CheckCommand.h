@@ -5,9 +5,9 @@
 
 #include <vector>
 
-#include "tools/lint/Finding.h"
 #include "tools/StoreSession.h"
 #include "tools/ToolOutput.h"
+#include "tools/lint/Finding.h"
 
 namespace korva::tool {
 

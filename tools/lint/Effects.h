@@ -7,10 +7,8 @@
 
 #include <vector>
 
-#include "tools/lint/Finding.h"
-#include "tools/LoadReport.h"
 #include "tools/StoreSession.h"
-#include "tools/ToolOutput.h"
+#include "tools/lint/Finding.h"
 #include "tools/load/FreshLoads.h"
 
 namespace korva::tool {
@@ -22,15 +20,12 @@ public:
     static int loadWork(const std::string& path, Json* document);
 
     // Measures every finding that has an undo, folds consequences into their causes and drops
-    // the causes that change nothing (kept under verbose, as ones that change nothing). progress
-    // is called with the count done and the count to do.
+    // the causes that change nothing (kept under verbose). progress is called with the count
+    // done and the count to do.
     static void measure(const StoreSession& session, FreshLoads& loads, bool verbose,
                         std::vector<Finding>* findings, void (*progress)(size_t, size_t));
     // Without measuring: drops the findings that only a measured effect makes findings.
     static void skip(std::vector<Finding>* findings);
-
-    // The effect's differences and store changes, as diff prints them, fitted to width.
-    static std::string text(const Finding& finding, size_t width);
 };
 
 }  // namespace korva::tool

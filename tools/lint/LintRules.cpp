@@ -1,7 +1,6 @@
 #include "tools/lint/LintRules.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -11,12 +10,15 @@
 #include "reader/ValueSetter.h"
 #include "tools/BlobDecoder.h"
 #include "tools/NumberText.h"
+#include "translator/GeqLayout.h"
+#include "translator/VexParameter.h"
 
 namespace korva::tool {
 
 namespace {
 
 using Report = LoadReport;
+using Action = Undo::Action;
 
 std::string inQuotes(const std::string& text) {
     return "\"" + text + "\"";
@@ -24,73 +26,6 @@ std::string inQuotes(const std::string& text) {
 
 std::string tag(const std::string& name) {
     return "<" + name + ">";
-}
-
-FileLine lineOf(const Report& report, int node) {
-    const ReportedNode& reported = report.node(node);
-    return {reported.line, reported.atLeast};
-}
-
-// The root's line, for findings about the file as a whole.
-FileLine rootLine(const Report& report) {
-    for (const ReportedNode& node : report.nodes) {
-        if (node.parent < 0 && node.isElement) {
-            return {node.line, node.atLeast};
-        }
-    }
-    return {1, false};
-}
-
-// An element as <name>, a comment or a text by its words.
-std::string describe(const Report& report, int index) {
-    const ReportedNode& node = report.node(index);
-    if (node.isElement) {
-        return tag(node.name);
-    }
-    if (!node.isComment && node.content.find_first_not_of(" \t\r\n") == std::string::npos) {
-        return "blank text";
-    }
-    std::string content = node.content;
-    content.erase(0, content.find_first_not_of(" \t\r\n"));
-    content.erase(content.find_last_not_of(" \t\r\n") + 1);
-    if (content.size() > 30) {
-        content = content.substr(0, 27) + "...";
-    }
-    return (node.isComment ? "the comment " : "the text ") + inQuotes(content);
-}
-
-std::string parentTag(const Report& report, int index) {
-    const ReportedNode& parent = report.node(report.node(index).parent);
-    return parent.isElement ? tag(parent.name) : std::string("the document");
-}
-
-const char* kindName(RecordKind kind) {
-    switch (kind) {
-        case RecordKind::kProfile:
-            return "profile";
-        case RecordKind::kProfileEndpoint:
-            return "profile endpoint";
-        case RecordKind::kTuning:
-            return "tuning";
-        case RecordKind::kIeqPreset:
-            return "IEQ preset";
-        case RecordKind::kGeqPreset:
-            return "GEQ preset";
-    }
-    return "record";
-}
-
-Finding finding(const Report& report, int node, Severity severity, std::string message) {
-    return Finding(lineOf(report, node), severity, std::move(message));
-}
-
-Note note(const Report& report, int node, std::string message) {
-    return {lineOf(report, node), std::move(message)};
-}
-
-Note recordNote(const Report& report, int record, const std::string& message) {
-    const RecordSnapshot& snapshot = report.records[record];
-    return note(report, snapshot.node, snapshot.title() + " " + message);
 }
 
 // Edits of one character, two neighbours swapped counting as one ("vaule").
@@ -128,13 +63,13 @@ std::string closest(const std::string& name, const std::set<std::string>& candid
     size_t bestDistance = limit + 1;
     for (const std::string& candidate : candidates) {
         // The distance is at least the difference in length: such a candidate cannot be close.
-        const size_t longer = std::max(name.size(), candidate.size());
-        if (longer - std::min(name.size(), candidate.size()) > limit) {
+        if (std::max(name.size(), candidate.size()) - std::min(name.size(), candidate.size()) >
+                limit ||
+            candidate == name) {
             continue;
         }
-        const size_t distance =
-            ignoreCase ? editDistance(compared, lowered(candidate)) : editDistance(name, candidate);
-        if (distance < bestDistance && candidate != name) {
+        const size_t distance = editDistance(compared, ignoreCase ? lowered(candidate) : candidate);
+        if (distance < bestDistance) {
             best = candidate;
             bestDistance = distance;
         }
@@ -142,54 +77,136 @@ std::string closest(const std::string& name, const std::set<std::string>& candid
     return best;
 }
 
-// " (did you mean X?)" when a candidate is close enough to be a slip of the keyboard.
 std::string didYouMean(const std::string& best, bool asTag) {
     return best.empty() ? "" : " (did you mean " + (asTag ? tag(best) : inQuotes(best)) + "?)";
 }
 
-Undo undoOf(Undo::Action action, int node, std::string attribute = "", std::string to = "",
-            int before = -1) {
-    return {action, node, std::move(attribute), std::move(to), before};
+std::string readAs(const Report::NumberEvent& number) {
+    return number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
 }
 
-void setUndo(Finding* finding, const Undo& undo) {
-    finding->hasUndo = true;
-    finding->undo = undo;
+std::string blobTitle(const Report::Blob& blob) {
+    return (blob.isTuning ? "tuning device " + inQuotes(blob.device)
+                          : "profile " + std::to_string(blob.profileId)) +
+           "'s blob";
 }
 
-// The attributes of node that the load reported reading (as text, a number or a word), those
-// whose text is the given one when it is not empty.
-std::set<std::string> readAttributes(const Report& report, int node, const std::string& text) {
-    std::set<std::string> names;
-    for (const Report::AttributeEvent& attribute : report.attributes) {
-        if (attribute.node == node && attribute.how == AttributeRead::kRead &&
-            (text.empty() || attribute.text == text)) {
-            names.insert(attribute.name);
-        }
-    }
-    for (const Report::NumberEvent& number : report.numbers) {
-        if (number.node == node && (text.empty() || number.text == text)) {
-            names.insert(number.attribute);
-        }
-    }
-    for (const Report::KeywordEvent& keyword : report.keywords) {
-        if (keyword.node == node && (text.empty() || keyword.text == text)) {
-            names.insert(keyword.attribute);
-        }
-    }
-    return names;
-}
+// The rules over one load's report, with what they share: where a node is and how it is named.
+class Linter {
+public:
+    Linter(const Report& report, std::vector<Finding>* out) : mReport(report), mOut(*out) {}
 
-// The node the reader looked at in parent for an include and did not find one, or -1.
-int missedInclude(const Report& report, int parent) {
-    for (const Report::NodeEvent& lookup : report.lookups) {
-        if (!lookup.found && report.node(lookup.node).parent == parent &&
-            lookup.what == static_cast<int>(Structure::kInclude)) {
-            return lookup.node;
-        }
+    void passedOver();
+    void textRead();
+    void valuesChanged();
+    void emptyEntries();
+    void loaded();
+    void unusedRecords();
+    void presetBands();
+
+private:
+    FileLine at(int node) const { return {mReport.node(node).line, mReport.node(node).atLeast}; }
+
+    Note note(int node, std::string message) const { return {at(node), std::move(message)}; }
+
+    // The new finding; the reference holds until the next one is added.
+    Finding& add(FileLine where, std::string message, Severity severity = Severity::kWarning) {
+        mOut.emplace_back(where, severity, std::move(message));
+        return mOut.back();
     }
-    return -1;
-}
+    Finding& add(int node, std::string message, Severity severity = Severity::kWarning) {
+        return add(at(node), std::move(message), severity);
+    }
+
+    // The root's line, for findings about the file as a whole.
+    FileLine rootLine() const {
+        for (const ReportedNode& node : mReport.nodes) {
+            if (node.parent < 0 && node.isElement) {
+                return {node.line, node.atLeast};
+            }
+        }
+        return {1, false};
+    }
+
+    // An element as <name>, a comment or a text by its words.
+    std::string describe(int index) const {
+        const ReportedNode& node = mReport.node(index);
+        if (node.isElement) {
+            return tag(node.name);
+        }
+        std::string content = node.content;
+        content.erase(0, content.find_first_not_of(" \t\r\n"));
+        content.erase(content.find_last_not_of(" \t\r\n") + 1);
+        if (!node.isComment && content.empty()) {
+            return "blank text";
+        }
+        if (content.size() > 30) {
+            content = content.substr(0, 27) + "...";
+        }
+        return (node.isComment ? "the comment " : "the text ") + inQuotes(content);
+    }
+
+    std::string parentTag(int index) const {
+        const ReportedNode& parent = mReport.node(mReport.node(index).parent);
+        return parent.isElement ? tag(parent.name) : std::string("the document");
+    }
+
+    // The attributes of node the load read (as text, a number or a word), of this text if any.
+    std::set<std::string> readAttributes(int node, const std::string& text) const {
+        std::set<std::string> names;
+        const auto add = [&](int at, const std::string& name, const std::string& written) {
+            if (at == node && (text.empty() || written == text)) {
+                names.insert(name);
+            }
+        };
+        for (const Report::AttributeEvent& a : mReport.attributes) {
+            if (a.how == AttributeRead::kRead) {
+                add(a.node, a.name, a.text);
+            }
+        }
+        for (const Report::NumberEvent& number : mReport.numbers) {
+            add(number.node, number.attribute, number.text);
+        }
+        for (const Report::KeywordEvent& keyword : mReport.keywords) {
+            add(keyword.node, keyword.attribute, keyword.text);
+        }
+        return names;
+    }
+
+    // The node the reader looked at in parent for an include and did not find one, or -1.
+    int missedInclude(int parent) const {
+        for (const Report::NodeEvent& lookup : mReport.lookups) {
+            if (!lookup.found && mReport.node(lookup.node).parent == parent &&
+                lookup.what == static_cast<int>(Structure::kInclude)) {
+                return lookup.node;
+            }
+        }
+        return -1;
+    }
+
+    bool isUnder(int ancestor, int node) const {
+        for (int at = node; at >= 0; at = mReport.node(at).parent) {
+            if (at == ancestor) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // The entries of a blob that a translation added.
+    std::vector<BlobEntry> entriesOf(const Report::TranslatedEvent& event) const {
+        if (event.blob < 0 || static_cast<size_t>(event.blob) >= mReport.blobs.size()) {
+            return {};
+        }
+        std::vector<BlobEntry> all = BlobDecoder::decode(mReport.blobs[event.blob].words).entries;
+        const int end = std::min<int>(event.endEntry, static_cast<int>(all.size()));
+        const int first = std::clamp(event.firstEntry, 0, std::max(end, 0));
+        return std::vector<BlobEntry>(all.begin() + first, all.begin() + std::max(first, end));
+    }
+
+    const Report& mReport;
+    std::vector<Finding>& mOut;
+};
 
 std::set<std::string> parameterElementNames() {
     std::set<std::string> names;
@@ -199,79 +216,602 @@ std::set<std::string> parameterElementNames() {
     return names;
 }
 
-bool isAncestor(const Report& report, int ancestor, int node) {
-    for (int at = report.node(node).parent; at >= 0; at = report.node(at).parent) {
-        if (at == ancestor) {
-            return true;
+void Linter::passedOver() {
+    static const std::set<std::string> kSetterNames = parameterElementNames();
+    std::set<std::string> structural;
+    std::set<int> read;
+    std::set<int> besideRows;
+    for (const Report::NodeEvent& structure : mReport.structures) {
+        structural.insert(mReport.node(structure.node).name);
+        read.insert(structure.node);
+        if (structure.what == static_cast<int>(Structure::kSetterRow)) {
+            besideRows.insert(structure.node);
         }
     }
-    return false;
-}
-
-// What the nodes under an element that the reader passed over cost: includes not found there,
-// and the records made from it.
-std::vector<Note> consequencesUnder(const Report& report, int element) {
-    std::vector<Note> notes;
-    for (const Report::NodeEvent& lookup : report.lookups) {
-        if (!lookup.found && (lookup.node == element || isAncestor(report, element, lookup.node))) {
-            notes.push_back(note(report, lookup.node,
-                                 "so the reader looks for " + parentTag(report, lookup.node) +
-                                     "'s <include> at " + describe(report, lookup.node) +
-                                     " and does not find it"));
+    // Index in mOut of the finding each node got, for what passing over it cost.
+    std::map<int, size_t> findingOf;
+    const auto held = [&](int node, std::string message) -> Finding& {
+        findingOf[node] = mOut.size();
+        return add(node, std::move(message));
+    };
+    // A comment or text where the reader looked for an include is read in the include's place.
+    for (const Report::NodeEvent& lookup : mReport.lookups) {
+        const std::string what = describe(lookup.node);
+        if (!lookup.found && !mReport.node(lookup.node).isElement && what != "blank text" &&
+            findingOf.count(lookup.node) == 0) {
+            held(lookup.node, what + " is where the reader looks for " + parentTag(lookup.node) +
+                                  "'s <include>: it finds none")
+                .undo = Undo{Action::kRemove, lookup.node};
         }
     }
-    return notes;
-}
-
-// The elements a dropped tuning cut from the reading, as notes.
-std::vector<Note> cutElements(const Report& report) {
-    std::vector<Note> notes;
-    for (const Report::NodeEvent& skip : report.skips) {
-        if (skip.what == static_cast<int>(Skip::kAfterCut)) {
-            notes.push_back(note(report, skip.node, describe(report, skip.node) + " is not read"));
+    // A setter reads its rows below its element: its own element read as a row means the walk
+    // found nothing below it and went on through the elements after it, which their own setters
+    // read as well: the first of them is the cause.
+    for (const Report::SetterEvent& setter : mReport.setters) {
+        if (besideRows.count(setter.node) == 0 || findingOf.count(setter.node) > 0) {
+            continue;
+        }
+        const ReportedNode& element = mReport.node(setter.node);
+        size_t rows = 0;
+        bool first = true;
+        for (int row : besideRows) {
+            if (mReport.node(row).parent == element.parent) {
+                first = first && mReport.node(row).line >= element.line;
+                rows += mReport.node(row).line >= element.line ? 1 : 0;
+            }
+        }
+        if (first) {
+            held(setter.node, describe(setter.node) + " has no rows of its own: its reading takes " +
+                                  std::to_string(rows) + " elements at and after it as its rows")
+                .undo = Undo{Action::kRemove, setter.node};
         }
     }
-    return notes;
-}
-
-// The entries of a blob that a translation added.
-std::vector<BlobEntry> entriesOf(const Report& report, const Report::TranslatedEvent& event) {
-    std::vector<BlobEntry> out;
-    if (event.blob < 0 || static_cast<size_t>(event.blob) >= report.blobs.size()) {
-        return out;
-    }
-    const DecodedBlob decoded = BlobDecoder::decode(report.blobs[event.blob].words);
-    for (int i = event.firstEntry; i < event.endEntry; i++) {
-        if (i >= 0 && static_cast<size_t>(i) < decoded.entries.size()) {
-            out.push_back(decoded.entries[i]);
+    const bool cut = std::any_of(mReport.records.begin(), mReport.records.end(),
+                                 [](const RecordSnapshot& r) { return r.dropped; });
+    std::set<std::pair<int, int>> seen;
+    for (const Report::NodeEvent& skip : mReport.skips) {
+        const Skip why = static_cast<Skip>(skip.what);
+        const ReportedNode& node = mReport.node(skip.node);
+        // A walk that passes over what another step of the reader read takes nothing away.
+        if (!seen.insert({skip.node, skip.what}).second ||
+            (why != Skip::kNotWalked && findingOf.count(skip.node) > 0) ||
+            (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
+            continue;
+        }
+        const std::string what = describe(skip.node);
+        const std::string in = what + " in " + parentTag(skip.node) + " is not read";
+        if (why == Skip::kNotWalked && findingOf.count(node.parent) > 0) {
+            findingOf[skip.node] = findingOf[node.parent];
+            mOut[findingOf[skip.node]].notes.push_back(
+                note(skip.node, "so " + what + " is not read"));
+            continue;
+        }
+        switch (why) {
+            case Skip::kSteppedOver: {
+                // What passing over the first child cost: includes not found under its parent.
+                std::vector<Note> notes;
+                for (const Report::NodeEvent& lookup : mReport.lookups) {
+                    if (!lookup.found && isUnder(node.parent, lookup.node)) {
+                        notes.push_back(
+                            note(lookup.node, "so the reader looks for " + parentTag(lookup.node) +
+                                                  "'s <include> at " + describe(lookup.node) +
+                                                  " and does not find it"));
+                    }
+                }
+                Finding& f =
+                    held(skip.node, what + " is the first child of " + parentTag(skip.node) +
+                                        ", which the reader steps over: it is not read");
+                if (node.isElement) {
+                    f.unmeasured = "no rule undoes an element that the reader steps over";
+                } else {
+                    f.undo = Undo{Action::kRemove, skip.node};
+                    // In blank text's place, a comment costs nothing unless measured otherwise.
+                    f.onlyIfEffect = notes.empty();
+                }
+                f.notes = std::move(notes);
+                break;
+            }
+            case Skip::kNotElement: {
+                Finding& f = held(skip.node, in);
+                f.undo = Undo{Action::kRemove, skip.node};
+                // Comments are there to be passed over: one is a finding only by its effect.
+                f.onlyIfEffect = node.isComment;
+                break;
+            }
+            case Skip::kNoSetter:
+            case Skip::kUnknown: {
+                const int lookedAt = missedInclude(node.parent);
+                const bool misplaced =
+                    node.name == TuningFileParser::kIncludeElement && lookedAt >= 0;
+                const std::string best =
+                    misplaced
+                        ? ""
+                        : closest(node.name, why == Skip::kNoSetter ? kSetterNames : structural);
+                Finding& f = held(
+                    skip.node, in + ": " +
+                                   (misplaced ? "the reader looks for it at " + describe(lookedAt)
+                                    : why == Skip::kNoSetter ? "no parameter has this name"
+                                                             : "the reader does not know it") +
+                                   didYouMean(best, true));
+                if (misplaced) {
+                    f.undo = Undo{Action::kMoveBefore, skip.node, "", "", lookedAt};
+                } else if (!best.empty()) {
+                    f.undo = Undo{Action::kRename, skip.node, "", best};
+                } else {
+                    f.unmeasured = "no name the reader knows is close to it";
+                }
+                break;
+            }
+            case Skip::kNotWalked:
+                held(skip.node, in + ": no walk of the reader reaches it");
+                break;
+            case Skip::kAfterCut:
+                // Otherwise told as notes of the tuning that cut the reading.
+                if (!cut) {
+                    held(skip.node, what + " is not read: the reading stopped before it");
+                }
+                break;
+            case Skip::kEndsList:
+                held(skip.node, what + " ends the list of bands in " + parentTag(skip.node) +
+                                    ": the bands after it are not read");
+                break;
+            case Skip::kVersionRule:
+                held(skip.node, what + " is passed over in a file of format version " +
+                                    inQuotes(mReport.formatVersion) + ": its settings do not apply")
+                    .unmeasured = "the file's format version decides it, not an edit here";
+                break;
         }
     }
-    return out;
 }
 
-std::string blobTitle(const Report::Blob& blob) {
-    return blob.isTuning ? "tuning device " + inQuotes(blob.device) + "'s blob"
-                         : "profile " + std::to_string(blob.profileId) + "'s blob";
+void Linter::textRead() {
+    // Attribute names each element name was asked for, for the names to suggest.
+    std::map<std::string, std::set<std::string>> asked;
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        if (attribute.how != AttributeRead::kIgnored) {
+            asked[mReport.node(attribute.node).name].insert(attribute.name);
+        }
+    }
+    // (node, attribute) pairs a finding already covers.
+    std::set<std::pair<int, std::string>> covered;
+    const auto keywordNotes = [this, &covered](int node, std::vector<Note>* notes) {
+        for (const Report::KeywordEvent& keyword : mReport.keywords) {
+            if (keyword.node == node && !keyword.recognised) {
+                covered.insert({node, keyword.attribute});
+                notes->push_back(note(node, "its " + keyword.attribute + " " +
+                                                inQuotes(keyword.text) + " is read as " +
+                                                std::to_string(keyword.value)));
+            }
+        }
+    };
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        if (attribute.how != AttributeRead::kIgnored) {
+            continue;
+        }
+        const std::string element = describe(attribute.node);
+        const std::string best = closest(attribute.name, asked[mReport.node(attribute.node).name]);
+        Finding& f = add(attribute.node, "attribute " + inQuotes(attribute.name) + " of " +
+                                             element + " is not read" + didYouMean(best, false));
+        if (!best.empty()) {
+            f.undo = Undo{Action::kRename, attribute.node, attribute.name, best};
+        } else {
+            f.unmeasured = "no attribute name the reader asks for is close to it";
+        }
+        for (const Report::AttributeEvent& missing : mReport.attributes) {
+            if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
+                covered.insert({missing.node, missing.name});
+                f.notes.push_back(note(missing.node, element + " has no " + inQuotes(missing.name) +
+                                                         ": it is read as empty"));
+            }
+        }
+        keywordNotes(attribute.node, &f.notes);
+    }
+    // An absent attribute matters where its empty text became a number or a word.
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        if (attribute.how != AttributeRead::kMissing ||
+            covered.count({attribute.node, attribute.name}) > 0) {
+            continue;
+        }
+        std::string value;
+        for (const Report::NumberEvent& number : mReport.numbers) {
+            if (number.node == attribute.node && number.attribute == attribute.name) {
+                value = readAs(number);
+            }
+        }
+        for (const Report::KeywordEvent& keyword : mReport.keywords) {
+            if (keyword.node == attribute.node && keyword.attribute == attribute.name &&
+                !keyword.recognised) {
+                value = std::to_string(keyword.value);
+            }
+        }
+        if (!value.empty()) {
+            covered.insert({attribute.node, attribute.name});
+            Finding& f = add(attribute.node, describe(attribute.node) + " has no " +
+                                                 attribute.name + " attribute: read as " + value);
+            f.unmeasured = "nothing in the file to undo: the attribute is absent";
+            keywordNotes(attribute.node, &f.notes);
+        }
+    }
+    // The words this load read as numbers ("true"), by attribute name.
+    std::map<std::string, std::set<std::string>> words;
+    for (const Report::NumberEvent& number : mReport.numbers) {
+        if (number.how == NumberRead::kWord) {
+            words[number.attribute].insert(number.text);
+        }
+    }
+    for (const Report::NumberEvent& number : mReport.numbers) {
+        if (number.how == NumberRead::kWhole || number.how == NumberRead::kWord ||
+            !covered.insert({number.node, number.attribute}).second) {
+            continue;
+        }
+        const char* how = number.isList                        ? " is not a list of whole numbers"
+                          : number.how == NumberRead::kClamped ? " is out of the int range"
+                          : number.how == NumberRead::kNone    ? " has no digits"
+                                                               : " is not a whole number";
+        Finding& f =
+            add(number.node, describe(number.node) + " " + number.attribute + " " +
+                                 inQuotes(number.text) + how + ": read as " + readAs(number));
+        const std::string best = number.how == NumberRead::kNone
+                                     ? closest(number.text, words[number.attribute], true)
+                                     : "";
+        if (!best.empty()) {
+            f.undo = Undo{Action::kReplace, number.node, number.attribute, best};
+        } else {
+            f.unmeasured = "no rule undoes a number that is read otherwise than written";
+        }
+    }
+    // The words the reader knew in this load, by element and attribute name, and the library's
+    // names of endpoints and ports, which these words name.
+    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
+    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
+    std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
+    for (const Report::KeywordEvent& keyword : mReport.keywords) {
+        if (keyword.recognised) {
+            known[{mReport.node(keyword.node).name, keyword.attribute}].insert(keyword.text);
+        }
+    }
+    for (const Report::KeywordEvent& keyword : mReport.keywords) {
+        if (keyword.recognised || !covered.insert({keyword.node, keyword.attribute}).second) {
+            continue;
+        }
+        Finding& f =
+            add(keyword.node,
+                describe(keyword.node) + " " + keyword.attribute + " " + inQuotes(keyword.text) +
+                    " is not a word the reader knows: read as " + std::to_string(keyword.value));
+        const int record = mReport.recordOfNode(keyword.node);
+        if (record >= 0) {
+            const RecordSnapshot& made = mReport.records[record];
+            f.notes.push_back(note(made.node, made.title() + " is made of it"));
+        }
+        std::set<std::string> candidates =
+            known[{mReport.node(keyword.node).name, keyword.attribute}];
+        candidates.insert(libraryWords.begin(), libraryWords.end());
+        const std::string best = closest(keyword.text, candidates, true);
+        if (!best.empty()) {
+            f.undo = Undo{Action::kReplace, keyword.node, keyword.attribute, best};
+        } else {
+            f.unmeasured = "no word this load read there is close to it";
+        }
+    }
+}
+
+void Linter::valuesChanged() {
+    static const char* const kKindNames[] = {"IEQ preset", "GEQ preset", "profile",
+                                             "profile endpoint", "tuning"};
+    // The last value each record's parameter got from an element, by value event.
+    std::map<std::pair<int, Parameter>, size_t> fromFile;
+    for (size_t i = 0; i < mReport.values.size(); i++) {
+        const Report::ValueEvent& value = mReport.values[i];
+        const std::string name = kParameterNames[value.parameter];
+        const auto key = std::make_pair(value.record, value.parameter);
+        const auto earlier = fromFile.find(key);
+        const Report::ValueEvent* written =
+            earlier != fromFile.end() ? &mReport.values[earlier->second] : nullptr;
+        if (value.source == ValueSource::kFile) {
+            const RecordSnapshot& record = mReport.records[value.record];
+            if (record.validParams.count(value.parameter) == 0) {
+                add(value.node, describe(value.node) + " sets " + name + ", which a " +
+                                    kKindNames[static_cast<int>(record.kind)] +
+                                    " does not use: it is ignored here");
+            } else if (written != nullptr && written->node != value.node) {
+                add(value.node, describe(value.node) + " sets " + name +
+                                    " again: the value at line " + lineText(at(written->node)) +
+                                    " is replaced");
+            }
+            fromFile[key] = i;
+        } else if ((value.source == ValueSource::kVersion32 ||
+                    value.source == ValueSource::kVersion322 ||
+                    value.source == ValueSource::kBefore34) &&
+                   written != nullptr && written->values != value.values) {
+            add(written->node,
+                name + " " + NumberText::bracketed(written->values) +
+                    " written here is replaced by " + NumberText::bracketed(value.values) +
+                    (mReport.formatVersion.empty()
+                         ? std::string(" (the file has no format version)")
+                         : " by the rules of format version " + mReport.formatVersion));
+        }
+    }
+    emptyEntries();
+}
+
+// Entries the effect gets with no values, because their record lacks a parameter.
+void Linter::emptyEntries() {
+    // The parameters each translation read as empty lists: they are reported just before it.
+    std::map<size_t, std::vector<Parameter>> absent;
+    for (const Report::ValueEvent& value : mReport.values) {
+        if (value.source == ValueSource::kTranslatorEmpty) {
+            absent[value.nextTranslated].push_back(value.parameter);
+        }
+    }
+    // One finding per record and empty entry code, with a note for each blob it is in.
+    std::map<std::pair<int, std::string>, size_t> made;
+    for (const auto& [index, parameters] : absent) {
+        if (index >= mReport.translated.size()) {
+            continue;
+        }
+        const Report::TranslatedEvent& event = mReport.translated[index];
+        if (event.blob < 0 || mReport.blobs[event.blob].fate == BlobFate::kDropped) {
+            continue;
+        }
+        const RecordSnapshot& record = mReport.records[event.record];
+        std::string names;
+        for (Parameter parameter : parameters) {
+            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[parameter]);
+        }
+        for (const BlobEntry& entry : entriesOf(event)) {
+            if (!entry.values.empty()) {
+                continue;
+            }
+            const std::string code = BlobDecoder::codeText(entry.code);
+            const auto [found, isNew] =
+                made.emplace(std::make_pair(event.record, code), mOut.size());
+            if (isNew) {
+                add(record.node, record.title() + " has no " + names + ": the effect gets " +
+                                     inQuotes(code) + " with no values");
+            }
+            mOut[found->second].notes.push_back(
+                note(record.node, "for " + BlobDecoder::deviceName(entry.deviceId) + " in " +
+                                      blobTitle(mReport.blobs[event.blob])));
+        }
+    }
+}
+
+// Records whose partner is missing, loader defaults and blobs one id or name files twice.
+void Linter::loaded() {
+    const FileLine root = rootLine();
+    if (std::none_of(mReport.structures.begin(), mReport.structures.end(),
+                     [](const Report::NodeEvent& s) {
+                         return s.what == static_cast<int>(Structure::kFormatVersion);
+                     })) {
+        add(root,
+            "no <format_version>: the file is read by the rules of formats before 3.4, "
+            "whose defaults replace values it writes");
+    }
+    for (const RecordSnapshot& record : mReport.records) {
+        if (record.dropped) {
+            Finding& f = add(record.node,
+                             record.title() + " has no data element: the reader drops it and stops",
+                             Severity::kError);
+            for (const Report::NodeEvent& skip : mReport.skips) {
+                if (skip.what == static_cast<int>(Skip::kAfterCut)) {
+                    f.notes.push_back(note(skip.node, describe(skip.node) + " is not read"));
+                }
+            }
+        }
+    }
+    std::set<std::pair<MissingPartner, std::pair<int, int>>> partners;
+    for (const Report::PartnerEvent& partner : mReport.partnersMissing) {
+        // The loader meets a record once per blob it goes into.
+        if (!partners.insert({partner.what, {partner.record, partner.binding.node}}).second) {
+            continue;
+        }
+        const RecordSnapshot* record =
+            partner.record >= 0 ? &mReport.records[partner.record] : nullptr;
+        const int node = record != nullptr ? record->node : partner.binding.node;
+        const std::string title = record != nullptr ? record->title() : "";
+        const std::string device = "tuning device " + inQuotes(partner.binding.device);
+        switch (partner.what) {
+            case MissingPartner::kGeqPreset:
+                add(node, title +
+                              " has no GEQ preset: its blob carries no graphic EQ and the "
+                              "persisted user gains are not restored for it");
+                break;
+            case MissingPartner::kIeqPreset: {
+                Finding& f = add(
+                    node, title + " selects IEQ preset " +
+                              std::to_string(record != nullptr ? record->selectedIeqPreset : 0) +
+                              ", which the file does not define");
+                // The reference is the attribute its include was read from.
+                for (const Report::NodeEvent& include : mReport.structures) {
+                    if (include.what == static_cast<int>(Structure::kInclude) &&
+                        mReport.node(include.node).parent == node) {
+                        for (const std::string& name : readAttributes(include.node, "")) {
+                            f.undo = Undo{Action::kRemoveAttribute, include.node, name};
+                            f.at = at(include.node);
+                        }
+                    }
+                }
+                if (!f.undo) {
+                    f.unmeasured = "the load reported no attribute that makes the reference";
+                }
+                break;
+            }
+            case MissingPartner::kEndpointOther:
+                add(node, title + ": nothing of this endpoint reaches the effect");
+                break;
+            case MissingPartner::kTuning: {
+                Finding& f = add(node,
+                                 device + " names tuning " + inQuotes(partner.binding.tuning) +
+                                     ", which is not kept: the device gets no blob",
+                                 Severity::kError);
+                for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
+                    f.undo = Undo{Action::kRemoveAttribute, node, name};
+                }
+                break;
+            }
+            case MissingPartner::kPortDevice:
+                add(node,
+                    "endpoint_port " + inQuotes(partner.binding.port) + " of " + device +
+                        " has no output device: its entries are filed for device 0, "
+                        "which no output matches",
+                    Severity::kError);
+                break;
+        }
+    }
+    const int speaker = mReport.speakerTuning;
+    const int speakerNode = speaker >= 0 ? mReport.records[speaker].node : -1;
+    const std::string speakerTitle =
+        speaker >= 0 ? mReport.records[speaker].title() : std::string("the speaker's tuning");
+    for (LoaderDefault what : mReport.loaderDefaults) {
+        add(speakerNode >= 0 ? at(speakerNode) : root,
+            speakerTitle + (what == LoaderDefault::kMixMatrix
+                                ? " has no mix matrix (<output-mode>): every speaker "
+                                  "endpoint of every profile gets the default one"
+                                : " has no <virtual-bass-mode>: every profile endpoint "
+                                  "gets the default vb mode"));
+    }
+    for (const auto& [port, device] : mReport.defaultSelectionsMissing) {
+        add(root,
+            "default tuning device " + inQuotes(device) + " for port " +
+                (port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port]
+                                                        : std::to_string(port)) +
+                " is missing" +
+                (port == DEVICE_INTERNAL_SPEAKER
+                     ? " (bind the speaker's tuning with <device_id id=\"\" "
+                       "endpoint_port=\"internal_speaker\"/>)"
+                     : "") +
+                ": the store disables every tuning",
+            Severity::kError);
+    }
+    // A blob dropped or replaced: say which records went into the one that is kept.
+    for (size_t b = 0; b < mReport.blobs.size(); b++) {
+        const Report::Blob& blob = mReport.blobs[b];
+        const RecordKind owner = blob.isTuning ? RecordKind::kTuning : RecordKind::kProfile;
+        const auto made = std::find_if(mReport.translated.begin(), mReport.translated.end(),
+                                       [&](const auto& event) {
+                                           return event.blob == static_cast<int>(b) &&
+                                                  mReport.records[event.record].kind == owner;
+                                       });
+        if (blob.fate == BlobFate::kStored || made == mReport.translated.end()) {
+            continue;
+        }
+        const RecordSnapshot& snapshot = mReport.records[made->record];
+        Finding& f =
+            add(snapshot.node, blob.fate == BlobFate::kDropped
+                                   ? "profile id " + std::to_string(blob.profileId) +
+                                         " is used again: the blob built for " + snapshot.title() +
+                                         " is dropped; the blob of the first "
+                                         "profile of the id is kept, and the "
+                                         "endpoints of both go into it"
+                                   : snapshot.title() + " replaces the blob of " +
+                                         inQuotes(blob.device) + " that an earlier tuning made");
+        for (size_t k = 0; k < mReport.blobs.size(); k++) {
+            const Report::Blob& kept = mReport.blobs[k];
+            if (kept.fate != BlobFate::kStored || kept.isTuning != blob.isTuning ||
+                kept.profileId != blob.profileId || kept.device != blob.device) {
+                continue;
+            }
+            // Each profile or endpoint record's entries in the kept blob, first to last.
+            std::vector<std::pair<int, std::pair<int, int>>> ranges;
+            for (const Report::TranslatedEvent& event : mReport.translated) {
+                const RecordKind kind = mReport.records[event.record].kind;
+                if (event.blob != static_cast<int>(k) || event.endEntry <= event.firstEntry ||
+                    (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
+                    continue;
+                }
+                if (!ranges.empty() && ranges.back().first == event.record) {
+                    ranges.back().second.second = event.endEntry;
+                } else {
+                    ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
+                }
+            }
+            for (const auto& [record, range] : ranges) {
+                const RecordSnapshot& into = mReport.records[record];
+                f.notes.push_back(note(into.node, into.title() + " goes into the kept " +
+                                                      blobTitle(kept) + " as entries " +
+                                                      std::to_string(range.first + 1) + "-" +
+                                                      std::to_string(range.second)));
+            }
+            const DecodedBlob decoded = BlobDecoder::decode(kept.words);
+            std::map<std::pair<int, int>, int> sent;
+            std::string twice;
+            for (const BlobEntry& entry : decoded.entries) {
+                if (++sent[{entry.deviceId, entry.code}] == 2) {
+                    twice += (twice.empty() ? "" : ", ") + BlobDecoder::deviceName(entry.deviceId) +
+                             " " + inQuotes(BlobDecoder::codeText(entry.code));
+                }
+            }
+            if (!twice.empty()) {
+                f.notes.push_back(
+                    note(snapshot.node, "the kept blob sends these more than once: " + twice));
+            }
+            f.notes.push_back(note(snapshot.node, "the kept " + blobTitle(kept) + " has " +
+                                                      std::to_string(decoded.entries.size()) +
+                                                      " entries"));
+        }
+    }
 }
 
 // Records that went into no blob at all: a preset that no profile or endpoint takes (or that an
 // earlier one of the same id shadows), a tuning that no device is bound to.
-void unusedRecords(const LoadReport& report, std::vector<Finding>* out) {
+void Linter::unusedRecords() {
     std::set<int> used;
-    for (const Report::TranslatedEvent& event : report.translated) {
+    for (const Report::TranslatedEvent& event : mReport.translated) {
         used.insert(event.record);
     }
-    for (const Report::PartnerEvent& partner : report.partnersMissing) {
+    for (const Report::PartnerEvent& partner : mReport.partnersMissing) {
         if (partner.what == MissingPartner::kEndpointOther) {
             used.insert(partner.record);
         }
     }
-    for (size_t i = 0; i < report.records.size(); i++) {
-        const RecordSnapshot& record = report.records[i];
+    for (size_t i = 0; i < mReport.records.size(); i++) {
+        const RecordSnapshot& record = mReport.records[i];
         if (!record.dropped && used.count(static_cast<int>(i)) == 0) {
-            out->push_back(
-                finding(report, record.node, Severity::kWarning,
-                        record.title() + " goes into no blob: nothing of it reaches the effect"));
+            add(record.node,
+                record.title() + " goes into no blob: nothing of it reaches the effect");
+        }
+    }
+}
+
+// Presets whose band lists disagree.
+void Linter::presetBands() {
+    const auto count = [](const RecordSnapshot* record, Parameter parameter) {
+        auto found = record->values.find(parameter);
+        return found != record->values.end() ? found->second.size() : 0;
+    };
+    const RecordSnapshot* first = nullptr;
+    for (const RecordSnapshot* preset : mReport.ofKind(RecordKind::kIeqPreset)) {
+        const size_t frequencies = count(preset, IEQ_FREQUENCY);
+        const size_t targets = count(preset, IEQ_TARGET);
+        if (frequencies != targets) {
+            add(preset->node, preset->title() + " has " + std::to_string(frequencies) +
+                                  " band frequencies but " + std::to_string(targets) +
+                                  " targets: the effect reads the curve out of step");
+        }
+        // Every preset describes the same bands: one of another length is likely cut short.
+        first = first != nullptr ? first : preset;
+        if (frequencies != count(first, IEQ_FREQUENCY)) {
+            add(preset->node, preset->title() + " has " + std::to_string(frequencies) +
+                                  " bands, but " + first->title() + " has " +
+                                  std::to_string(count(first, IEQ_FREQUENCY)))
+                .notes.push_back(note(first->node, first->title() + " is here"));
+        }
+    }
+    for (const Report::TranslatedEvent& event : mReport.translated) {
+        const RecordSnapshot& record = mReport.records[event.record];
+        if (record.kind != RecordKind::kGeqPreset || event.blob < 0 ||
+            mReport.blobs[event.blob].fate != BlobFate::kStored) {
+            continue;
+        }
+        for (const BlobEntry& entry : entriesOf(event)) {
+            if (entry.code == vexParameterCode(GEBS) &&
+                entry.values.size() != static_cast<size_t>(kGeqWords)) {
+                add(record.node, record.title() + " makes a \"gebs\" of " +
+                                     std::to_string(entry.values.size()) +
+                                     " values: the effect gets \"gebs\" only with " +
+                                     std::to_string(kGeqWords) + " (" + std::to_string(kGeqBands) +
+                                     " bands), so this graphic EQ never reaches it");
+            }
         }
     }
 }
@@ -298,654 +838,26 @@ std::vector<Finding> LintRules::run(const LoadReport& report) {
         findings.back().rule = kRules[0].id;
         return findings;
     }
-    using RuleFunction = void (*)(const LoadReport&, std::vector<Finding>*);
-    const RuleFunction functions[] = {passedOver, textRead,      valuesChanged,
-                                      loaded,     unusedRecords, presetBands};
-    for (size_t i = 0; i < std::size(functions); i++) {
+    Linter linter(report, &findings);
+    // In the order of kRules after "unreadable".
+    void (Linter::*const rules[])() = {&Linter::passedOver,    &Linter::textRead,
+                                       &Linter::valuesChanged, &Linter::loaded,
+                                       &Linter::unusedRecords, &Linter::presetBands};
+    for (size_t i = 0; i < std::size(rules); i++) {
         const size_t first = findings.size();
-        functions[i](report, &findings);
+        (linter.*rules[i])();
         for (size_t f = first; f < findings.size(); f++) {
             findings[f].rule = kRules[i + 1].id;
         }
     }
     for (Finding& finding : findings) {
-        if (!finding.hasUndo && finding.unmeasured.empty()) {
+        if (!finding.undo && finding.unmeasured.empty()) {
             finding.unmeasured = "no rule of the tool undoes this cause";
         }
     }
     std::stable_sort(findings.begin(), findings.end(),
                      [](const Finding& a, const Finding& b) { return a.at.line < b.at.line; });
     return findings;
-}
-
-void LintRules::passedOver(const LoadReport& report, std::vector<Finding>* out) {
-    static const std::set<std::string> kSetterNames = parameterElementNames();
-    std::set<std::string> structural;
-    std::set<int> read;
-    for (const Report::NodeEvent& structure : report.structures) {
-        structural.insert(report.node(structure.node).name);
-        read.insert(structure.node);
-    }
-    std::set<std::pair<int, int>> seen;
-    // Index in out of the finding each skipped node got, for what passing over it cost.
-    std::map<int, size_t> findingOf;
-    const std::set<std::string> includes = {TuningFileParser::kIncludeElement};
-    // A comment or text where the reader looked for an include: it is read in the include's
-    // place, so taking it away is the undo.
-    for (const Report::NodeEvent& lookup : report.lookups) {
-        const ReportedNode& at = report.node(lookup.node);
-        if (lookup.found || at.isElement || describe(report, lookup.node) == "blank text" ||
-            findingOf.count(lookup.node) > 0) {
-            continue;
-        }
-        Finding f = finding(report, lookup.node, Severity::kWarning,
-                            describe(report, lookup.node) + " is where the reader looks for " +
-                                parentTag(report, lookup.node) + "'s <include>: it finds none");
-        setUndo(&f, undoOf(Undo::Action::kRemove, lookup.node));
-        findingOf[lookup.node] = out->size();
-        out->push_back(std::move(f));
-    }
-    // A setter reads its rows below its element: its own element read as a row means the walk
-    // found nothing below it and went on through the elements after it, which their own setters
-    // read as well: the first of them is the cause.
-    std::set<int> besideRows;
-    for (const Report::NodeEvent& structure : report.structures) {
-        if (structure.what == static_cast<int>(Structure::kSetterRow)) {
-            besideRows.insert(structure.node);
-        }
-    }
-    for (const Report::SetterEvent& setter : report.setters) {
-        // Most setters read rows below them: only those read as rows themselves are looked into.
-        if (besideRows.count(setter.node) == 0 || findingOf.count(setter.node) > 0) {
-            continue;
-        }
-        const ReportedNode& element = report.node(setter.node);
-        const bool first = std::none_of(besideRows.begin(), besideRows.end(), [&](int row) {
-            return report.node(row).parent == element.parent && report.node(row).line < element.line;
-        });
-        if (!first) {
-            continue;
-        }
-        const size_t rows = std::count_if(besideRows.begin(), besideRows.end(), [&](int row) {
-            return report.node(row).parent == element.parent &&
-                   report.node(row).line >= element.line;
-        });
-        Finding f =
-            finding(report, setter.node, Severity::kWarning,
-                    describe(report, setter.node) + " has no rows of its own: its reading takes " +
-                        std::to_string(rows) + " elements at and after it as its rows");
-        setUndo(&f, undoOf(Undo::Action::kRemove, setter.node));
-        findingOf[setter.node] = out->size();
-        out->push_back(std::move(f));
-    }
-    for (const Report::NodeEvent& skip : report.skips) {
-        const Skip why = static_cast<Skip>(skip.what);
-        // A walk that passes over what another step of the reader read takes nothing away.
-        if (!seen.insert({skip.node, skip.what}).second ||
-            (why != Skip::kNotWalked && findingOf.count(skip.node) > 0) ||
-            (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
-            continue;
-        }
-        if (why == Skip::kNotWalked && findingOf.count(report.node(skip.node).parent) > 0) {
-            Finding& held = (*out)[findingOf[report.node(skip.node).parent]];
-            held.notes.push_back(
-                note(report, skip.node, "so " + describe(report, skip.node) + " is not read"));
-            findingOf[skip.node] = findingOf[report.node(skip.node).parent];
-            continue;
-        }
-        const size_t before = out->size();
-        const std::string what = describe(report, skip.node);
-        const std::string where = parentTag(report, skip.node);
-        const bool isElement = report.node(skip.node).isElement;
-        switch (static_cast<Skip>(skip.what)) {
-            case Skip::kSteppedOver: {
-                std::vector<Note> notes = consequencesUnder(report, report.node(skip.node).parent);
-                Finding f = finding(report, skip.node, Severity::kWarning,
-                                    what + " is the first child of " + where +
-                                        ", which the reader steps over: it is not read");
-                if (isElement) {
-                    f.unmeasured = "no rule undoes an element that the reader steps over";
-                } else {
-                    setUndo(&f, undoOf(Undo::Action::kRemove, skip.node));
-                    // In blank text's place, a comment costs nothing unless measured otherwise.
-                    f.onlyIfEffect = notes.empty();
-                }
-                f.notes = std::move(notes);
-                out->push_back(std::move(f));
-                break;
-            }
-            case Skip::kNotElement: {
-                Finding f = finding(report, skip.node, Severity::kWarning,
-                                    what + " in " + where + " is not read");
-                setUndo(&f, undoOf(Undo::Action::kRemove, skip.node));
-                // Comments are there to be passed over: one is a finding only by its effect.
-                f.onlyIfEffect = report.node(skip.node).isComment;
-                out->push_back(std::move(f));
-                break;
-            }
-            case Skip::kNoSetter:
-            case Skip::kUnknown: {
-                const std::string& name = report.node(skip.node).name;
-                const int lookedAt = missedInclude(report, report.node(skip.node).parent);
-                const bool misplaced = includes.count(name) > 0 && lookedAt >= 0;
-                const std::string best =
-                    misplaced ? ""
-                              : closest(name, why == Skip::kNoSetter ? kSetterNames : structural);
-                Finding f = finding(
-                    report, skip.node, Severity::kWarning,
-                    what + " in " + where + " is not read: " +
-                        (misplaced ? "the reader looks for it at " + describe(report, lookedAt)
-                         : why == Skip::kNoSetter ? "no parameter has this name"
-                                                  : "the reader does not know it") +
-                        didYouMean(best, true));
-                if (misplaced) {
-                    setUndo(&f, undoOf(Undo::Action::kMoveBefore, skip.node, "", "", lookedAt));
-                } else if (!best.empty()) {
-                    setUndo(&f, undoOf(Undo::Action::kRename, skip.node, "", best));
-                } else {
-                    f.unmeasured = "no name the reader knows is close to it";
-                }
-                out->push_back(std::move(f));
-                break;
-            }
-            case Skip::kNotWalked:
-                out->push_back(finding(
-                    report, skip.node, Severity::kWarning,
-                    what + " in " + where + " is not read: no walk of the reader reaches it"));
-                break;
-            case Skip::kAfterCut:
-                // Reported as notes of the tuning that cut the reading.
-                if (std::none_of(report.records.begin(), report.records.end(),
-                                 [](const RecordSnapshot& r) { return r.dropped; })) {
-                    out->push_back(finding(report, skip.node, Severity::kWarning,
-                                           what + " is not read: the reading stopped before it"));
-                }
-                break;
-            case Skip::kEndsList:
-                out->push_back(finding(report, skip.node, Severity::kWarning,
-                                       what + " ends the list of bands in " + where +
-                                           ": the bands after it are not read"));
-                break;
-            case Skip::kVersionRule: {
-                Finding f =
-                    finding(report, skip.node, Severity::kWarning,
-                            what + " is passed over in a file of format version " +
-                                inQuotes(report.formatVersion) + ": its settings do not apply");
-                f.unmeasured = "the file's format version decides it, not an edit here";
-                out->push_back(std::move(f));
-                break;
-            }
-        }
-        if (out->size() > before) {
-            findingOf[skip.node] = before;
-        }
-    }
-}
-
-void LintRules::textRead(const LoadReport& report, std::vector<Finding>* out) {
-    // Attribute names each element name was asked for, for the names to suggest.
-    std::map<std::string, std::set<std::string>> asked;
-    for (const Report::AttributeEvent& attribute : report.attributes) {
-        if (attribute.how != AttributeRead::kIgnored) {
-            asked[report.node(attribute.node).name].insert(attribute.name);
-        }
-    }
-    // (node, attribute) pairs a finding already covers.
-    std::set<std::pair<int, std::string>> covered;
-    const auto keywordNotes = [&report, &covered](int node, std::vector<Note>* notes) {
-        for (const Report::KeywordEvent& keyword : report.keywords) {
-            if (keyword.node == node && !keyword.recognised) {
-                covered.insert({node, keyword.attribute});
-                notes->push_back(note(report, node,
-                                      "its " + keyword.attribute + " " + inQuotes(keyword.text) +
-                                          " is read as " + std::to_string(keyword.value)));
-            }
-        }
-    };
-    for (const Report::AttributeEvent& attribute : report.attributes) {
-        const std::string element = describe(report, attribute.node);
-        if (attribute.how == AttributeRead::kIgnored) {
-            const std::string best =
-                closest(attribute.name, asked[report.node(attribute.node).name]);
-            Finding f = finding(report, attribute.node, Severity::kWarning,
-                                "attribute " + inQuotes(attribute.name) + " of " + element +
-                                    " is not read" + didYouMean(best, false));
-            if (!best.empty()) {
-                setUndo(&f, undoOf(Undo::Action::kRename, attribute.node, attribute.name, best));
-            } else {
-                f.unmeasured = "no attribute name the reader asks for is close to it";
-            }
-            for (const Report::AttributeEvent& missing : report.attributes) {
-                if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
-                    covered.insert({missing.node, missing.name});
-                    f.notes.push_back(note(
-                        report, missing.node,
-                        element + " has no " + inQuotes(missing.name) + ": it is read as empty"));
-                }
-            }
-            keywordNotes(attribute.node, &f.notes);
-            out->push_back(std::move(f));
-        }
-    }
-    // An absent attribute matters where its empty text became a number or a word.
-    for (const Report::AttributeEvent& attribute : report.attributes) {
-        if (attribute.how != AttributeRead::kMissing ||
-            covered.count({attribute.node, attribute.name}) > 0) {
-            continue;
-        }
-        std::string readAs;
-        for (const Report::NumberEvent& number : report.numbers) {
-            if (number.node == attribute.node && number.attribute == attribute.name) {
-                readAs = number.isList ? NumberText::bracketed(number.values)
-                                       : std::to_string(number.values[0]);
-            }
-        }
-        for (const Report::KeywordEvent& keyword : report.keywords) {
-            if (keyword.node == attribute.node && keyword.attribute == attribute.name &&
-                !keyword.recognised) {
-                readAs = std::to_string(keyword.value);
-            }
-        }
-        if (!readAs.empty()) {
-            covered.insert({attribute.node, attribute.name});
-            Finding f = finding(report, attribute.node, Severity::kWarning,
-                                describe(report, attribute.node) + " has no " + attribute.name +
-                                    " attribute: read as " + readAs);
-            f.unmeasured = "nothing in the file to undo: the attribute is absent";
-            keywordNotes(attribute.node, &f.notes);
-            out->push_back(std::move(f));
-        }
-    }
-    // The words this load read as numbers ("true"), by attribute name.
-    std::map<std::string, std::set<std::string>> words;
-    for (const Report::NumberEvent& number : report.numbers) {
-        if (number.how == NumberRead::kWord) {
-            words[number.attribute].insert(number.text);
-        }
-    }
-    for (const Report::NumberEvent& number : report.numbers) {
-        if (number.how == NumberRead::kWhole || number.how == NumberRead::kWord ||
-            !covered.insert({number.node, number.attribute}).second) {
-            continue;
-        }
-        const std::string what =
-            describe(report, number.node) + " " + number.attribute + " " + inQuotes(number.text);
-        const std::string readAs =
-            number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
-        const char* how = number.isList                        ? " is not a list of whole numbers"
-                          : number.how == NumberRead::kClamped ? " is out of the int range"
-                          : number.how == NumberRead::kNone    ? " has no digits"
-                                                               : " is not a whole number";
-        Finding f =
-            finding(report, number.node, Severity::kWarning, what + how + ": read as " + readAs);
-        const std::string best = number.how == NumberRead::kNone
-                                     ? closest(number.text, words[number.attribute], true)
-                                     : "";
-        if (!best.empty()) {
-            setUndo(&f, undoOf(Undo::Action::kReplace, number.node, number.attribute, best));
-        } else {
-            f.unmeasured = "no rule undoes a number that is read otherwise than written";
-        }
-        out->push_back(std::move(f));
-    }
-    // The words the reader knew in this load, by element and attribute name, and the library's
-    // names of endpoints and ports, which these words name.
-    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
-    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
-    std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
-    for (const Report::KeywordEvent& keyword : report.keywords) {
-        if (keyword.recognised) {
-            known[{report.node(keyword.node).name, keyword.attribute}].insert(keyword.text);
-        }
-    }
-    for (const Report::KeywordEvent& keyword : report.keywords) {
-        if (!keyword.recognised && covered.insert({keyword.node, keyword.attribute}).second) {
-            std::vector<Note> notes;
-            const int record = report.recordOfNode(keyword.node);
-            if (record >= 0) {
-                notes.push_back(recordNote(report, record, "is made of it"));
-            }
-            Finding f =
-                finding(report, keyword.node, Severity::kWarning,
-                        describe(report, keyword.node) + " " + keyword.attribute + " " +
-                            inQuotes(keyword.text) + " is not a word the reader knows: read as " +
-                            std::to_string(keyword.value));
-            f.notes = std::move(notes);
-            std::set<std::string> words = known[{report.node(keyword.node).name, keyword.attribute}];
-            words.insert(libraryWords.begin(), libraryWords.end());
-            const std::string best = closest(keyword.text, words, true);
-            if (!best.empty()) {
-                setUndo(&f, undoOf(Undo::Action::kReplace, keyword.node, keyword.attribute, best));
-            } else {
-                f.unmeasured = "no word this load read there is close to it";
-            }
-            out->push_back(std::move(f));
-        }
-    }
-}
-
-void LintRules::valuesChanged(const LoadReport& report, std::vector<Finding>* out) {
-    // The last value each record's parameter got from an element, by value event.
-    std::map<std::pair<int, Parameter>, size_t> fromFile;
-    for (size_t i = 0; i < report.values.size(); i++) {
-        const Report::ValueEvent& value = report.values[i];
-        const RecordSnapshot& record = report.records[value.record];
-        const std::string name = kParameterNames[value.parameter];
-        const std::string element = describe(report, value.node);
-        const auto key = std::make_pair(value.record, value.parameter);
-        auto earlier = fromFile.find(key);
-        if (value.source == ValueSource::kFile) {
-            if (record.validParams.count(value.parameter) == 0) {
-                out->push_back(finding(report, value.node, Severity::kWarning,
-                                       element + " sets " + name + ", which a " +
-                                           kindName(record.kind) +
-                                           " does not use: it is ignored here"));
-            } else if (earlier != fromFile.end() &&
-                       report.values[earlier->second].node != value.node) {
-                out->push_back(
-                    finding(report, value.node, Severity::kWarning,
-                            element + " sets " + name + " again: the value at line " +
-                                lineText(lineOf(report, report.values[earlier->second].node)) +
-                                " is replaced"));
-            }
-            fromFile[key] = i;
-            continue;
-        }
-        const bool versionRule = value.source == ValueSource::kVersion32 ||
-                                 value.source == ValueSource::kVersion322 ||
-                                 value.source == ValueSource::kBefore34;
-        if (versionRule && earlier != fromFile.end() &&
-            report.values[earlier->second].values != value.values) {
-            const Report::ValueEvent& written = report.values[earlier->second];
-            out->push_back(
-                finding(report, written.node, Severity::kWarning,
-                        name + " " + NumberText::bracketed(written.values) +
-                            " written here is replaced by " + NumberText::bracketed(value.values) +
-                            (report.formatVersion.empty()
-                                 ? std::string(" (the file has no format version)")
-                                 : " by the rules of format version " + report.formatVersion)));
-        }
-    }
-    emptyEntries(report, out);
-}
-
-void LintRules::emptyEntries(const LoadReport& report, std::vector<Finding>* out) {
-    // The parameters each translation read as empty lists: they are reported just before it.
-    std::map<size_t, std::vector<Parameter>> absent;
-    for (const Report::ValueEvent& value : report.values) {
-        if (value.source == ValueSource::kTranslatorEmpty) {
-            absent[value.nextTranslated].push_back(value.parameter);
-        }
-    }
-    // One finding per record and empty entry code, with a note for each blob it is in.
-    std::map<std::pair<int, std::string>, size_t> made;
-    for (const auto& [index, parameters] : absent) {
-        if (index >= report.translated.size()) {
-            continue;
-        }
-        const Report::TranslatedEvent& event = report.translated[index];
-        if (event.blob < 0 || report.blobs[event.blob].fate == BlobFate::kDropped) {
-            continue;
-        }
-        const RecordSnapshot& record = report.records[event.record];
-        std::string names;
-        for (Parameter parameter : parameters) {
-            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[parameter]);
-        }
-        for (const BlobEntry& entry : entriesOf(report, event)) {
-            if (!entry.values.empty()) {
-                continue;
-            }
-            const std::string code = BlobDecoder::codeText(entry.code);
-            auto [at, isNew] = made.emplace(std::make_pair(event.record, code), out->size());
-            if (isNew) {
-                out->push_back(finding(report, record.node, Severity::kWarning,
-                                       record.title() + " has no " + names + ": the effect gets " +
-                                           inQuotes(code) + " with no values"));
-            }
-            (*out)[at->second].notes.push_back(
-                note(report, record.node,
-                     "for " + BlobDecoder::deviceName(entry.deviceId) + " in " +
-                         blobTitle(report.blobs[event.blob])));
-        }
-    }
-}
-
-void LintRules::loaded(const LoadReport& report, std::vector<Finding>* out) {
-    const FileLine root = rootLine(report);
-    if (std::none_of(report.structures.begin(), report.structures.end(),
-                     [](const Report::NodeEvent& s) {
-                         return s.what == static_cast<int>(Structure::kFormatVersion);
-                     })) {
-        out->emplace_back(root, Severity::kWarning,
-                          "no <format_version>: the file is read by the rules of formats before "
-                          "3.4, whose defaults replace values it writes");
-    }
-    for (const RecordSnapshot& record : report.records) {
-        if (record.dropped) {
-            Finding f =
-                finding(report, record.node, Severity::kError,
-                        record.title() + " has no data element: the reader drops it and stops");
-            f.notes = cutElements(report);
-            out->push_back(std::move(f));
-        }
-    }
-    std::set<std::pair<MissingPartner, std::pair<int, int>>> partners;
-    for (const Report::PartnerEvent& partner : report.partnersMissing) {
-        // The loader meets a record once per blob it goes into.
-        if (!partners.insert({partner.what, {partner.record, partner.binding.node}}).second) {
-            continue;
-        }
-        const RecordSnapshot* record =
-            partner.record >= 0 ? &report.records[partner.record] : nullptr;
-        const int node = record != nullptr ? record->node : partner.binding.node;
-        const std::string title = record != nullptr ? record->title() : "";
-        const std::string device = "tuning device " + inQuotes(partner.binding.device);
-        switch (partner.what) {
-            case MissingPartner::kGeqPreset:
-                out->push_back(finding(report, node, Severity::kWarning,
-                                       title + " has no GEQ preset: its blob carries no graphic "
-                                               "EQ and the persisted user gains are not restored "
-                                               "for it"));
-                break;
-            case MissingPartner::kIeqPreset: {
-                Finding f =
-                    finding(report, node, Severity::kWarning,
-                            title + " selects IEQ preset " +
-                                std::to_string(record != nullptr ? record->selectedIeqPreset : 0) +
-                                ", which the file does not define");
-                // The reference is the attribute its include was read from.
-                for (const Report::NodeEvent& include : report.structures) {
-                    if (include.what != static_cast<int>(Structure::kInclude) ||
-                        report.node(include.node).parent != node) {
-                        continue;
-                    }
-                    for (const std::string& name : readAttributes(report, include.node, "")) {
-                        setUndo(&f, undoOf(Undo::Action::kRemoveAttribute, include.node, name));
-                        f.at = lineOf(report, include.node);
-                    }
-                }
-                if (!f.hasUndo) {
-                    f.unmeasured = "the load reported no attribute that makes the reference";
-                }
-                out->push_back(std::move(f));
-                break;
-            }
-            case MissingPartner::kEndpointOther:
-                out->push_back(finding(report, node, Severity::kWarning,
-                                       title + ": nothing of this endpoint reaches the effect"));
-                break;
-            case MissingPartner::kTuning: {
-                Finding f = finding(report, node, Severity::kError,
-                                    device + " names tuning " + inQuotes(partner.binding.tuning) +
-                                        ", which is not kept: the device gets no blob");
-                for (const std::string& name :
-                     readAttributes(report, node, partner.binding.tuning)) {
-                    setUndo(&f, undoOf(Undo::Action::kRemoveAttribute, node, name));
-                }
-                out->push_back(std::move(f));
-                break;
-            }
-            case MissingPartner::kPortDevice:
-                out->push_back(finding(report, node, Severity::kError,
-                                       "endpoint_port " + inQuotes(partner.binding.port) + " of " +
-                                           device +
-                                           " has no output device: its entries are "
-                                           "filed for device 0, which no output matches"));
-                break;
-        }
-    }
-    const int speaker = report.speakerTuning;
-    for (LoaderDefault what : report.loaderDefaults) {
-        const int node = speaker >= 0 ? report.records[speaker].node : -1;
-        const std::string title =
-            speaker >= 0 ? report.records[speaker].title() : std::string("the speaker's tuning");
-        Finding f = finding(report, node, Severity::kWarning,
-                            what == LoaderDefault::kMixMatrix
-                                ? title +
-                                      " has no mix matrix (<output-mode>): every speaker "
-                                      "endpoint of every profile gets the default one"
-                                : title +
-                                      " has no <virtual-bass-mode>: every profile endpoint "
-                                      "gets the default vb mode");
-        if (node < 0) {
-            f.at = root;
-        }
-        out->push_back(std::move(f));
-    }
-    for (const auto& [port, device] : report.defaultSelectionsMissing) {
-        const bool isSpeaker = port == DEVICE_INTERNAL_SPEAKER;
-        out->emplace_back(root, Severity::kError,
-                          "default tuning device " + inQuotes(device) + " for port " +
-                              (port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port]
-                                                                      : std::to_string(port)) +
-                              " is missing" +
-                              (isSpeaker ? " (bind the speaker's tuning with <device_id id=\"\" "
-                                           "endpoint_port=\"internal_speaker\"/>)"
-                                         : "") +
-                              ": the store disables every tuning");
-    }
-    // A blob dropped or replaced: say which records went into the one that is kept.
-    for (size_t b = 0; b < report.blobs.size(); b++) {
-        const Report::Blob& blob = report.blobs[b];
-        if (blob.fate == BlobFate::kStored) {
-            continue;
-        }
-        int record = -1;
-        for (const Report::TranslatedEvent& event : report.translated) {
-            if (event.blob == static_cast<int>(b) && record < 0 &&
-                report.records[event.record].kind ==
-                    (blob.isTuning ? RecordKind::kTuning : RecordKind::kProfile)) {
-                record = event.record;
-            }
-        }
-        if (record < 0) {
-            continue;
-        }
-        const RecordSnapshot& snapshot = report.records[record];
-        Finding f = finding(
-            report, snapshot.node, Severity::kWarning,
-            blob.fate == BlobFate::kDropped
-                ? "profile id " + std::to_string(blob.profileId) +
-                      " is used again: the blob built for " + snapshot.title() +
-                      " is dropped; the blob of the first profile of the id is kept, and the "
-                      "endpoints of both go into it"
-                : snapshot.title() + " replaces the blob of " + inQuotes(blob.device) +
-                      " that an earlier tuning made");
-        for (size_t k = 0; k < report.blobs.size(); k++) {
-            const Report::Blob& kept = report.blobs[k];
-            if (kept.fate != BlobFate::kStored || kept.isTuning != blob.isTuning ||
-                kept.profileId != blob.profileId || kept.device != blob.device) {
-                continue;
-            }
-            const DecodedBlob decoded = BlobDecoder::decode(kept.words);
-            std::map<std::pair<int, int>, int> sent;
-            // Each profile or endpoint record's entries in the kept blob, first to last.
-            std::vector<std::pair<int, std::pair<int, int>>> ranges;
-            for (const Report::TranslatedEvent& event : report.translated) {
-                const RecordKind kind = report.records[event.record].kind;
-                if (event.blob != static_cast<int>(k) || event.endEntry <= event.firstEntry ||
-                    (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
-                    continue;
-                }
-                if (!ranges.empty() && ranges.back().first == event.record) {
-                    ranges.back().second.second = event.endEntry;
-                } else {
-                    ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
-                }
-            }
-            for (const auto& [record, range] : ranges) {
-                f.notes.push_back(recordNote(report, record,
-                                             "goes into the kept " + blobTitle(kept) +
-                                                 " as entries " + std::to_string(range.first + 1) +
-                                                 "-" + std::to_string(range.second)));
-            }
-            std::string twice;
-            for (const BlobEntry& entry : decoded.entries) {
-                if (++sent[{entry.deviceId, entry.code}] == 2) {
-                    twice += (twice.empty() ? "" : ", ") + BlobDecoder::deviceName(entry.deviceId) +
-                             " " + inQuotes(BlobDecoder::codeText(entry.code));
-                }
-            }
-            if (!twice.empty()) {
-                f.notes.push_back(note(report, snapshot.node,
-                                       "the kept blob sends these more than once: " + twice));
-            }
-            f.notes.push_back(note(report, snapshot.node,
-                                   "the kept " + blobTitle(kept) + " has " +
-                                       std::to_string(decoded.entries.size()) + " entries"));
-        }
-        out->push_back(std::move(f));
-    }
-}
-
-void LintRules::presetBands(const LoadReport& report, std::vector<Finding>* out) {
-    const auto count = [](const RecordSnapshot& record, Parameter parameter) {
-        auto found = record.values.find(parameter);
-        return found != record.values.end() ? found->second.size() : 0;
-    };
-    const RecordSnapshot* first = nullptr;
-    for (const RecordSnapshot* preset : report.ofKind(RecordKind::kIeqPreset)) {
-        const size_t frequencies = count(*preset, IEQ_FREQUENCY);
-        const size_t targets = count(*preset, IEQ_TARGET);
-        const std::string title = preset->title();
-        if (frequencies != targets) {
-            out->push_back(finding(report, preset->node, Severity::kWarning,
-                                   title + " has " + std::to_string(frequencies) +
-                                       " band frequencies but " + std::to_string(targets) +
-                                       " targets: the effect reads the curve out of step"));
-        }
-        // Every preset describes the same bands: one of another length is likely cut short.
-        if (first == nullptr) {
-            first = preset;
-        } else if (frequencies != count(*first, IEQ_FREQUENCY)) {
-            Finding f = finding(report, preset->node, Severity::kWarning,
-                                title + " has " + std::to_string(frequencies) + " bands, but " +
-                                    first->title() + " has " +
-                                    std::to_string(count(*first, IEQ_FREQUENCY)));
-            f.notes.push_back(note(report, first->node, first->title() + " is here"));
-            out->push_back(std::move(f));
-        }
-    }
-    // The cache sends the graphic EQ only as one "gebs" of band count, 20 frequencies and 20
-    // gains.
-    constexpr size_t kGebsValues = 41;
-    for (const Report::TranslatedEvent& event : report.translated) {
-        const RecordSnapshot& record = report.records[event.record];
-        if (record.kind != RecordKind::kGeqPreset || event.blob < 0 ||
-            report.blobs[event.blob].fate != BlobFate::kStored) {
-            continue;
-        }
-        for (const BlobEntry& entry : entriesOf(report, event)) {
-            if (BlobDecoder::codeText(entry.code) == "gebs" && entry.values.size() != kGebsValues) {
-                out->push_back(finding(report, record.node, Severity::kWarning,
-                                       record.title() + " makes a \"gebs\" of " +
-                                           std::to_string(entry.values.size()) +
-                                           " values: the effect gets \"gebs\" only with 41 (20 "
-                                           "bands), so this graphic EQ never reaches it"));
-            }
-        }
-    }
 }
 
 }  // namespace korva::tool

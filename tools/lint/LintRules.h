@@ -5,8 +5,8 @@
 
 #include <vector>
 
-#include "tools/lint/Finding.h"
 #include "tools/LoadReport.h"
+#include "tools/lint/Finding.h"
 
 namespace korva::tool {
 
@@ -21,19 +21,6 @@ public:
 
     // Every rule's findings, ordered by line.
     static std::vector<Finding> run(const LoadReport& report);
-
-    // Elements, records and blobs the library passed over, cut short or dropped.
-    static void passedOver(const LoadReport& report, std::vector<Finding>* out);
-    // Attributes, numbers and words read otherwise than written.
-    static void textRead(const LoadReport& report, std::vector<Finding>* out);
-    // Values written twice, not used by their record, replaced by a rule or sent empty.
-    static void valuesChanged(const LoadReport& report, std::vector<Finding>* out);
-    // Entries the effect gets with no values, because their record lacks a parameter.
-    static void emptyEntries(const LoadReport& report, std::vector<Finding>* out);
-    // Records whose partner is missing, loader defaults and blobs one id or name files twice.
-    static void loaded(const LoadReport& report, std::vector<Finding>* out);
-    // Presets whose band lists disagree.
-    static void presetBands(const LoadReport& report, std::vector<Finding>* out);
 };
 
 }  // namespace korva::tool
