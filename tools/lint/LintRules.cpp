@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "reader/SetterCollection.h"
@@ -22,6 +23,24 @@ using Action = Undo::Action;
 
 std::string inQuotes(const std::string& text) {
     return "\"" + text + "\"";
+}
+
+// The parts, numbers as decimals, as one text.
+template <typename... Parts>
+std::string cat(const Parts&... parts) {
+    std::ostringstream out;
+    (out << ... << parts);
+    return out.str();
+}
+
+// Undoes the cause by edit when a name or word close to the written one was found, else says why
+// it is not undone.
+void undoBy(Finding& finding, const std::string& best, const Undo& edit, const char* why) {
+    if (!best.empty()) {
+        finding.undo = edit;
+    } else {
+        finding.unmeasured = why;
+    }
 }
 
 std::string tag(const std::string& name) {
@@ -239,8 +258,8 @@ void Linter::passedOver() {
         const std::string what = describe(lookup.node);
         if (!lookup.found && !mReport.node(lookup.node).isElement && what != "blank text" &&
             findingOf.count(lookup.node) == 0) {
-            held(lookup.node, what + " is where the reader looks for " + parentTag(lookup.node) +
-                                  "'s <include>: it finds none")
+            held(lookup.node, cat(what, " is where the reader looks for ", parentTag(lookup.node),
+                                  "'s <include>: it finds none"))
                 .undo = Undo{Action::kRemove, lookup.node};
         }
     }
@@ -261,8 +280,9 @@ void Linter::passedOver() {
             }
         }
         if (first) {
-            held(setter.node, describe(setter.node) + " has no rows of its own: its reading takes " +
-                                  std::to_string(rows) + " elements at and after it as its rows")
+            held(setter.node,
+                 cat(describe(setter.node), " has no rows of its own: its reading takes ", rows,
+                     " elements at and after it as its rows"))
                 .undo = Undo{Action::kRemove, setter.node};
         }
     }
@@ -333,13 +353,10 @@ void Linter::passedOver() {
                                     : why == Skip::kNoSetter ? "no parameter has this name"
                                                              : "the reader does not know it") +
                                    didYouMean(best, true));
-                if (misplaced) {
-                    f.undo = Undo{Action::kMoveBefore, skip.node, "", "", lookedAt};
-                } else if (!best.empty()) {
-                    f.undo = Undo{Action::kRename, skip.node, "", best};
-                } else {
-                    f.unmeasured = "no name the reader knows is close to it";
-                }
+                undoBy(f, misplaced ? "include" : best,
+                       misplaced ? Undo(Action::kMoveBefore, skip.node, "", "", lookedAt)
+                                 : Undo(Action::kRename, skip.node, "", best),
+                       "no name the reader knows is close to it");
                 break;
             }
             case Skip::kNotWalked:
@@ -392,11 +409,8 @@ void Linter::textRead() {
         const std::string best = closest(attribute.name, asked[mReport.node(attribute.node).name]);
         Finding& f = add(attribute.node, "attribute " + inQuotes(attribute.name) + " of " +
                                              element + " is not read" + didYouMean(best, false));
-        if (!best.empty()) {
-            f.undo = Undo{Action::kRename, attribute.node, attribute.name, best};
-        } else {
-            f.unmeasured = "no attribute name the reader asks for is close to it";
-        }
+        undoBy(f, best, {Action::kRename, attribute.node, attribute.name, best},
+               "no attribute name the reader asks for is close to it");
         for (const Report::AttributeEvent& missing : mReport.attributes) {
             if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
                 covered.insert({missing.node, missing.name});
@@ -454,11 +468,8 @@ void Linter::textRead() {
         const std::string best = number.how == NumberRead::kNone
                                      ? closest(number.text, words[number.attribute], true)
                                      : "";
-        if (!best.empty()) {
-            f.undo = Undo{Action::kReplace, number.node, number.attribute, best};
-        } else {
-            f.unmeasured = "no rule undoes a number that is read otherwise than written";
-        }
+        undoBy(f, best, {Action::kReplace, number.node, number.attribute, best},
+               "no rule undoes a number that is read otherwise than written");
     }
     // The words the reader knew in this load, by element and attribute name, and the library's
     // names of endpoints and ports, which these words name.
@@ -487,11 +498,8 @@ void Linter::textRead() {
             known[{mReport.node(keyword.node).name, keyword.attribute}];
         candidates.insert(libraryWords.begin(), libraryWords.end());
         const std::string best = closest(keyword.text, candidates, true);
-        if (!best.empty()) {
-            f.undo = Undo{Action::kReplace, keyword.node, keyword.attribute, best};
-        } else {
-            f.unmeasured = "no word this load read there is close to it";
-        }
+        undoBy(f, best, {Action::kReplace, keyword.node, keyword.attribute, best},
+               "no word this load read there is close to it");
     }
 }
 
@@ -617,10 +625,9 @@ void Linter::loaded() {
                               "persisted user gains are not restored for it");
                 break;
             case MissingPartner::kIeqPreset: {
-                Finding& f = add(
-                    node, title + " selects IEQ preset " +
-                              std::to_string(record != nullptr ? record->selectedIeqPreset : 0) +
-                              ", which the file does not define");
+                Finding& f = add(node, cat(title, " selects IEQ preset ",
+                                           record != nullptr ? record->selectedIeqPreset : 0,
+                                           ", which the file does not define"));
                 // The reference is the attribute its include was read from.
                 for (const Report::NodeEvent& include : mReport.structures) {
                     if (include.what == static_cast<int>(Structure::kInclude) &&
@@ -631,9 +638,8 @@ void Linter::loaded() {
                         }
                     }
                 }
-                if (!f.undo) {
-                    f.unmeasured = "the load reported no attribute that makes the reference";
-                }
+                f.unmeasured =
+                    f.undo ? "" : "the load reported no attribute that makes the reference";
                 break;
             }
             case MissingPartner::kEndpointOther:
@@ -671,16 +677,14 @@ void Linter::loaded() {
                                   "gets the default vb mode"));
     }
     for (const auto& [port, device] : mReport.defaultSelectionsMissing) {
+        const std::string named =
+            port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port] : cat(port);
         add(root,
-            "default tuning device " + inQuotes(device) + " for port " +
-                (port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port]
-                                                        : std::to_string(port)) +
-                " is missing" +
-                (port == DEVICE_INTERNAL_SPEAKER
-                     ? " (bind the speaker's tuning with <device_id id=\"\" "
-                       "endpoint_port=\"internal_speaker\"/>)"
-                     : "") +
-                ": the store disables every tuning",
+            cat("default tuning device ", inQuotes(device), " for port ", named, " is missing",
+                port == DEVICE_INTERNAL_SPEAKER ? " (bind the speaker's tuning with <device_id "
+                                                  "id=\"\" endpoint_port=\"internal_speaker\"/>)"
+                                                : "",
+                ": the store disables every tuning"),
             Severity::kError);
     }
     // A blob dropped or replaced: say which records went into the one that is kept.
@@ -698,57 +702,55 @@ void Linter::loaded() {
         const RecordSnapshot& snapshot = mReport.records[made->record];
         Finding& f =
             add(snapshot.node, blob.fate == BlobFate::kDropped
-                                   ? "profile id " + std::to_string(blob.profileId) +
-                                         " is used again: the blob built for " + snapshot.title() +
-                                         " is dropped; the blob of the first "
-                                         "profile of the id is kept, and the "
-                                         "endpoints of both go into it"
+                                   ? cat("profile id ", blob.profileId,
+                                         " is used again: the blob built for ", snapshot.title(),
+                                         " is dropped; the blob of the first profile of the id is "
+                                         "kept, and the endpoints of both go into it")
                                    : snapshot.title() + " replaces the blob of " +
                                          inQuotes(blob.device) + " that an earlier tuning made");
-        for (size_t k = 0; k < mReport.blobs.size(); k++) {
-            const Report::Blob& kept = mReport.blobs[k];
-            if (kept.fate != BlobFate::kStored || kept.isTuning != blob.isTuning ||
-                kept.profileId != blob.profileId || kept.device != blob.device) {
+        const auto kept = std::find_if(mReport.blobs.begin(), mReport.blobs.end(), [&](auto& k) {
+            return k.fate == BlobFate::kStored && k.isTuning == blob.isTuning &&
+                   k.profileId == blob.profileId && k.device == blob.device;
+        });
+        if (kept == mReport.blobs.end()) {
+            continue;
+        }
+        const int keptIndex = static_cast<int>(kept - mReport.blobs.begin());
+        // Each profile or endpoint record's entries in the kept blob, first to last.
+        std::vector<std::pair<int, std::pair<int, int>>> ranges;
+        for (const Report::TranslatedEvent& event : mReport.translated) {
+            const RecordKind kind = mReport.records[event.record].kind;
+            if (event.blob != keptIndex || event.endEntry <= event.firstEntry ||
+                (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
                 continue;
             }
-            // Each profile or endpoint record's entries in the kept blob, first to last.
-            std::vector<std::pair<int, std::pair<int, int>>> ranges;
-            for (const Report::TranslatedEvent& event : mReport.translated) {
-                const RecordKind kind = mReport.records[event.record].kind;
-                if (event.blob != static_cast<int>(k) || event.endEntry <= event.firstEntry ||
-                    (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
-                    continue;
-                }
-                if (!ranges.empty() && ranges.back().first == event.record) {
-                    ranges.back().second.second = event.endEntry;
-                } else {
-                    ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
-                }
+            if (!ranges.empty() && ranges.back().first == event.record) {
+                ranges.back().second.second = event.endEntry;
+            } else {
+                ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
             }
-            for (const auto& [record, range] : ranges) {
-                const RecordSnapshot& into = mReport.records[record];
-                f.notes.push_back(note(into.node, into.title() + " goes into the kept " +
-                                                      blobTitle(kept) + " as entries " +
-                                                      std::to_string(range.first + 1) + "-" +
-                                                      std::to_string(range.second)));
-            }
-            const DecodedBlob decoded = BlobDecoder::decode(kept.words);
-            std::map<std::pair<int, int>, int> sent;
-            std::string twice;
-            for (const BlobEntry& entry : decoded.entries) {
-                if (++sent[{entry.deviceId, entry.code}] == 2) {
-                    twice += (twice.empty() ? "" : ", ") + BlobDecoder::deviceName(entry.deviceId) +
-                             " " + inQuotes(BlobDecoder::codeText(entry.code));
-                }
-            }
-            if (!twice.empty()) {
-                f.notes.push_back(
-                    note(snapshot.node, "the kept blob sends these more than once: " + twice));
-            }
-            f.notes.push_back(note(snapshot.node, "the kept " + blobTitle(kept) + " has " +
-                                                      std::to_string(decoded.entries.size()) +
-                                                      " entries"));
         }
+        for (const auto& [record, range] : ranges) {
+            const RecordSnapshot& into = mReport.records[record];
+            f.notes.push_back(
+                note(into.node, cat(into.title(), " goes into the kept ", blobTitle(*kept),
+                                    " as entries ", range.first + 1, "-", range.second)));
+        }
+        const DecodedBlob decoded = BlobDecoder::decode(kept->words);
+        std::map<std::pair<int, int>, int> sent;
+        std::string twice;
+        for (const BlobEntry& entry : decoded.entries) {
+            if (++sent[{entry.deviceId, entry.code}] == 2) {
+                twice += cat(twice.empty() ? "" : ", ", BlobDecoder::deviceName(entry.deviceId),
+                             " ", inQuotes(BlobDecoder::codeText(entry.code)));
+            }
+        }
+        if (!twice.empty()) {
+            f.notes.push_back(
+                note(snapshot.node, "the kept blob sends these more than once: " + twice));
+        }
+        f.notes.push_back(note(snapshot.node, cat("the kept ", blobTitle(*kept), " has ",
+                                                  decoded.entries.size(), " entries")));
     }
 }
 
@@ -784,16 +786,14 @@ void Linter::presetBands() {
         const size_t frequencies = count(preset, IEQ_FREQUENCY);
         const size_t targets = count(preset, IEQ_TARGET);
         if (frequencies != targets) {
-            add(preset->node, preset->title() + " has " + std::to_string(frequencies) +
-                                  " band frequencies but " + std::to_string(targets) +
-                                  " targets: the effect reads the curve out of step");
+            add(preset->node, cat(preset->title(), " has ", frequencies, " band frequencies but ",
+                                  targets, " targets: the effect reads the curve out of step"));
         }
         // Every preset describes the same bands: one of another length is likely cut short.
         first = first != nullptr ? first : preset;
         if (frequencies != count(first, IEQ_FREQUENCY)) {
-            add(preset->node, preset->title() + " has " + std::to_string(frequencies) +
-                                  " bands, but " + first->title() + " has " +
-                                  std::to_string(count(first, IEQ_FREQUENCY)))
+            add(preset->node, cat(preset->title(), " has ", frequencies, " bands, but ",
+                                  first->title(), " has ", count(first, IEQ_FREQUENCY)))
                 .notes.push_back(note(first->node, first->title() + " is here"));
         }
     }
@@ -806,11 +806,9 @@ void Linter::presetBands() {
         for (const BlobEntry& entry : entriesOf(event)) {
             if (entry.code == vexParameterCode(GEBS) &&
                 entry.values.size() != static_cast<size_t>(kGeqWords)) {
-                add(record.node, record.title() + " makes a \"gebs\" of " +
-                                     std::to_string(entry.values.size()) +
-                                     " values: the effect gets \"gebs\" only with " +
-                                     std::to_string(kGeqWords) + " (" + std::to_string(kGeqBands) +
-                                     " bands), so this graphic EQ never reaches it");
+                add(record.node, cat(record.title(), " makes a \"gebs\" of ", entry.values.size(),
+                                     " values: the effect gets \"gebs\" only with ", kGeqWords, " (",
+                                     kGeqBands, " bands), so this graphic EQ never reaches it"));
             }
         }
     }
