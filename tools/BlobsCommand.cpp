@@ -30,6 +30,7 @@ struct NamedBlob {
     std::string tuning;
     std::vector<int> words;
     std::vector<EntrySource> sources;  // one per entry
+    bool same;                         // known to the reader: written as its identity only
 };
 
 const char* kindName(BlobKind kind) {
@@ -49,7 +50,8 @@ std::vector<NamedBlob> builtinBlobs() {
     const auto table = [](int id, const char* name, const int* words, size_t count) {
         std::vector<int> list(words, words + count);
         std::vector<EntrySource> sources = EntryProvenance::ofBuiltin(name, list);
-        return NamedBlob{BlobKind::kBuiltin, id, name, "", "", std::move(list), std::move(sources)};
+        return NamedBlob{BlobKind::kBuiltin, id,   name, "", "", std::move(list),
+                         std::move(sources), false};
     };
     return {
         table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
@@ -93,10 +95,19 @@ Json storeState(SpatializerParamArray& store) {
 
 // The blobs the store built from the file, per profile id then per tuning device, named after
 // the records the load put into the blob it kept.
-void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs, Json* state) {
+Json identityJson(const NamedBlob& blob);
+
+void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs, Json* state,
+               const BlobsCommand::Known& known = nullptr) {
     SpatializerParamArray& store = session.store();
     const LoadReport& report = session.report();
     const EntryProvenance provenance(report);
+    // The sources of a blob the reader does not know already.
+    const auto sourced = [&](NamedBlob named, size_t i) {
+        named.same = known != nullptr && known(identityJson(named), named.words);
+        named.sources = named.same ? std::vector<EntrySource>() : provenance.ofBlob(i);
+        return named;
+    };
     std::vector<NamedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
@@ -105,9 +116,15 @@ void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs, Json*
         }
         if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
             const RecordSnapshot* profile = blobRecord(report, i, RecordKind::kProfile);
-            blobs->push_back({BlobKind::kProfile, blob.profileId,
-                              profile != nullptr ? profile->name : "", "", "",
-                              store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)});
+            blobs->push_back(sourced({BlobKind::kProfile,
+                                      blob.profileId,
+                                      profile != nullptr ? profile->name : "",
+                                      "",
+                                      "",
+                                      store.getXMLProfileParams(blob.profileId),
+                                      {},
+                                      false},
+                                     i));
             continue;
         }
         const RecordSnapshot* tuning = blobRecord(report, i, RecordKind::kTuning);
@@ -119,13 +136,15 @@ void fileBlobs(const StoreSession& session, std::vector<NamedBlob>* blobs, Json*
             port = binding.device == blob.device && binding.tuning == tuning->name ? binding.port
                                                                                    : port;
         }
-        NamedBlob named{BlobKind::kTuningDevice,
-                        0,
-                        blob.device,
-                        port,
-                        tuning->name,
-                        store.getXMLTuningParams(blob.device),
-                        provenance.ofBlob(i)};
+        const NamedBlob named = sourced({BlobKind::kTuningDevice,
+                                         0,
+                                         blob.device,
+                                         port,
+                                         tuning->name,
+                                         store.getXMLTuningParams(blob.device),
+                                         {},
+                                         false},
+                                        i);
         // A later blob of the same device replaced this one.
         auto same = std::find_if(devices.begin(), devices.end(),
                                  [&blob](const NamedBlob& d) { return d.name == blob.device; });
@@ -169,8 +188,26 @@ Json briefSource(const EntrySource& source) {
             {"parameters", Json::array({{{"steps", Json::array({{{"elements", rows}}})}}})}};
 }
 
+Json identityJson(const NamedBlob& blob) {
+    Json json = {{"kind", kindName(blob.kind)}};
+    if (blob.kind == BlobKind::kTuningDevice) {
+        json["name"] = blob.name;
+        json["port"] = blob.port;
+        json["tuning"] = blob.tuning;
+    } else {
+        json["id"] = blob.id;
+        json["name"] = blob.name;
+    }
+    return json;
+}
+
 // brief: only what comparing blobs reads, a hundredth of the size.
 Json blobJson(const NamedBlob& blob, bool brief = false) {
+    if (blob.same) {
+        Json identity = identityJson(blob);
+        identity["same"] = true;
+        return identity;
+    }
     const DecodedBlob decoded = BlobDecoder::decode(blob.words);
     Json entries = Json::array();
     for (size_t i = 0; i < decoded.entries.size(); i++) {
@@ -197,15 +234,7 @@ Json blobJson(const NamedBlob& blob, bool brief = false) {
         }
         entries.push_back(json);
     }
-    Json json = {{"kind", kindName(blob.kind)}};
-    if (blob.kind == BlobKind::kTuningDevice) {
-        json["name"] = blob.name;
-        json["port"] = blob.port;
-        json["tuning"] = blob.tuning;
-    } else {
-        json["id"] = blob.id;
-        json["name"] = blob.name;
-    }
+    Json json = identityJson(blob);
     json["words"] = decoded.words;
     json["valid"] = decoded.valid;
     json["header"] = decoded.header;
@@ -302,10 +331,10 @@ std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string
     return {};
 }
 
-Json BlobsCommand::sessionJson(const StoreSession& session, bool brief) {
+Json BlobsCommand::sessionJson(const StoreSession& session, bool brief, const Known& known) {
     std::vector<NamedBlob> blobs;
     Json state;
-    fileBlobs(session, &blobs, &state);
+    fileBlobs(session, &blobs, &state, known);
     Json list = Json::array();
     for (const NamedBlob& blob : blobs) {
         list.push_back(blobJson(blob, brief));

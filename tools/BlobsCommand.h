@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -42,9 +43,14 @@ public:
     static int collectJson(const std::string& path, Json* document);
     // The "blobs" list of that document, from a session that could read its file.
     static Json blobsJson(const StoreSession& session);
+    // Whether the reader of sessionJson has a blob already, by its identity ({"kind", "id" or
+    // "name"...}) and its words.
+    using Known = std::function<bool(const Json& identity, const std::vector<int>& words)>;
     // What collectJson makes of a file, from its loaded session; brief keeps of the entries'
-    // sources only what DiffCommand::compare reads.
-    static Json sessionJson(const StoreSession& session, bool brief = false);
+    // sources only what DiffCommand::compare reads, and of a blob that known has only its
+    // identity and "same": true.
+    static Json sessionJson(const StoreSession& session, bool brief = false,
+                            const Known& known = nullptr);
 };
 
 }  // namespace korva::tool

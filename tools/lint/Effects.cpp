@@ -1,7 +1,11 @@
 #include "tools/lint/Effects.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <map>
+#include <set>
 #include <string>
 
 #include "tools/BlobsCommand.h"
@@ -12,6 +16,11 @@
 namespace korva::tool {
 
 namespace {
+
+// The file's blobs' words by key, written by check's process once it has loaded the file and read
+// by each load of an undone copy, whose process forks after the file is made: a load sends back in
+// full only the blobs that differ from the file's.
+FILE* sReference = nullptr;
 
 // One load of an undone copy: what changed against the file (null when the copy could not be
 // loaded), and which of the file's findings the copy no longer has.
@@ -37,9 +46,26 @@ Measured measureEdits(const LoadReport& report, const Json& file,
         *why = "the undone copy could not be loaded";
         return measured;
     }
-    measured.effect = {{"differences", DiffCommand::compare(undone, file)},
-                       {"store", DiffCommand::compareStore(undone.value("store", Json::object()),
-                                                           file.value("store", Json::object()))}};
+    // The blobs both have alike differ in nothing: each side is compared without them.
+    std::set<std::string> same;
+    Json changed = Json::array();
+    for (Json& blob : undone["blobs"]) {
+        if (blob.value("same", false)) {
+            same.insert(DiffCommand::blobKey(blob));
+        } else {
+            changed.push_back(std::move(blob));
+        }
+    }
+    Json written = Json::array();
+    for (const Json& blob : file["blobs"]) {
+        if (same.count(DiffCommand::blobKey(blob)) == 0) {
+            written.push_back(blob);
+        }
+    }
+    measured.effect = {
+        {"differences", DiffCommand::compare({{"blobs", changed}}, {{"blobs", written}})},
+        {"store", DiffCommand::compareStore(undone.value("store", Json::object()),
+                                            file.value("store", Json::object()))}};
     // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
@@ -53,12 +79,25 @@ Measured measureEdits(const LoadReport& report, const Json& file,
 
 }  // namespace
 
+std::unique_ptr<FreshLoads> Effects::start() {
+    sReference = sReference != nullptr ? sReference : tmpfile();
+    return sReference != nullptr ? FreshLoads::start(loadWork) : nullptr;
+}
+
 int Effects::loadWork(const std::string& path, Json* document) {
     std::unique_ptr<StoreSession> session = StoreSession::open(path);
     if (session == nullptr || !session->readable()) {
         return kExitError;
     }
-    *document = BlobsCommand::sessionJson(*session, true);
+    std::vector<uint8_t> bytes(static_cast<size_t>(lseek(fileno(sReference), 0, SEEK_END)));
+    const bool read = pread(fileno(sReference), bytes.data(), bytes.size(), 0) ==
+                      static_cast<ssize_t>(bytes.size());
+    const auto reference = read ? Json::from_cbor(bytes, true, false) : Json();
+    *document = BlobsCommand::sessionJson(
+        *session, true, [&reference](const Json& identity, const std::vector<int>& words) {
+            const auto found = reference.find(DiffCommand::blobKey(identity));
+            return found != reference.end() && *found == Json(words);
+        });
     Json& messages = (*document)["findings"] = Json::array();
     for (const Finding& finding : LintRules::run(session->report())) {
         messages.push_back(finding.message);
@@ -75,7 +114,16 @@ void Effects::skip(std::vector<Finding>* findings) {
 void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbose,
                       std::vector<Finding>* findings, void (*progress)(size_t, size_t)) {
     const LoadReport& report = session.report();
-    const Json file = BlobsCommand::sessionJson(session, true);
+    Json reference = Json::object();
+    const Json file = BlobsCommand::sessionJson(
+        session, true, [&reference](const Json& identity, const std::vector<int>& words) {
+            reference[DiffCommand::blobKey(identity)] = words;
+            return false;
+        });
+    // Not written in full, it is not read, and the loads send every blob back: slower, as exact.
+    const std::vector<uint8_t> bytes = Json::to_cbor(reference);
+    [[maybe_unused]] const ssize_t written =
+        pwrite(fileno(sReference), bytes.data(), bytes.size(), 0);
     std::vector<Finding>& all = *findings;
     std::vector<Measured> measured(all.size());
     std::string why;
