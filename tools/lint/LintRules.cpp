@@ -47,50 +47,41 @@ std::string tag(const std::string& name) {
     return "<" + name + ">";
 }
 
-// Edits of one character, two neighbours swapped counting as one ("vaule").
-size_t editDistance(const std::string& a, const std::string& b) {
-    std::vector<std::vector<size_t>> d(a.size() + 1, std::vector<size_t>(b.size() + 1));
-    for (size_t i = 0; i <= a.size(); i++) {
-        for (size_t j = 0; j <= b.size(); j++) {
-            if (i == 0 || j == 0) {
-                d[i][j] = i + j;
-                continue;
-            }
-            d[i][j] = std::min(
-                {d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] != b[j - 1])});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
-            }
-        }
-    }
-    return d[a.size()][b.size()];
-}
-
-std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-// The candidate close enough to name to be a slip of the keyboard, or "". Case does not count
-// towards the distance when ignoreCase.
+// The candidate close enough to name to be a slip of the keyboard, or "": at most a quarter of
+// its letters (one to three) wrong, missing or extra, two neighbours swapped counting as one
+// ("vaule"). Case does not count when ignoreCase.
 std::string closest(const std::string& name, const std::set<std::string>& candidates,
                     bool ignoreCase = false) {
-    const size_t limit = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4));
-    const std::string compared = ignoreCase ? lowered(name) : name;
+    const auto fold = [ignoreCase](std::string text) {
+        for (char& c : text) {
+            c = ignoreCase ? static_cast<char>(std::tolower(static_cast<unsigned char>(c))) : c;
+        }
+        return text;
+    };
+    const std::string a = fold(name);
+    size_t bestDistance = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4)) + 1;
     std::string best;
-    size_t bestDistance = limit + 1;
     for (const std::string& candidate : candidates) {
-        // The distance is at least the difference in length: such a candidate cannot be close.
-        if (std::max(name.size(), candidate.size()) - std::min(name.size(), candidate.size()) >
-                limit ||
-            candidate == name) {
+        const std::string b = fold(candidate);
+        // The distance is at least the difference in length.
+        if (candidate == name ||
+            std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= bestDistance) {
             continue;
         }
-        const size_t distance = editDistance(compared, ignoreCase ? lowered(candidate) : candidate);
-        if (distance < bestDistance) {
+        std::vector<std::vector<size_t>> d(a.size() + 1, std::vector<size_t>(b.size() + 1));
+        for (size_t i = 0; i <= a.size(); i++) {
+            for (size_t j = 0; j <= b.size(); j++) {
+                d[i][j] = i == 0 || j == 0 ? i + j
+                                           : std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
+                                                       d[i - 1][j - 1] + (a[i - 1] != b[j - 1])});
+                if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                    d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+                }
+            }
+        }
+        if (d[a.size()][b.size()] < bestDistance) {
             best = candidate;
-            bestDistance = distance;
+            bestDistance = d[a.size()][b.size()];
         }
     }
     return best;
