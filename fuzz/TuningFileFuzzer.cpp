@@ -23,7 +23,7 @@
 #include "model/Parameter.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamParser.h"
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 #include "tools/load/LoadReport.h"
 
 namespace {

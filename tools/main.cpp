@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/CheckCommand.h"
 #include "tools/VersionInfo.h"
 #include "tools/commands/BlobsCommand.h"
+#include "tools/commands/CheckCommand.h"
 #include "tools/commands/DiffCommand.h"
 #include "tools/commands/DumpCommand.h"
 #include "tools/commands/ExplainCommand.h"

@@ -3,13 +3,20 @@
 // and wrapping that keeps every value.
 
 #include <gtest/gtest.h>
+#include <libxml/tree.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "engine/RecordingEffect.h"
+#include "tools/lint/LintRules.h"
+#include "tools/lint/UndoEdit.h"
+#include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/HtmlWriter.h"
 #include "tools/render/NumberText.h"
@@ -292,6 +299,159 @@ TEST(SvgPlotTest, CurvesLeaveOutWhatTheAxisCannotShowAndHeatMapsColourBySign) {
         attributeValues(SvgPlot::heatMap(title, {{1, 0}}, {"<l>"}, {"left", "right"}), "width")
             .front(),
         title.size() * 7);
+}
+
+// One load of a small file whose document the library hands out, shared by the undo cases: the
+// store is a process singleton, so the file is loaded once.
+class UndoEditTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        const std::string path = testing::TempDir() + "undo-edit.xml";
+        std::ofstream(path) << "<?xml version=\"1.0\"?>\n<kvx_spatializer_tuning>\n"
+                               "    <format_version major=\"3\" minor=\"4\" maintenance=\"0\"/>\n"
+                               "    <profile id=\"0\" name=\"p\">\n        <data>\n"
+                               "            <endpoint_type id=\"speaker\"><!-- note -->\n"
+                               "                <include ieq_preset=\"2\"/>\n"
+                               "                <dialog-enhancer-amount vaule=\"4\"/>\n"
+                               "            </endpoint_type>\n        </data>\n    </profile>\n"
+                               "</kvx_spatializer_tuning>\n";
+        sSession = StoreSession::open(path, {}, false, true).release();
+        std::remove(path.c_str());
+    }
+
+    static const LoadReport& report() { return sSession->report(); }
+
+    // The reported node: the comment for "", else the element of that name.
+    static int node(const std::string& name) {
+        for (size_t i = 0; i < report().nodes.size(); i++) {
+            const ReportedNode& at = report().nodes[i];
+            if (name.empty() ? at.isComment : at.isElement && at.name == name) {
+                return static_cast<int>(i);
+            }
+        }
+        ADD_FAILURE() << "no reported node " << name;
+        return -1;
+    }
+
+    static std::string document() {
+        xmlChar* bytes = nullptr;
+        int size = 0;
+        xmlDocDumpMemory(report().document.get(), &bytes, &size);
+        const std::string text(reinterpret_cast<const char*>(bytes), static_cast<size_t>(size));
+        xmlFree(bytes);
+        return text;
+    }
+
+    static StoreSession* sSession;
+};
+
+StoreSession* UndoEditTest::sSession = nullptr;
+
+TEST_F(UndoEditTest, EachEditIsMadeInTheCopyAndTakenBackAfterward) {
+    using Action = Undo::Action;
+    ASSERT_NE(sSession, nullptr);
+    ASSERT_NE(report().document, nullptr);
+    const std::string original = document();
+    const struct {
+        Undo undo;
+        std::string made;    // in the edited text
+        std::string unmade;  // no longer in it
+        std::string described;
+    } cases[] = {
+        {{Action::kRemove, node("")},
+         "\"speaker\">\n",
+         "<!-- note -->",
+         "remove the comment on line 6"},
+        {{Action::kMoveBefore, node("include"), "", "", node("")},
+         "\"speaker\"><include ieq_preset=\"2\"/><!-- note -->",
+         "",
+         "move <include> on line 7 before line 6"},
+        {{Action::kRename, node("dialog-enhancer-amount"), "", "dea"},
+         "<dea vaule=\"4\"/>",
+         "<dialog-enhancer-amount",
+         "rename <dialog-enhancer-amount> on line 8 to <dea>"},
+        {{Action::kRename, node("dialog-enhancer-amount"), "vaule", "value"},
+         "<dialog-enhancer-amount value=\"4\"/>",
+         "vaule",
+         "rename attribute \"vaule\" of <dialog-enhancer-amount> on line 8 to \"value\""},
+        {{Action::kReplace, node("endpoint_type"), "id", "headphone"},
+         "<endpoint_type id=\"headphone\">",
+         "\"speaker\"",
+         "set id of <endpoint_type> on line 6 to \"headphone\""},
+        {{Action::kRemoveAttribute, node("include"), "ieq_preset"},
+         "<include/>",
+         "ieq_preset",
+         "remove attribute \"ieq_preset\" of <include> on line 7"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.described);
+        std::string text;
+        std::string why;
+        ASSERT_TRUE(UndoEdit::apply(report(), {c.undo}, &text, &why)) << why;
+        EXPECT_NE(text.find(c.made), std::string::npos) << text;
+        if (!c.unmade.empty()) {
+            EXPECT_EQ(text.find(c.unmade), std::string::npos) << text;
+        }
+        EXPECT_EQ(UndoEdit::toJson(report(), c.undo)["description"], c.described);
+        EXPECT_EQ(document(), original);
+    }
+    // Edits of two nodes at once, and an edit that cannot be made, which leaves no edit behind.
+    std::string text;
+    std::string why;
+    ASSERT_TRUE(
+        UndoEdit::apply(report(),
+                        {{Action::kRemove, node("")},
+                         {Action::kRename, node("dialog-enhancer-amount"), "vaule", "value"}},
+                        &text, &why));
+    EXPECT_EQ(text.find("<!--"), std::string::npos);
+    EXPECT_NE(text.find("value=\"4\""), std::string::npos);
+    EXPECT_FALSE(UndoEdit::apply(
+        report(), {{Action::kRemove, node("")}, {Action::kRename, node("include"), "absent", "x"}},
+        &text, &why));
+    EXPECT_EQ(why, "the edit could not be made on the copy");
+    EXPECT_EQ(document(), original);
+}
+
+TEST_F(UndoEditTest, TheTagAnEditLeavesIsTheStartTagOfAnElementWithChildren) {
+    using Action = Undo::Action;
+    const Json renamed =
+        UndoEdit::toJson(report(), {Action::kReplace, node("endpoint_type"), "id", "headphone"});
+    EXPECT_EQ(renamed["becomes"], "<endpoint_type id=\"headphone\">");
+    const Json removed =
+        UndoEdit::toJson(report(), {Action::kRemoveAttribute, node("include"), "ieq_preset"});
+    EXPECT_EQ(removed["becomes"], "<include/>");
+    EXPECT_EQ(removed["removes"], "ieq_preset");
+    const Json moved =
+        UndoEdit::toJson(report(), {Action::kMoveBefore, node("include"), "", "", node("")});
+    EXPECT_EQ(moved["moves"], "<include ieq_preset=\"2\"/>");
+    EXPECT_EQ(moved["before_line"], 6);
+}
+
+TEST_F(UndoEditTest, FindingsCarryTheUndoOfTheirCause) {
+    const struct {
+        std::string words;
+        Undo::Action action;
+        std::string attribute;
+        std::string to;
+    } cases[] = {
+        {"the comment \"note\" is the first child", Undo::Action::kRemove, "", ""},
+        {"<include> in <endpoint_type> is not read", Undo::Action::kMoveBefore, "", ""},
+        {"attribute \"vaule\" of <dialog-enhancer-amount> is not read (did you mean \"value\"?)",
+         Undo::Action::kRename, "vaule", "value"},
+    };
+    const std::vector<Finding> findings = LintRules::run(report());
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.words);
+        const auto found = std::find_if(findings.begin(), findings.end(), [&](const Finding& f) {
+            return f.message.find(c.words) != std::string::npos;
+        });
+        ASSERT_NE(found, findings.end());
+        ASSERT_TRUE(found->undo.has_value());
+        EXPECT_EQ(found->undo->action, c.action);
+        EXPECT_EQ(found->undo->attribute, c.attribute);
+        EXPECT_EQ(found->undo->to, c.to);
+        EXPECT_EQ(found->at.line, report().node(found->undo->node).line);
+    }
 }
 
 }  // namespace

@@ -8,9 +8,9 @@
 #include <regex>
 
 #include "tools/render/BlobDecoder.h"
-#include "tools/CheckCommand.h"
+#include "tools/commands/CheckCommand.h"
 #include "tools/render/EntryView.h"
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 #include "tools/render/NumberText.h"
 #include "tools/load/StoreSession.h"
 #include "tools/VersionInfo.h"

@@ -1,72 +1,104 @@
 #include "tools/lint/Effects.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdio>
 #include <map>
+#include <set>
 #include <string>
 
-#include "tools/commands/BlobsCommand.h"
 #include "tools/commands/DiffCommand.h"
-#include "tools/LintRules.h"
+#include "tools/lint/LintRules.h"
 #include "tools/lint/UndoEdit.h"
+#include "tools/load/LoadedFile.h"
 
 namespace korva::tool {
 
 namespace {
 
-// One load of an undone copy: what changed against the file, and which findings it clears.
+// The file's blobs' words by key, written by check's process once it has loaded the file and read
+// by each load of an undone copy, whose process forks after the file is made: a load sends back in
+// full only the blobs that differ from the file's.
+FILE* sReference = nullptr;
+
+// One load of an undone copy: what changed against the file (null when the copy could not be
+// loaded), and which of the file's findings the copy no longer has.
 struct Measured {
-    bool loaded = false;
     Json effect;
-    std::vector<bool> clears;  // by index in the file's findings
+    std::vector<bool> clears;
 };
 
 bool changesNothing(const Json& effect) {
     return effect["differences"].empty() && effect["store"].empty();
 }
 
-Measured measureEdits(const LoadReport& report, const Json& file,
+Measured measureEdits(const LoadReport& report, const LoadedFile& file,
                       const std::vector<Finding>& findings, const std::vector<Undo>& edits,
                       FreshLoads& loads, std::string* why) {
     Measured measured;
     std::string text;
+    Json undone;
     if (!UndoEdit::apply(report, edits, &text, why)) {
         return measured;
     }
-    Json undone;
     if (!loads.load(text, &undone) || !undone.contains("blobs")) {
         *why = "the undone copy could not be loaded";
         return measured;
     }
-    measured.loaded = true;
-    measured.effect = {{"differences", DiffCommand::compare(undone, file)},
-                       {"store", DiffCommand::compareStore(undone.value("store", Json::object()),
-                                                           file.value("store", Json::object()))}};
-    // A finding the copy no longer has, counted by message: the copy's lines have moved.
+    // The blobs both have alike differ in nothing: each side is compared without them.
+    LoadedFile copy = LoadedFile::fromJson(undone);
+    std::set<std::string> same;
+    for (const LoadedBlob& blob : copy.blobs) {
+        if (blob.same) {
+            same.insert(blob.key());
+        }
+    }
+    LoadedFile written = file;
+    for (LoadedFile* side : {&copy, &written}) {
+        side->blobs.erase(
+            std::remove_if(side->blobs.begin(), side->blobs.end(),
+                           [&same](const LoadedBlob& blob) { return same.count(blob.key()) > 0; }),
+            side->blobs.end());
+    }
+    measured.effect = {{"differences", DiffCommand::compare(copy, written)},
+                       {"store", DiffCommand::compareStore(copy.store, written.store)}};
+    // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
         left[message.get<std::string>()]++;
     }
     for (const Finding& finding : findings) {
-        int& count = left[finding.message];
-        measured.clears.push_back(count == 0);
-        count = std::max(0, count - 1);
+        measured.clears.push_back(left[finding.message]-- <= 0);
     }
     return measured;
 }
 
 }  // namespace
 
+std::unique_ptr<FreshLoads> Effects::start() {
+    sReference = sReference != nullptr ? sReference : tmpfile();
+    return sReference != nullptr ? FreshLoads::start(loadWork) : nullptr;
+}
+
 int Effects::loadWork(const std::string& path, Json* document) {
     std::unique_ptr<StoreSession> session = StoreSession::open(path);
     if (session == nullptr || !session->readable()) {
         return kExitError;
     }
-    *document = BlobsCommand::sessionJson(*session, true);
-    Json messages = Json::array();
+    std::vector<uint8_t> bytes(static_cast<size_t>(lseek(fileno(sReference), 0, SEEK_END)));
+    const bool read = pread(fileno(sReference), bytes.data(), bytes.size(), 0) ==
+                      static_cast<ssize_t>(bytes.size());
+    const auto reference = read ? Json::from_cbor(bytes, true, false) : Json();
+    *document = LoadedFile::of(*session, [&reference](const std::string& key,
+                                                      const std::vector<int>& words) {
+                    const auto found = reference.find(key);
+                    return found != reference.end() && *found == Json(words);
+                }).toJson(true);
+    Json& messages = (*document)["findings"] = Json::array();
     for (const Finding& finding : LintRules::run(session->report())) {
         messages.push_back(finding.message);
     }
-    (*document)["findings"] = messages;
     return kExitOk;
 }
 
@@ -79,38 +111,46 @@ void Effects::skip(std::vector<Finding>* findings) {
 void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbose,
                       std::vector<Finding>* findings, void (*progress)(size_t, size_t)) {
     const LoadReport& report = session.report();
-    const Json file = BlobsCommand::sessionJson(session, true);
+    Json reference = Json::object();
+    const LoadedFile file = LoadedFile::of(
+        session, [&reference](const std::string& key, const std::vector<int>& words) {
+            reference[key] = words;
+            return false;
+        });
+    // Not written in full, it is not read, and the loads send every blob back: slower, as exact.
+    const std::vector<uint8_t> bytes = Json::to_cbor(reference);
+    [[maybe_unused]] const ssize_t written =
+        pwrite(fileno(sReference), bytes.data(), bytes.size(), 0);
     std::vector<Finding>& all = *findings;
     std::vector<Measured> measured(all.size());
+    std::string why;
 
     // The comments and texts that only an effect would make findings, undone all at once first:
     // in most files together they change nothing, and one load says so.
     std::vector<Undo> quiet;
     for (const Finding& finding : all) {
-        if (finding.onlyIfEffect && finding.hasUndo) {
-            quiet.push_back(finding.undo);
+        if (finding.onlyIfEffect && finding.undo) {
+            quiet.push_back(*finding.undo);
         }
     }
     bool quietMatter = false;
-    std::string why;
     if (!quiet.empty()) {
         const Measured together = measureEdits(report, file, all, quiet, loads, &why);
-        quietMatter = !together.loaded || !changesNothing(together.effect);
-        for (size_t i = 0; together.loaded && i < all.size(); i++) {
+        quietMatter = together.effect.is_null() || !changesNothing(together.effect);
+        for (size_t i = 0; i < together.clears.size(); i++) {
             quietMatter = quietMatter || (together.clears[i] && !all[i].onlyIfEffect);
         }
     }
-    size_t toDo = 0;
-    for (const Finding& finding : all) {
-        toDo += finding.hasUndo && (!finding.onlyIfEffect || quietMatter) ? 1 : 0;
-    }
+    const auto measurable = [&](const Finding& f) {
+        return f.undo && (!f.onlyIfEffect || quietMatter);
+    };
+    size_t toDo = std::count_if(all.begin(), all.end(), measurable);
     size_t done = 0;
     // A finding that a cause on an earlier line clears is that cause's consequence whatever its
     // own undo changes, so it is not measured. The findings are in line order.
     std::vector<bool> cleared(all.size(), false);
     for (size_t i = 0; i < all.size(); i++) {
-        Finding& finding = all[i];
-        if (!finding.hasUndo || (finding.onlyIfEffect && !quietMatter)) {
+        if (!measurable(all[i])) {
             continue;
         }
         if (cleared[i]) {
@@ -121,16 +161,11 @@ void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbo
             progress(done++, toDo);
         }
         why.clear();
-        measured[i] = measureEdits(report, file, all, {finding.undo}, loads, &why);
-        finding.measured = measured[i].loaded;
-        if (finding.measured) {
-            finding.effect = measured[i].effect;
-            for (size_t f = i + 1; f < all.size(); f++) {
-                cleared[f] =
-                    cleared[f] || (measured[i].clears[f] && all[f].at.line > finding.at.line);
-            }
-        } else {
-            finding.unmeasured = why;
+        measured[i] = measureEdits(report, file, all, {*all[i].undo}, loads, &why);
+        all[i].effect = measured[i].effect;
+        all[i].unmeasured = all[i].effect.is_null() ? why : "";
+        for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
+            cleared[f] = cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
         }
     }
     if (progress != nullptr) {
@@ -139,20 +174,18 @@ void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbo
 
     // A finding that undoing another cause clears follows from that cause. Where two clear each
     // other, the one on the earlier line is the cause.
+    const auto clears = [&](size_t c, size_t f) {
+        return c != f && !measured[c].clears.empty() && measured[c].clears[f];
+    };
     std::vector<int> causeOf(all.size(), -1);
     for (size_t f = 0; f < all.size(); f++) {
         for (size_t c = 0; c < all.size() && causeOf[f] < 0; c++) {
-            if (c == f || !measured[c].loaded || !measured[c].clears[f]) {
-                continue;
-            }
-            const bool mutual = measured[f].loaded && measured[f].clears[c];
-            if (!mutual || all[c].at.line < all[f].at.line ||
-                (all[c].at.line == all[f].at.line && c < f)) {
+            if (clears(c, f) && (!clears(f, c) || all[c].at.line < all[f].at.line ||
+                                 (all[c].at.line == all[f].at.line && c < f))) {
                 causeOf[f] = static_cast<int>(c);
             }
         }
     }
-    std::vector<Finding> kept;
     for (size_t f = 0; f < all.size(); f++) {
         int cause = causeOf[f];
         // The cause of a cause, for chains.
@@ -163,26 +196,18 @@ void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbo
             all[cause].follows.push_back({all[f].at, all[f].message});
         }
     }
+    std::vector<Finding> kept;
     for (size_t f = 0; f < all.size(); f++) {
-        Finding& finding = all[f];
-        const bool quietNothing =
-            finding.onlyIfEffect && (!finding.measured || changesNothing(finding.effect));
-        const bool nothing = finding.measured && changesNothing(finding.effect) &&
-                             finding.follows.empty() && finding.severity != Severity::kError;
-        if (causeOf[f] >= 0 || (quietNothing && finding.follows.empty()) || (nothing && !verbose)) {
-            continue;
+        const Finding& finding = all[f];
+        const bool nothing = !finding.effect.is_null() && changesNothing(finding.effect);
+        const bool quietNothing = finding.onlyIfEffect && (finding.effect.is_null() || nothing);
+        if (causeOf[f] < 0 && !(quietNothing && finding.follows.empty()) &&
+            !(nothing && finding.follows.empty() && finding.severity != Severity::kError &&
+              !verbose)) {
+            kept.push_back(std::move(all[f]));
         }
-        kept.push_back(std::move(finding));
     }
     all = std::move(kept);
-}
-
-std::string Effects::text(const Finding& finding, size_t width) {
-    if (!finding.measured) {
-        return "";
-    }
-    return DiffCommand::text(finding.effect["differences"], finding.effect["store"], "undone",
-                             "as written", width);
 }
 
 }  // namespace korva::tool

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "tools/Finding.h"
+#include "tools/lint/Finding.h"
 #include "tools/load/FreshLoads.h"
 #include "tools/load/LoadReport.h"
 #include "tools/load/StoreSession.h"
@@ -17,20 +17,21 @@ namespace korva::tool {
 
 class Effects {
 public:
-    // What a load of an undone copy hands back: the blobs and store state of diff's documents,
-    // and the messages of the copy's own findings.
+    // The loads of undone copies, started before the file's own load.
+    static std::unique_ptr<FreshLoads> start();
+
+    // What a load of an undone copy hands back: the blobs and store state of diff's documents
+    // (a blob alike in the file only by its identity, "same": true) and the messages of the
+    // copy's own findings.
     static int loadWork(const std::string& path, Json* document);
 
     // Measures every finding that has an undo, folds consequences into their causes and drops
-    // the causes that change nothing (kept under verbose, as ones that change nothing). progress
-    // is called with the count done and the count to do.
+    // the causes that change nothing (kept under verbose). progress is called with the count
+    // done and the count to do.
     static void measure(const StoreSession& session, FreshLoads& loads, bool verbose,
                         std::vector<Finding>* findings, void (*progress)(size_t, size_t));
     // Without measuring: drops the findings that only a measured effect makes findings.
     static void skip(std::vector<Finding>* findings);
-
-    // The effect's differences and store changes, as diff prints them, fitted to width.
-    static std::string text(const Finding& finding, size_t width);
 };
 
 }  // namespace korva::tool

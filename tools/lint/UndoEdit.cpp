@@ -2,44 +2,20 @@
 
 #include <libxml/tree.h>
 
+#include <functional>
 #include <memory>
 
 namespace korva::tool {
 
 namespace {
 
-xmlNode* keptCopy(const LoadReport& report, int node) {
+xmlNode* copyOf(const LoadReport& report, int node) {
     return node >= 0 && static_cast<size_t>(node) < report.copies.size() ? report.copies[node]
                                                                          : nullptr;
 }
 
-// A node's place in its document: the index among its siblings at each level, root first.
-std::vector<int> placeOf(const xmlNode* node) {
-    std::vector<int> place;
-    for (; node != nullptr && node->type != XML_DOCUMENT_NODE; node = node->parent) {
-        int index = 0;
-        for (const xmlNode* sibling = node->prev; sibling != nullptr; sibling = sibling->prev) {
-            index++;
-        }
-        place.insert(place.begin(), index);
-    }
-    return place;
-}
-
-xmlNode* nodeAt(xmlDoc* document, const std::vector<int>& place) {
-    xmlNode* node = nullptr;
-    xmlNode* children = document->children;
-    for (int index : place) {
-        node = children;
-        for (int i = 0; i < index && node != nullptr; i++) {
-            node = node->next;
-        }
-        if (node == nullptr) {
-            return nullptr;
-        }
-        children = node->children;
-    }
-    return node;
+const xmlChar* xml(const std::string& text) {
+    return reinterpret_cast<const xmlChar*>(text.c_str());
 }
 
 // The node as the document writes it.
@@ -49,51 +25,58 @@ std::string nodeText(xmlNode* node) {
         return "";
     }
     xmlNodeDump(buffer.get(), node->doc, node, 0, 0);
-    std::string text(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
-                     static_cast<size_t>(xmlBufferLength(buffer.get())));
-    return text;
+    return std::string(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
+                       static_cast<size_t>(xmlBufferLength(buffer.get())));
 }
 
-const xmlChar* xml(const std::string& text) {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
-
-bool edit(xmlNode* node, xmlNode* before, const Undo& undo) {
-    switch (undo.action) {
-        case Undo::Action::kRemove:
+// Makes the edit where the node is and hands back what takes it back, so that the document is
+// left as it was; empty when the edit cannot be made.
+std::function<void()> edit(xmlNode* node, xmlNode* before, const Undo& undo) {
+    using Action = Undo::Action;
+    if (undo.action == Action::kRemove || undo.action == Action::kMoveBefore) {
+        // An empty text keeps the node's place and writes nothing.
+        xmlNode* holder = xmlNewDocText(node->doc, xml(""));
+        if (holder == nullptr || (undo.action == Action::kMoveBefore && before == nullptr)) {
+            xmlFreeNode(holder);
+            return {};
+        }
+        xmlReplaceNode(node, holder);
+        if (undo.action == Action::kMoveBefore) {
+            xmlAddPrevSibling(before, node);
+        }
+        return [node, holder]() {
             xmlUnlinkNode(node);
-            xmlFreeNode(node);
-            return true;
-        case Undo::Action::kRename:
-            if (undo.attribute.empty()) {
-                xmlNodeSetName(node, xml(undo.to));
-                return true;
-            }
-            for (xmlAttr* attribute = node->properties; attribute != nullptr;
-                 attribute = attribute->next) {
-                if (undo.attribute == reinterpret_cast<const char*>(attribute->name)) {
-                    xmlNodeSetName(reinterpret_cast<xmlNode*>(attribute), xml(undo.to));
-                    return true;
-                }
-            }
-            return false;
-        case Undo::Action::kReplace:
-            return xmlSetProp(node, xml(undo.attribute), xml(undo.to)) != nullptr;
-        case Undo::Action::kMoveBefore:
-            if (before == nullptr) {
-                return false;
-            }
-            xmlUnlinkNode(node);
-            return xmlAddPrevSibling(before, node) != nullptr;
-        case Undo::Action::kRemoveAttribute:
-            return xmlUnsetProp(node, xml(undo.attribute)) == 0;
+            xmlReplaceNode(holder, node);
+            xmlFreeNode(holder);
+        };
     }
-    return false;
-}
-
-std::string what(const LoadReport& report, int index) {
-    const ReportedNode& node = report.node(index);
-    return node.isElement ? "<" + node.name + ">" : node.isComment ? "the comment" : "the text";
+    // Edits inside the element: its name and attributes are put back as they were.
+    const std::string name = reinterpret_cast<const char*>(node->name);
+    xmlAttr* saved = xmlCopyPropList(node, node->properties);
+    const auto restore = [node, name, saved]() {
+        xmlFreePropList(node->properties);
+        node->properties = saved;
+        xmlNodeSetName(node, xml(name));
+    };
+    bool made = true;
+    if (undo.action == Action::kRename && undo.attribute.empty()) {
+        xmlNodeSetName(node, xml(undo.to));
+    } else if (undo.action == Action::kRename) {
+        xmlAttr* attribute = xmlHasProp(node, xml(undo.attribute));
+        made = attribute != nullptr;
+        if (made) {
+            xmlNodeSetName(reinterpret_cast<xmlNode*>(attribute), xml(undo.to));
+        }
+    } else if (undo.action == Action::kReplace) {
+        made = xmlSetProp(node, xml(undo.attribute), xml(undo.to)) != nullptr;
+    } else {
+        made = xmlUnsetProp(node, xml(undo.attribute)) == 0;
+    }
+    if (!made) {
+        restore();
+        return {};
+    }
+    return restore;
 }
 
 }  // namespace
@@ -104,40 +87,31 @@ bool UndoEdit::apply(const LoadReport& report, const std::vector<Undo>& edits, s
         *why = "the load kept no copy of the document";
         return false;
     }
-    // Every node is found before the first edit moves anything.
-    std::vector<std::vector<int>> places;
+    std::vector<std::function<void()>> restores;
     for (const Undo& undo : edits) {
-        xmlNode* node = keptCopy(report, undo.node);
-        xmlNode* before = keptCopy(report, undo.before);
+        xmlNode* node = copyOf(report, undo.node);
+        xmlNode* before = copyOf(report, undo.before);
         if (node == nullptr || (undo.action == Undo::Action::kMoveBefore && before == nullptr)) {
             *why = "the load handed out no copy of the node";
-            return false;
+            break;
         }
-        places.push_back(placeOf(node));
-        places.push_back(before != nullptr ? placeOf(before) : std::vector<int>());
-    }
-    std::unique_ptr<xmlDoc, LoadReport::DocumentFree> copy(xmlCopyDoc(report.document.get(), 1));
-    if (copy == nullptr) {
-        *why = "the document could not be copied";
-        return false;
-    }
-    std::vector<std::pair<xmlNode*, xmlNode*>> nodes;
-    for (size_t i = 0; i < edits.size(); i++) {
-        nodes.emplace_back(
-            nodeAt(copy.get(), places[2 * i]),
-            places[2 * i + 1].empty() ? nullptr : nodeAt(copy.get(), places[2 * i + 1]));
-    }
-    for (size_t i = 0; i < edits.size(); i++) {
-        if (nodes[i].first == nullptr || !edit(nodes[i].first, nodes[i].second, edits[i])) {
+        restores.push_back(edit(node, before, undo));
+        if (!restores.back()) {
+            restores.pop_back();
             *why = "the edit could not be made on the copy";
-            return false;
+            break;
         }
     }
     xmlChar* bytes = nullptr;
     int size = 0;
-    xmlDocDumpMemory(copy.get(), &bytes, &size);
+    if (restores.size() == edits.size()) {
+        xmlDocDumpMemory(report.document.get(), &bytes, &size);
+        *why = bytes == nullptr ? "the edited copy could not be written" : "";
+    }
+    for (auto restore = restores.rbegin(); restore != restores.rend(); ++restore) {
+        (*restore)();
+    }
     if (bytes == nullptr) {
-        *why = "the edited copy could not be written";
         return false;
     }
     text->assign(reinterpret_cast<const char*>(bytes), static_cast<size_t>(size));
@@ -146,73 +120,58 @@ bool UndoEdit::apply(const LoadReport& report, const std::vector<Undo>& edits, s
 }
 
 Json UndoEdit::toJson(const LoadReport& report, const Undo& undo) {
-    Json json = {{"line", report.node(undo.node).line}};
-    xmlNode* node = keptCopy(report, undo.node);
-    const std::string text = nodeText(node);
-    // The element's tag as the edit leaves it, for the edits made inside one element: an
-    // element with children keeps them, so only its start tag changes.
-    const auto becomes = [&json, node, &undo]() {
-        xmlNode* alone = node != nullptr ? xmlDocCopyNode(node, node->doc, 2) : nullptr;
-        if (alone != nullptr && edit(alone, nullptr, undo)) {
-            std::string tag = nodeText(alone);
-            if (node->children != nullptr && tag.size() >= 2 &&
-                tag.compare(tag.size() - 2, 2, "/>") == 0) {
-                tag.replace(tag.size() - 2, 2, ">");
-            }
-            json["becomes"] = tag;
-        }
-        xmlFreeNode(alone);
-    };
+    static const char* const kActions[] = {"remove", "rename", "replace", "move", "remove"};
+    const ReportedNode& reported = report.node(undo.node);
+    const std::string on = (reported.isElement   ? "<" + reported.name + ">"
+                            : reported.isComment ? std::string("the comment")
+                                                 : std::string("the text")) +
+                           " on line " + std::to_string(reported.line);
+    const std::string attribute = "attribute \"" + undo.attribute + "\" of " + on;
+    xmlNode* node = copyOf(report, undo.node);
+    Json json = {{"line", reported.line}, {"action", kActions[static_cast<int>(undo.action)]}};
     switch (undo.action) {
         case Undo::Action::kRemove:
-            json["action"] = "remove";
-            json["removes"] = text;
+            json["removes"] = nodeText(node);
+            json["description"] = "remove " + on;
             break;
         case Undo::Action::kRename:
-            json["action"] = "rename";
-            json["renames"] = undo.attribute.empty() ? report.node(undo.node).name : undo.attribute;
+            json["renames"] = undo.attribute.empty() ? reported.name : undo.attribute;
             json["to"] = undo.to;
-            becomes();
+            json["description"] = undo.attribute.empty()
+                                      ? "rename " + on + " to <" + undo.to + ">"
+                                      : "rename " + attribute + " to \"" + undo.to + "\"";
             break;
         case Undo::Action::kReplace:
-            json["action"] = "replace";
             json["attribute"] = undo.attribute;
             json["to"] = undo.to;
-            becomes();
+            json["description"] = "set " + undo.attribute + " of " + on + " to \"" + undo.to + "\"";
             break;
         case Undo::Action::kMoveBefore:
-            json["action"] = "move";
-            json["moves"] = text;
+            json["moves"] = nodeText(node);
             json["before_line"] = report.node(undo.before).line;
+            json["description"] = "move " + on + " before line " + json["before_line"].dump();
             break;
         case Undo::Action::kRemoveAttribute:
-            json["action"] = "remove";
             json["removes"] = undo.attribute;
-            becomes();
+            json["description"] = "remove " + attribute;
             break;
     }
-    return json;
-}
-
-std::string UndoEdit::describe(const LoadReport& report, const Undo& undo) {
-    const std::string line = " on line " + std::to_string(report.node(undo.node).line);
-    const std::string element = what(report, undo.node);
-    switch (undo.action) {
-        case Undo::Action::kRemove:
-            return "remove " + element + line;
-        case Undo::Action::kRename:
-            return undo.attribute.empty() ? "rename " + element + line + " to <" + undo.to + ">"
-                                          : "rename attribute \"" + undo.attribute + "\" of " +
-                                                element + line + " to \"" + undo.to + "\"";
-        case Undo::Action::kReplace:
-            return "set " + undo.attribute + " of " + element + line + " to \"" + undo.to + "\"";
-        case Undo::Action::kMoveBefore:
-            return "move " + element + line + " before line " +
-                   std::to_string(report.node(undo.before).line);
-        case Undo::Action::kRemoveAttribute:
-            return "remove attribute \"" + undo.attribute + "\" of " + element + line;
+    // The element's start tag as an edit inside it leaves it (its children stay as they are).
+    const bool inside =
+        undo.action != Undo::Action::kRemove && undo.action != Undo::Action::kMoveBefore;
+    xmlNode* alone = inside && node != nullptr ? xmlDocCopyNode(node, node->doc, 2) : nullptr;
+    const std::function<void()> restore = alone != nullptr ? edit(alone, nullptr, undo) : nullptr;
+    if (restore) {
+        std::string tag = nodeText(alone);
+        if (xmlGetLastChild(node) != nullptr && tag.size() >= 2 &&
+            tag.compare(tag.size() - 2, 2, "/>") == 0) {
+            tag.replace(tag.size() - 2, 2, ">");
+        }
+        json["becomes"] = tag;
+        restore();
     }
-    return "";
+    xmlFreeNode(alone);
+    return json;
 }
 
 }  // namespace korva::tool

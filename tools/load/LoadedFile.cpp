@@ -5,9 +5,9 @@
 
 #include "cache/SpatializerParamCache.h"
 #include "store/SpatializerParamArray.h"
+#include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
-#include "tools/load/StoreSession.h"
 #include "translator/VexParameter.h"
 
 namespace korva::tool {
@@ -18,19 +18,26 @@ using Kind = LoadedBlob::Kind;
 
 const char* const kKindNames[] = {"builtin", "profile", "tuning_device"};
 
+// sources is called only for a blob that known does not have.
+template <typename Sources>
 LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>& words,
-                    std::vector<EntrySource> sources) {
+                    Sources sources, const LoadedFile::Known& known = nullptr) {
     const DecodedBlob decoded = BlobDecoder::decode(words);
     LoadedBlob blob{kind,           id, std::move(name), "", "", decoded.words, decoded.valid,
                     decoded.header, {}};
+    if (known != nullptr && known(blob.key(), words)) {
+        blob.same = true;
+        return blob;
+    }
+    std::vector<EntrySource> made = sources();
     for (size_t i = 0; i < decoded.entries.size(); i++) {
         const BlobEntry& entry = decoded.entries[i];
         LoadedEntry& loaded = blob.entries.emplace_back();
         loaded.deviceId = entry.deviceId;
         loaded.code = entry.code;
         loaded.values.assign(entry.values.begin(), entry.values.end());
-        if (i < sources.size()) {
-            loaded.source = std::move(sources[i]);
+        if (i < made.size()) {
+            loaded.source = std::move(made[i]);
             loaded.from = loaded.source.summary();
         }
     }
@@ -196,7 +203,7 @@ EntryView MixMatrix::view() const {
     return EntryView::decode(vexParameterCode(DOM), entry);
 }
 
-LoadedFile LoadedFile::of(const StoreSession& session) {
+LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
     SpatializerParamArray& store = session.store();
     const LoadReport& report = session.report();
     const EntryProvenance provenance(report);
@@ -213,7 +220,8 @@ LoadedFile LoadedFile::of(const StoreSession& session) {
             const int profile = provenance.blobRecord(i);
             file.blobs.push_back(makeBlob(
                 Kind::kProfile, blob.profileId, profile >= 0 ? report.records[profile].name : "",
-                store.getXMLProfileParams(blob.profileId), provenance.ofBlob(i)));
+                store.getXMLProfileParams(blob.profileId), [&] { return provenance.ofBlob(i); },
+                known));
             continue;
         }
         const int record = provenance.blobRecord(i);
@@ -221,8 +229,9 @@ LoadedFile LoadedFile::of(const StoreSession& session) {
             continue;
         }
         const RecordSnapshot* tuning = &report.records[record];
-        LoadedBlob named = makeBlob(Kind::kTuningDevice, 0, blob.device,
-                                    store.getXMLTuningParams(blob.device), provenance.ofBlob(i));
+        LoadedBlob named = makeBlob(
+            Kind::kTuningDevice, 0, blob.device, store.getXMLTuningParams(blob.device),
+            [&] { return provenance.ofBlob(i); }, known);
         named.tuning = tuning->name;
         for (const BindingSnapshot& binding : report.bindings) {
             named.port = binding.device == blob.device && binding.tuning == tuning->name
@@ -265,7 +274,8 @@ LoadedFile LoadedFile::builtin() {
     using Array = SpatializerParamArray;
     const auto table = [](int id, const char* name, const int* words, size_t count) {
         const std::vector<int> list(words, words + count);
-        return makeBlob(Kind::kBuiltin, id, name, list, EntryProvenance::ofBuiltin(name, list));
+        return makeBlob(Kind::kBuiltin, id, name, list,
+                        [&] { return EntryProvenance::ofBuiltin(name, list); });
     };
     LoadedFile file;
     file.blobs = {
@@ -309,6 +319,11 @@ Json LoadedFile::toJson(bool brief) const {
         if (blob.kind == Kind::kTuningDevice) {
             json["port"] = blob.port;
             json["tuning"] = blob.tuning;
+        }
+        if (blob.same) {
+            json["same"] = true;
+            blobList.push_back(std::move(json));
+            continue;
         }
         json["words"] = blob.words;
         json["valid"] = blob.valid;
@@ -356,6 +371,7 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
         blob.words = item.value("words", size_t(0));
         blob.valid = item.value("valid", false);
         blob.header = item.value("header", 0);
+        blob.same = item.value("same", false);
         for (const Json& entryJson : member(item, "entries")) {
             LoadedEntry& entry = blob.entries.emplace_back();
             entry.deviceId = entryJson.value("device", 0);

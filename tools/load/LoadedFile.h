@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -45,6 +46,8 @@ struct LoadedBlob {
     bool valid = false;
     int32_t header = 0;
     std::vector<LoadedEntry> entries;
+    // Known to the reader already (LoadedFile::of's known): only its identity is kept.
+    bool same = false;
 
     // The blob's identity across two files ("profile:1", "tuning_device:usb_dac").
     std::string key() const;
@@ -93,8 +96,12 @@ struct LoadedFile {
     std::vector<LoadedBlob> blobs;
     StoreState store;
 
+    // Whether the reader of a loaded file has a blob already, by its key and its words.
+    using Known = std::function<bool(const std::string& key, const std::vector<int>& words)>;
+
     // From a session that could read its file: profile blobs by id, then tuning device blobs.
-    static LoadedFile of(const StoreSession& session);
+    // Of the blobs that known has, only the identity is kept (same).
+    static LoadedFile of(const StoreSession& session, const Known& known = nullptr);
     // The file loaded by this process's store, its path kept; false after one line on stderr
     // when the store could not read it.
     static bool open(const std::string& path, LoadedFile* file);

@@ -1,7 +1,8 @@
-// One thing the tool has to say about a tuning file: its cause, at a line of the file, and the
-// notes that follow it (what the cause changed in the records and blobs).
+// One thing check has to say about a tuning file: its cause at a line, the notes that follow it,
+// the edit that undoes the cause and what undoing it measurably changes.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,35 +33,32 @@ struct Undo {
         kMoveBefore,       // the element, to just before the node `before`
         kRemoveAttribute,  // the attribute
     };
-    Action action = Action::kRemove;
-    int node = -1;          // the reported node edited
+    Undo(Action what, int at, std::string name = "", std::string value = "", int place = -1)
+        : action(what), node(at), attribute(std::move(name)), to(std::move(value)), before(place) {}
+
+    Action action;
+    int node;               // the reported node edited
     std::string attribute;  // "" for the element itself
     std::string to;
-    int before = -1;
+    int before;
 };
 
 struct Finding {
-    Finding() = default;
     Finding(FileLine where, Severity how, std::string what)
         : at(where), severity(how), message(std::move(what)) {}
 
     FileLine at;
-    Severity severity = Severity::kWarning;
+    Severity severity;
     std::string message;
     std::vector<Note> notes;
-    // The id of the rule that found it (LintRules::kRules), for code-scanning tools.
-    std::string rule;
-    // How to undo the cause; when there is none, why (unmeasured).
-    bool hasUndo = false;
-    Undo undo;
-    std::string unmeasured;
+    std::string rule;  // the id of the rule that found it (LintRules::kRules)
+    std::optional<Undo> undo;
+    std::string unmeasured;  // why there is no effect, when there is none
     // A comment or blank text the reader met: a finding only when undoing it changes something.
     bool onlyIfEffect = false;
-    // Measured: the differences and store changes of diff --json, undone copy as a, file as b.
-    bool measured = false;
+    // diff --json's differences and store changes, undone copy as a, file as b; null unmeasured.
     Json effect;
-    // The other findings that undoing this one's cause clears (its consequences).
-    std::vector<Note> follows;
+    std::vector<Note> follows;  // the findings that undoing this cause clears
 };
 
 inline const char* severityName(Severity severity) {

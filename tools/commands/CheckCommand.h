@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "tools/Finding.h"
+#include "tools/lint/Finding.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/ToolOutput.h"
 

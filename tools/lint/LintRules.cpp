@@ -1,0 +1,852 @@
+#include "tools/lint/LintRules.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "reader/SetterCollection.h"
+#include "reader/TuningFileParser.h"
+#include "reader/ValueSetter.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/NumberText.h"
+#include "translator/GeqLayout.h"
+#include "translator/VexParameter.h"
+
+namespace korva::tool {
+
+namespace {
+
+using Report = LoadReport;
+using Action = Undo::Action;
+
+std::string inQuotes(const std::string& text) {
+    return "\"" + text + "\"";
+}
+
+// The parts, numbers as decimals, as one text.
+template <typename... Parts>
+std::string cat(const Parts&... parts) {
+    std::ostringstream out;
+    (out << ... << parts);
+    return out.str();
+}
+
+// Undoes the cause by edit when a name or word close to the written one was found, else says why
+// it is not undone.
+void undoBy(Finding& finding, const std::string& best, const Undo& edit, const char* why) {
+    if (!best.empty()) {
+        finding.undo = edit;
+    } else {
+        finding.unmeasured = why;
+    }
+}
+
+std::string tag(const std::string& name) {
+    return "<" + name + ">";
+}
+
+// The candidate close enough to name to be a slip of the keyboard, or "": at most a quarter of
+// its letters (one to three) wrong, missing or extra, two neighbours swapped counting as one
+// ("vaule"). Case does not count when ignoreCase.
+std::string closest(const std::string& name, const std::set<std::string>& candidates,
+                    bool ignoreCase = false) {
+    const auto fold = [ignoreCase](std::string text) {
+        for (char& c : text) {
+            c = ignoreCase ? static_cast<char>(std::tolower(static_cast<unsigned char>(c))) : c;
+        }
+        return text;
+    };
+    const std::string a = fold(name);
+    size_t bestDistance = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4)) + 1;
+    std::string best;
+    for (const std::string& candidate : candidates) {
+        const std::string b = fold(candidate);
+        // The distance is at least the difference in length.
+        if (candidate == name ||
+            std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= bestDistance) {
+            continue;
+        }
+        std::vector<std::vector<size_t>> d(a.size() + 1, std::vector<size_t>(b.size() + 1));
+        for (size_t i = 0; i <= a.size(); i++) {
+            for (size_t j = 0; j <= b.size(); j++) {
+                d[i][j] = i == 0 || j == 0 ? i + j
+                                           : std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
+                                                       d[i - 1][j - 1] + (a[i - 1] != b[j - 1])});
+                if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                    d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+                }
+            }
+        }
+        if (d[a.size()][b.size()] < bestDistance) {
+            best = candidate;
+            bestDistance = d[a.size()][b.size()];
+        }
+    }
+    return best;
+}
+
+std::string didYouMean(const std::string& best, bool asTag) {
+    return best.empty() ? "" : " (did you mean " + (asTag ? tag(best) : inQuotes(best)) + "?)";
+}
+
+std::string readAs(const Report::NumberEvent& number) {
+    return number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
+}
+
+std::string blobTitle(const Report::Blob& blob) {
+    return (blob.isTuning ? "tuning device " + inQuotes(blob.device)
+                          : "profile " + std::to_string(blob.profileId)) +
+           "'s blob";
+}
+
+// The rules over one load's report, with what they share: where a node is and how it is named.
+class Linter {
+public:
+    Linter(const Report& report, std::vector<Finding>* out) : mReport(report), mOut(*out) {}
+
+    void passedOver();
+    void textRead();
+    void valuesChanged();
+    void emptyEntries();
+    void loaded();
+    void unusedRecords();
+    void presetBands();
+
+private:
+    FileLine at(int node) const { return {mReport.node(node).line, mReport.node(node).atLeast}; }
+
+    Note note(int node, std::string message) const { return {at(node), std::move(message)}; }
+
+    // The new finding; the reference holds until the next one is added.
+    Finding& add(FileLine where, std::string message, Severity severity = Severity::kWarning) {
+        mOut.emplace_back(where, severity, std::move(message));
+        return mOut.back();
+    }
+    Finding& add(int node, std::string message, Severity severity = Severity::kWarning) {
+        return add(at(node), std::move(message), severity);
+    }
+
+    // The root's line, for findings about the file as a whole.
+    FileLine rootLine() const {
+        for (const ReportedNode& node : mReport.nodes) {
+            if (node.parent < 0 && node.isElement) {
+                return {node.line, node.atLeast};
+            }
+        }
+        return {1, false};
+    }
+
+    // An element as <name>, a comment or a text by its words.
+    std::string describe(int index) const {
+        const ReportedNode& node = mReport.node(index);
+        if (node.isElement) {
+            return tag(node.name);
+        }
+        std::string content = node.content;
+        content.erase(0, content.find_first_not_of(" \t\r\n"));
+        content.erase(content.find_last_not_of(" \t\r\n") + 1);
+        if (!node.isComment && content.empty()) {
+            return "blank text";
+        }
+        if (content.size() > 30) {
+            content = content.substr(0, 27) + "...";
+        }
+        return (node.isComment ? "the comment " : "the text ") + inQuotes(content);
+    }
+
+    std::string parentTag(int index) const {
+        const ReportedNode& parent = mReport.node(mReport.node(index).parent);
+        return parent.isElement ? tag(parent.name) : std::string("the document");
+    }
+
+    // The attributes of node the load read (as text, a number or a word), of this text if any.
+    std::set<std::string> readAttributes(int node, const std::string& text) const {
+        std::set<std::string> names;
+        const auto add = [&](int at, const std::string& name, const std::string& written) {
+            if (at == node && (text.empty() || written == text)) {
+                names.insert(name);
+            }
+        };
+        for (const Report::AttributeEvent& a : mReport.attributes) {
+            if (a.how == AttributeRead::kRead) {
+                add(a.node, a.name, a.text);
+            }
+        }
+        for (const Report::NumberEvent& number : mReport.numbers) {
+            add(number.node, number.attribute, number.text);
+        }
+        for (const Report::KeywordEvent& keyword : mReport.keywords) {
+            add(keyword.node, keyword.attribute, keyword.text);
+        }
+        return names;
+    }
+
+    // The node the reader looked at in parent for an include and did not find one, or -1.
+    int missedInclude(int parent) const {
+        for (const Report::NodeEvent& lookup : mReport.lookups) {
+            if (!lookup.found && mReport.node(lookup.node).parent == parent &&
+                lookup.what == static_cast<int>(Structure::kInclude)) {
+                return lookup.node;
+            }
+        }
+        return -1;
+    }
+
+    bool isUnder(int ancestor, int node) const {
+        for (int at = node; at >= 0; at = mReport.node(at).parent) {
+            if (at == ancestor) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // The entries of a blob that a translation added.
+    std::vector<BlobEntry> entriesOf(const Report::TranslatedEvent& event) const {
+        if (event.blob < 0 || static_cast<size_t>(event.blob) >= mReport.blobs.size()) {
+            return {};
+        }
+        std::vector<BlobEntry> all = BlobDecoder::decode(mReport.blobs[event.blob].words).entries;
+        const int end = std::min<int>(event.endEntry, static_cast<int>(all.size()));
+        const int first = std::clamp(event.firstEntry, 0, std::max(end, 0));
+        return std::vector<BlobEntry>(all.begin() + first, all.begin() + std::max(first, end));
+    }
+
+    const Report& mReport;
+    std::vector<Finding>& mOut;
+};
+
+std::set<std::string> parameterElementNames() {
+    std::set<std::string> names;
+    for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
+        names.insert(setter->getNodeName());
+    }
+    return names;
+}
+
+void Linter::passedOver() {
+    static const std::set<std::string> kSetterNames = parameterElementNames();
+    std::set<std::string> structural;
+    std::set<int> read;
+    std::set<int> besideRows;
+    for (const Report::NodeEvent& structure : mReport.structures) {
+        structural.insert(mReport.node(structure.node).name);
+        read.insert(structure.node);
+        if (structure.what == static_cast<int>(Structure::kSetterRow)) {
+            besideRows.insert(structure.node);
+        }
+    }
+    // Index in mOut of the finding each node got, for what passing over it cost.
+    std::map<int, size_t> findingOf;
+    const auto held = [&](int node, std::string message) -> Finding& {
+        findingOf[node] = mOut.size();
+        return add(node, std::move(message));
+    };
+    // A comment or text where the reader looked for an include is read in the include's place.
+    for (const Report::NodeEvent& lookup : mReport.lookups) {
+        const std::string what = describe(lookup.node);
+        if (!lookup.found && !mReport.node(lookup.node).isElement && what != "blank text" &&
+            findingOf.count(lookup.node) == 0) {
+            held(lookup.node, cat(what, " is where the reader looks for ", parentTag(lookup.node),
+                                  "'s <include>: it finds none"))
+                .undo = Undo{Action::kRemove, lookup.node};
+        }
+    }
+    // A setter reads its rows below its element: its own element read as a row means the walk
+    // found nothing below it and went on through the elements after it, which their own setters
+    // read as well: the first of them is the cause.
+    for (const Report::SetterEvent& setter : mReport.setters) {
+        if (besideRows.count(setter.node) == 0 || findingOf.count(setter.node) > 0) {
+            continue;
+        }
+        const ReportedNode& element = mReport.node(setter.node);
+        size_t rows = 0;
+        bool first = true;
+        for (int row : besideRows) {
+            if (mReport.node(row).parent == element.parent) {
+                first = first && mReport.node(row).line >= element.line;
+                rows += mReport.node(row).line >= element.line ? 1 : 0;
+            }
+        }
+        if (first) {
+            held(setter.node,
+                 cat(describe(setter.node), " has no rows of its own: its reading takes ", rows,
+                     " elements at and after it as its rows"))
+                .undo = Undo{Action::kRemove, setter.node};
+        }
+    }
+    const bool cut = std::any_of(mReport.records.begin(), mReport.records.end(),
+                                 [](const RecordSnapshot& r) { return r.dropped; });
+    std::set<std::pair<int, int>> seen;
+    for (const Report::NodeEvent& skip : mReport.skips) {
+        const Skip why = static_cast<Skip>(skip.what);
+        const ReportedNode& node = mReport.node(skip.node);
+        // A walk that passes over what another step of the reader read takes nothing away.
+        if (!seen.insert({skip.node, skip.what}).second ||
+            (why != Skip::kNotWalked && findingOf.count(skip.node) > 0) ||
+            (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
+            continue;
+        }
+        const std::string what = describe(skip.node);
+        const std::string in = what + " in " + parentTag(skip.node) + " is not read";
+        if (why == Skip::kNotWalked && findingOf.count(node.parent) > 0) {
+            findingOf[skip.node] = findingOf[node.parent];
+            mOut[findingOf[skip.node]].notes.push_back(
+                note(skip.node, "so " + what + " is not read"));
+            continue;
+        }
+        switch (why) {
+            case Skip::kSteppedOver: {
+                // What passing over the first child cost: includes not found under its parent.
+                std::vector<Note> notes;
+                for (const Report::NodeEvent& lookup : mReport.lookups) {
+                    if (!lookup.found && isUnder(node.parent, lookup.node)) {
+                        notes.push_back(
+                            note(lookup.node, "so the reader looks for " + parentTag(lookup.node) +
+                                                  "'s <include> at " + describe(lookup.node) +
+                                                  " and does not find it"));
+                    }
+                }
+                Finding& f =
+                    held(skip.node, what + " is the first child of " + parentTag(skip.node) +
+                                        ", which the reader steps over: it is not read");
+                if (node.isElement) {
+                    f.unmeasured = "no rule undoes an element that the reader steps over";
+                } else {
+                    f.undo = Undo{Action::kRemove, skip.node};
+                    // In blank text's place, a comment costs nothing unless measured otherwise.
+                    f.onlyIfEffect = notes.empty();
+                }
+                f.notes = std::move(notes);
+                break;
+            }
+            case Skip::kNotElement: {
+                Finding& f = held(skip.node, in);
+                f.undo = Undo{Action::kRemove, skip.node};
+                // Comments are there to be passed over: one is a finding only by its effect.
+                f.onlyIfEffect = node.isComment;
+                break;
+            }
+            case Skip::kNoSetter:
+            case Skip::kUnknown: {
+                const int lookedAt = missedInclude(node.parent);
+                const bool misplaced =
+                    node.name == TuningFileParser::kIncludeElement && lookedAt >= 0;
+                const std::string best =
+                    misplaced
+                        ? ""
+                        : closest(node.name, why == Skip::kNoSetter ? kSetterNames : structural);
+                Finding& f = held(
+                    skip.node, in + ": " +
+                                   (misplaced ? "the reader looks for it at " + describe(lookedAt)
+                                    : why == Skip::kNoSetter ? "no parameter has this name"
+                                                             : "the reader does not know it") +
+                                   didYouMean(best, true));
+                undoBy(f, misplaced ? "include" : best,
+                       misplaced ? Undo(Action::kMoveBefore, skip.node, "", "", lookedAt)
+                                 : Undo(Action::kRename, skip.node, "", best),
+                       "no name the reader knows is close to it");
+                break;
+            }
+            case Skip::kNotWalked:
+                held(skip.node, in + ": no walk of the reader reaches it");
+                break;
+            case Skip::kAfterCut:
+                // Otherwise told as notes of the tuning that cut the reading.
+                if (!cut) {
+                    held(skip.node, what + " is not read: the reading stopped before it");
+                }
+                break;
+            case Skip::kEndsList:
+                held(skip.node, what + " ends the list of bands in " + parentTag(skip.node) +
+                                    ": the bands after it are not read");
+                break;
+            case Skip::kVersionRule:
+                held(skip.node, what + " is passed over in a file of format version " +
+                                    inQuotes(mReport.formatVersion) + ": its settings do not apply")
+                    .unmeasured = "the file's format version decides it, not an edit here";
+                break;
+        }
+    }
+}
+
+void Linter::textRead() {
+    // Attribute names each element name was asked for, for the names to suggest.
+    std::map<std::string, std::set<std::string>> asked;
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        if (attribute.how != AttributeRead::kIgnored) {
+            asked[mReport.node(attribute.node).name].insert(attribute.name);
+        }
+    }
+    // (node, attribute) pairs a finding already covers.
+    std::set<std::pair<int, std::string>> covered;
+    const auto keywordNotes = [this, &covered](int node, std::vector<Note>* notes) {
+        for (const Report::KeywordEvent& keyword : mReport.keywords) {
+            if (keyword.node == node && !keyword.recognised) {
+                covered.insert({node, keyword.attribute});
+                notes->push_back(note(node, "its " + keyword.attribute + " " +
+                                                inQuotes(keyword.text) + " is read as " +
+                                                std::to_string(keyword.value)));
+            }
+        }
+    };
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        if (attribute.how != AttributeRead::kIgnored) {
+            continue;
+        }
+        const std::string element = describe(attribute.node);
+        const std::string best = closest(attribute.name, asked[mReport.node(attribute.node).name]);
+        Finding& f = add(attribute.node, "attribute " + inQuotes(attribute.name) + " of " +
+                                             element + " is not read" + didYouMean(best, false));
+        undoBy(f, best, {Action::kRename, attribute.node, attribute.name, best},
+               "no attribute name the reader asks for is close to it");
+        for (const Report::AttributeEvent& missing : mReport.attributes) {
+            if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
+                covered.insert({missing.node, missing.name});
+                f.notes.push_back(note(missing.node, element + " has no " + inQuotes(missing.name) +
+                                                         ": it is read as empty"));
+            }
+        }
+        keywordNotes(attribute.node, &f.notes);
+    }
+    // An absent attribute matters where its empty text became a number or a word.
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        if (attribute.how != AttributeRead::kMissing ||
+            covered.count({attribute.node, attribute.name}) > 0) {
+            continue;
+        }
+        std::string value;
+        for (const Report::NumberEvent& number : mReport.numbers) {
+            if (number.node == attribute.node && number.attribute == attribute.name) {
+                value = readAs(number);
+            }
+        }
+        for (const Report::KeywordEvent& keyword : mReport.keywords) {
+            if (keyword.node == attribute.node && keyword.attribute == attribute.name &&
+                !keyword.recognised) {
+                value = std::to_string(keyword.value);
+            }
+        }
+        if (!value.empty()) {
+            covered.insert({attribute.node, attribute.name});
+            Finding& f = add(attribute.node, describe(attribute.node) + " has no " +
+                                                 attribute.name + " attribute: read as " + value);
+            f.unmeasured = "nothing in the file to undo: the attribute is absent";
+            keywordNotes(attribute.node, &f.notes);
+        }
+    }
+    // The words this load read as numbers ("true"), by attribute name.
+    std::map<std::string, std::set<std::string>> words;
+    for (const Report::NumberEvent& number : mReport.numbers) {
+        if (number.how == NumberRead::kWord) {
+            words[number.attribute].insert(number.text);
+        }
+    }
+    for (const Report::NumberEvent& number : mReport.numbers) {
+        if (number.how == NumberRead::kWhole || number.how == NumberRead::kWord ||
+            !covered.insert({number.node, number.attribute}).second) {
+            continue;
+        }
+        const char* how = number.isList                        ? " is not a list of whole numbers"
+                          : number.how == NumberRead::kClamped ? " is out of the int range"
+                          : number.how == NumberRead::kNone    ? " has no digits"
+                                                               : " is not a whole number";
+        Finding& f =
+            add(number.node, describe(number.node) + " " + number.attribute + " " +
+                                 inQuotes(number.text) + how + ": read as " + readAs(number));
+        const std::string best = number.how == NumberRead::kNone
+                                     ? closest(number.text, words[number.attribute], true)
+                                     : "";
+        undoBy(f, best, {Action::kReplace, number.node, number.attribute, best},
+               "no rule undoes a number that is read otherwise than written");
+    }
+    // The words the reader knew in this load, by element and attribute name, and the library's
+    // names of endpoints and ports, which these words name.
+    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
+    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
+    std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
+    for (const Report::KeywordEvent& keyword : mReport.keywords) {
+        if (keyword.recognised) {
+            known[{mReport.node(keyword.node).name, keyword.attribute}].insert(keyword.text);
+        }
+    }
+    for (const Report::KeywordEvent& keyword : mReport.keywords) {
+        if (keyword.recognised || !covered.insert({keyword.node, keyword.attribute}).second) {
+            continue;
+        }
+        Finding& f =
+            add(keyword.node,
+                describe(keyword.node) + " " + keyword.attribute + " " + inQuotes(keyword.text) +
+                    " is not a word the reader knows: read as " + std::to_string(keyword.value));
+        const int record = mReport.recordOfNode(keyword.node);
+        if (record >= 0) {
+            const RecordSnapshot& made = mReport.records[record];
+            f.notes.push_back(note(made.node, made.title() + " is made of it"));
+        }
+        std::set<std::string> candidates =
+            known[{mReport.node(keyword.node).name, keyword.attribute}];
+        candidates.insert(libraryWords.begin(), libraryWords.end());
+        const std::string best = closest(keyword.text, candidates, true);
+        undoBy(f, best, {Action::kReplace, keyword.node, keyword.attribute, best},
+               "no word this load read there is close to it");
+    }
+}
+
+void Linter::valuesChanged() {
+    static const char* const kKindNames[] = {"IEQ preset", "GEQ preset", "profile",
+                                             "profile endpoint", "tuning"};
+    // The last value each record's parameter got from an element, by value event.
+    std::map<std::pair<int, Parameter>, size_t> fromFile;
+    for (size_t i = 0; i < mReport.values.size(); i++) {
+        const Report::ValueEvent& value = mReport.values[i];
+        const std::string name = kParameterNames[value.parameter];
+        const auto key = std::make_pair(value.record, value.parameter);
+        const auto earlier = fromFile.find(key);
+        const Report::ValueEvent* written =
+            earlier != fromFile.end() ? &mReport.values[earlier->second] : nullptr;
+        if (value.source == ValueSource::kFile) {
+            const RecordSnapshot& record = mReport.records[value.record];
+            if (record.validParams.count(value.parameter) == 0) {
+                add(value.node, describe(value.node) + " sets " + name + ", which a " +
+                                    kKindNames[static_cast<int>(record.kind)] +
+                                    " does not use: it is ignored here");
+            } else if (written != nullptr && written->node != value.node) {
+                add(value.node, describe(value.node) + " sets " + name +
+                                    " again: the value at line " + lineText(at(written->node)) +
+                                    " is replaced");
+            }
+            fromFile[key] = i;
+        } else if ((value.source == ValueSource::kVersion32 ||
+                    value.source == ValueSource::kVersion322 ||
+                    value.source == ValueSource::kBefore34) &&
+                   written != nullptr && written->values != value.values) {
+            add(written->node,
+                name + " " + NumberText::bracketed(written->values) +
+                    " written here is replaced by " + NumberText::bracketed(value.values) +
+                    (mReport.formatVersion.empty()
+                         ? std::string(" (the file has no format version)")
+                         : " by the rules of format version " + mReport.formatVersion));
+        }
+    }
+    emptyEntries();
+}
+
+// Entries the effect gets with no values, because their record lacks a parameter.
+void Linter::emptyEntries() {
+    // The parameters each translation read as empty lists: they are reported just before it.
+    std::map<size_t, std::vector<Parameter>> absent;
+    for (const Report::ValueEvent& value : mReport.values) {
+        if (value.source == ValueSource::kTranslatorEmpty) {
+            absent[value.nextTranslated].push_back(value.parameter);
+        }
+    }
+    // One finding per record and empty entry code, with a note for each blob it is in.
+    std::map<std::pair<int, std::string>, size_t> made;
+    for (const auto& [index, parameters] : absent) {
+        if (index >= mReport.translated.size()) {
+            continue;
+        }
+        const Report::TranslatedEvent& event = mReport.translated[index];
+        if (event.blob < 0 || mReport.blobs[event.blob].fate == BlobFate::kDropped) {
+            continue;
+        }
+        const RecordSnapshot& record = mReport.records[event.record];
+        std::string names;
+        for (Parameter parameter : parameters) {
+            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[parameter]);
+        }
+        for (const BlobEntry& entry : entriesOf(event)) {
+            if (!entry.values.empty()) {
+                continue;
+            }
+            const std::string code = BlobDecoder::codeText(entry.code);
+            const auto [found, isNew] =
+                made.emplace(std::make_pair(event.record, code), mOut.size());
+            if (isNew) {
+                add(record.node, record.title() + " has no " + names + ": the effect gets " +
+                                     inQuotes(code) + " with no values");
+            }
+            mOut[found->second].notes.push_back(
+                note(record.node, "for " + BlobDecoder::deviceName(entry.deviceId) + " in " +
+                                      blobTitle(mReport.blobs[event.blob])));
+        }
+    }
+}
+
+// Records whose partner is missing, loader defaults and blobs one id or name files twice.
+void Linter::loaded() {
+    const FileLine root = rootLine();
+    if (std::none_of(mReport.structures.begin(), mReport.structures.end(),
+                     [](const Report::NodeEvent& s) {
+                         return s.what == static_cast<int>(Structure::kFormatVersion);
+                     })) {
+        add(root,
+            "no <format_version>: the file is read by the rules of formats before 3.4, "
+            "whose defaults replace values it writes");
+    }
+    for (const RecordSnapshot& record : mReport.records) {
+        if (record.dropped) {
+            Finding& f = add(record.node,
+                             record.title() + " has no data element: the reader drops it and stops",
+                             Severity::kError);
+            for (const Report::NodeEvent& skip : mReport.skips) {
+                if (skip.what == static_cast<int>(Skip::kAfterCut)) {
+                    f.notes.push_back(note(skip.node, describe(skip.node) + " is not read"));
+                }
+            }
+        }
+    }
+    std::set<std::pair<MissingPartner, std::pair<int, int>>> partners;
+    for (const Report::PartnerEvent& partner : mReport.partnersMissing) {
+        // The loader meets a record once per blob it goes into.
+        if (!partners.insert({partner.what, {partner.record, partner.binding.node}}).second) {
+            continue;
+        }
+        const RecordSnapshot* record =
+            partner.record >= 0 ? &mReport.records[partner.record] : nullptr;
+        const int node = record != nullptr ? record->node : partner.binding.node;
+        const std::string title = record != nullptr ? record->title() : "";
+        const std::string device = "tuning device " + inQuotes(partner.binding.device);
+        switch (partner.what) {
+            case MissingPartner::kGeqPreset:
+                add(node, title +
+                              " has no GEQ preset: its blob carries no graphic EQ and the "
+                              "persisted user gains are not restored for it");
+                break;
+            case MissingPartner::kIeqPreset: {
+                Finding& f = add(node, cat(title, " selects IEQ preset ",
+                                           record != nullptr ? record->selectedIeqPreset : 0,
+                                           ", which the file does not define"));
+                // The reference is the attribute its include was read from.
+                for (const Report::NodeEvent& include : mReport.structures) {
+                    if (include.what == static_cast<int>(Structure::kInclude) &&
+                        mReport.node(include.node).parent == node) {
+                        for (const std::string& name : readAttributes(include.node, "")) {
+                            f.undo = Undo{Action::kRemoveAttribute, include.node, name};
+                            f.at = at(include.node);
+                        }
+                    }
+                }
+                f.unmeasured =
+                    f.undo ? "" : "the load reported no attribute that makes the reference";
+                break;
+            }
+            case MissingPartner::kEndpointOther:
+                add(node, title + ": nothing of this endpoint reaches the effect");
+                break;
+            case MissingPartner::kTuning: {
+                Finding& f = add(node,
+                                 device + " names tuning " + inQuotes(partner.binding.tuning) +
+                                     ", which is not kept: the device gets no blob",
+                                 Severity::kError);
+                for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
+                    f.undo = Undo{Action::kRemoveAttribute, node, name};
+                }
+                break;
+            }
+            case MissingPartner::kPortDevice:
+                add(node,
+                    "endpoint_port " + inQuotes(partner.binding.port) + " of " + device +
+                        " has no output device: its entries are filed for device 0, "
+                        "which no output matches",
+                    Severity::kError);
+                break;
+        }
+    }
+    const int speaker = mReport.speakerTuning;
+    const int speakerNode = speaker >= 0 ? mReport.records[speaker].node : -1;
+    const std::string speakerTitle =
+        speaker >= 0 ? mReport.records[speaker].title() : std::string("the speaker's tuning");
+    for (LoaderDefault what : mReport.loaderDefaults) {
+        add(speakerNode >= 0 ? at(speakerNode) : root,
+            speakerTitle + (what == LoaderDefault::kMixMatrix
+                                ? " has no mix matrix (<output-mode>): every speaker "
+                                  "endpoint of every profile gets the default one"
+                                : " has no <virtual-bass-mode>: every profile endpoint "
+                                  "gets the default vb mode"));
+    }
+    for (const auto& [port, device] : mReport.defaultSelectionsMissing) {
+        const std::string named =
+            port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port] : cat(port);
+        add(root,
+            cat("default tuning device ", inQuotes(device), " for port ", named, " is missing",
+                port == DEVICE_INTERNAL_SPEAKER ? " (bind the speaker's tuning with <device_id "
+                                                  "id=\"\" endpoint_port=\"internal_speaker\"/>)"
+                                                : "",
+                ": the store disables every tuning"),
+            Severity::kError);
+    }
+    // A blob dropped or replaced: say which records went into the one that is kept.
+    for (size_t b = 0; b < mReport.blobs.size(); b++) {
+        const Report::Blob& blob = mReport.blobs[b];
+        const RecordKind owner = blob.isTuning ? RecordKind::kTuning : RecordKind::kProfile;
+        const auto made = std::find_if(mReport.translated.begin(), mReport.translated.end(),
+                                       [&](const auto& event) {
+                                           return event.blob == static_cast<int>(b) &&
+                                                  mReport.records[event.record].kind == owner;
+                                       });
+        if (blob.fate == BlobFate::kStored || made == mReport.translated.end()) {
+            continue;
+        }
+        const RecordSnapshot& snapshot = mReport.records[made->record];
+        Finding& f =
+            add(snapshot.node, blob.fate == BlobFate::kDropped
+                                   ? cat("profile id ", blob.profileId,
+                                         " is used again: the blob built for ", snapshot.title(),
+                                         " is dropped; the blob of the first profile of the id is "
+                                         "kept, and the endpoints of both go into it")
+                                   : snapshot.title() + " replaces the blob of " +
+                                         inQuotes(blob.device) + " that an earlier tuning made");
+        const auto kept = std::find_if(mReport.blobs.begin(), mReport.blobs.end(), [&](auto& k) {
+            return k.fate == BlobFate::kStored && k.isTuning == blob.isTuning &&
+                   k.profileId == blob.profileId && k.device == blob.device;
+        });
+        if (kept == mReport.blobs.end()) {
+            continue;
+        }
+        const int keptIndex = static_cast<int>(kept - mReport.blobs.begin());
+        // Each profile or endpoint record's entries in the kept blob, first to last.
+        std::vector<std::pair<int, std::pair<int, int>>> ranges;
+        for (const Report::TranslatedEvent& event : mReport.translated) {
+            const RecordKind kind = mReport.records[event.record].kind;
+            if (event.blob != keptIndex || event.endEntry <= event.firstEntry ||
+                (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
+                continue;
+            }
+            if (!ranges.empty() && ranges.back().first == event.record) {
+                ranges.back().second.second = event.endEntry;
+            } else {
+                ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
+            }
+        }
+        for (const auto& [record, range] : ranges) {
+            const RecordSnapshot& into = mReport.records[record];
+            f.notes.push_back(
+                note(into.node, cat(into.title(), " goes into the kept ", blobTitle(*kept),
+                                    " as entries ", range.first + 1, "-", range.second)));
+        }
+        const DecodedBlob decoded = BlobDecoder::decode(kept->words);
+        std::map<std::pair<int, int>, int> sent;
+        std::string twice;
+        for (const BlobEntry& entry : decoded.entries) {
+            if (++sent[{entry.deviceId, entry.code}] == 2) {
+                twice += cat(twice.empty() ? "" : ", ", BlobDecoder::deviceName(entry.deviceId),
+                             " ", inQuotes(BlobDecoder::codeText(entry.code)));
+            }
+        }
+        if (!twice.empty()) {
+            f.notes.push_back(
+                note(snapshot.node, "the kept blob sends these more than once: " + twice));
+        }
+        f.notes.push_back(note(snapshot.node, cat("the kept ", blobTitle(*kept), " has ",
+                                                  decoded.entries.size(), " entries")));
+    }
+}
+
+// Records that went into no blob at all: a preset that no profile or endpoint takes (or that an
+// earlier one of the same id shadows), a tuning that no device is bound to.
+void Linter::unusedRecords() {
+    std::set<int> used;
+    for (const Report::TranslatedEvent& event : mReport.translated) {
+        used.insert(event.record);
+    }
+    for (const Report::PartnerEvent& partner : mReport.partnersMissing) {
+        if (partner.what == MissingPartner::kEndpointOther) {
+            used.insert(partner.record);
+        }
+    }
+    for (size_t i = 0; i < mReport.records.size(); i++) {
+        const RecordSnapshot& record = mReport.records[i];
+        if (!record.dropped && used.count(static_cast<int>(i)) == 0) {
+            add(record.node,
+                record.title() + " goes into no blob: nothing of it reaches the effect");
+        }
+    }
+}
+
+// Presets whose band lists disagree.
+void Linter::presetBands() {
+    const auto count = [](const RecordSnapshot* record, Parameter parameter) {
+        auto found = record->values.find(parameter);
+        return found != record->values.end() ? found->second.size() : 0;
+    };
+    const RecordSnapshot* first = nullptr;
+    for (const RecordSnapshot* preset : mReport.ofKind(RecordKind::kIeqPreset)) {
+        const size_t frequencies = count(preset, IEQ_FREQUENCY);
+        const size_t targets = count(preset, IEQ_TARGET);
+        if (frequencies != targets) {
+            add(preset->node, cat(preset->title(), " has ", frequencies, " band frequencies but ",
+                                  targets, " targets: the effect reads the curve out of step"));
+        }
+        // Every preset describes the same bands: one of another length is likely cut short.
+        first = first != nullptr ? first : preset;
+        if (frequencies != count(first, IEQ_FREQUENCY)) {
+            add(preset->node, cat(preset->title(), " has ", frequencies, " bands, but ",
+                                  first->title(), " has ", count(first, IEQ_FREQUENCY)))
+                .notes.push_back(note(first->node, first->title() + " is here"));
+        }
+    }
+    for (const Report::TranslatedEvent& event : mReport.translated) {
+        const RecordSnapshot& record = mReport.records[event.record];
+        if (record.kind != RecordKind::kGeqPreset || event.blob < 0 ||
+            mReport.blobs[event.blob].fate != BlobFate::kStored) {
+            continue;
+        }
+        for (const BlobEntry& entry : entriesOf(event)) {
+            if (entry.code == vexParameterCode(GEBS) &&
+                entry.values.size() != static_cast<size_t>(kGeqWords)) {
+                add(record.node, cat(record.title(), " makes a \"gebs\" of ", entry.values.size(),
+                                     " values: the effect gets \"gebs\" only with ", kGeqWords, " (",
+                                     kGeqBands, " bands), so this graphic EQ never reaches it"));
+            }
+        }
+    }
+}
+
+}  // namespace
+
+const std::vector<LintRules::Rule> LintRules::kRules = {
+    {"unreadable", "the file is not a readable XML document"},
+    {"passed-over", "elements, records and blobs the library passed over, cut short or dropped"},
+    {"text-read", "attributes, numbers and words read otherwise than written"},
+    {"values-changed",
+     "values written twice, not used by their record, replaced by a rule or sent empty"},
+    {"loaded", "records whose partner is missing, loader defaults and blobs filed twice"},
+    {"unused-records", "records that go into no blob"},
+    {"preset-bands", "presets whose band lists disagree"},
+};
+
+std::vector<Finding> LintRules::run(const LoadReport& report) {
+    std::vector<Finding> findings;
+    if (report.readFailed) {
+        findings.emplace_back(FileLine{report.readErrorLine, false}, Severity::kError,
+                              "not a readable XML document" +
+                                  (report.readError.empty() ? "" : ": " + report.readError));
+        findings.back().rule = kRules[0].id;
+        return findings;
+    }
+    Linter linter(report, &findings);
+    // In the order of kRules after "unreadable".
+    void (Linter::*const rules[])() = {&Linter::passedOver,    &Linter::textRead,
+                                       &Linter::valuesChanged, &Linter::loaded,
+                                       &Linter::unusedRecords, &Linter::presetBands};
+    for (size_t i = 0; i < std::size(rules); i++) {
+        const size_t first = findings.size();
+        (linter.*rules[i])();
+        for (size_t f = first; f < findings.size(); f++) {
+            findings[f].rule = kRules[i + 1].id;
+        }
+    }
+    for (Finding& finding : findings) {
+        if (!finding.undo && finding.unmeasured.empty()) {
+            finding.unmeasured = "no rule of the tool undoes this cause";
+        }
+    }
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding& a, const Finding& b) { return a.at.line < b.at.line; });
+    return findings;
+}
+
+}  // namespace korva::tool
