@@ -41,15 +41,31 @@ void writeFile(const std::string& path, const std::string& text) {
 
 const std::string kExample = examplesDir() + "/kvx-default-spatializer.xml";
 
+// The scratch files made so far, removed after each test.
+std::vector<std::string> sScratch;
+
 // A path of this test process's own in the temporary directory (on a device, the shell's).
 std::string scratch(const std::string& name) {
-    return testing::TempDir() + "korva-bad-input-" + std::to_string(getpid()) + "-" + name;
+    sScratch.push_back(testing::TempDir() + "korva-bad-input-" + std::to_string(getpid()) + "-" +
+                       name);
+    return sScratch.back();
 }
 
 // The store as construction left it (on the host it finds no device file), before each load.
 class BadInputTest : public ::testing::Test {
 protected:
     BadInputTest() : mPeer(mStore), mInitial(mPeer) {}
+    ~BadInputTest() override { removeScratch(); }
+
+    static void removeScratch() {
+        for (const std::string& path : sScratch) {
+            chmod(path.c_str(), 0600);
+            if (unlink(path.c_str()) != 0) {
+                rmdir(path.c_str());
+            }
+        }
+        sScratch.clear();
+    }
 
     void load(const std::string& path) {
         mInitial.restore(mPeer);
@@ -101,9 +117,13 @@ TEST_F(BadInputTest, UnusableFilesAreRefusedWhole) {
 
     // Root reads any file; on a device the effect process runs as an ordinary user. Each test
     // runs in a process of its own, so dropping privileges here affects nothing else.
+    // Root's files in the sticky temporary folder are removed while root still may; the
+    // unreadable one is the ordinary user's own, so that it can remove it.
+    removeScratch();
     writeFile(scratch("unreadable.xml"), example);
     ASSERT_EQ(0, chmod(scratch("unreadable.xml").c_str(), 0));
     if (getuid() == 0) {
+        ASSERT_EQ(0, chown(scratch("unreadable.xml").c_str(), 65534, 65534));
         ASSERT_EQ(0, setgid(65534));
         ASSERT_EQ(0, setuid(65534));
     }
