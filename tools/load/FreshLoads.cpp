@@ -56,38 +56,6 @@ bool receive(int fd, std::string* text) {
     return readAll(fd, text->data(), size);
 }
 
-// The document work makes of the file, as text, from a process of its own; "" when it fails.
-std::string loadInChild(const std::string& path, ChildLoad::Work work) {
-    int pipeFds[2];
-    if (pipe(pipeFds) != 0) {
-        return "";
-    }
-    const pid_t child = fork();
-    if (child == 0) {
-        close(pipeFds[0]);
-        Json document;
-        bool done = work(path, &document) == kExitOk;
-        if (done) {
-            const std::string text = document.dump(-1, ' ', false, Json::error_handler_t::replace);
-            done = writeAll(pipeFds[1], text.data(), text.size());
-        }
-        _exit(done ? kExitOk : kExitError);
-    }
-    close(pipeFds[1]);
-    std::string text;
-    char buffer[65536];
-    ssize_t n;
-    while (child > 0 &&
-           ((n = read(pipeFds[0], buffer, sizeof(buffer))) > 0 || (n < 0 && errno == EINTR))) {
-        text.append(buffer, n > 0 ? static_cast<size_t>(n) : 0);
-    }
-    close(pipeFds[0]);
-    int status = 0;
-    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == kExitOk ? text : "";
-}
-
 // One load: the text in a private file for as long as the load takes.
 std::string loadOne(const std::string& text, ChildLoad::Work work) {
     const char* folder = getenv("TMPDIR");
@@ -99,9 +67,10 @@ std::string loadOne(const std::string& text, ChildLoad::Work work) {
     }
     const bool written = writeAll(fd, text.data(), text.size());
     close(fd);
-    const std::string answer = written ? loadInChild(path, work) : "";
+    Json document;
+    const bool loaded = written && ChildLoad::run(path, work, &document) == kExitOk;
     unlink(path.c_str());
-    return answer;
+    return loaded ? document.dump(-1, ' ', false, Json::error_handler_t::replace) : "";
 }
 
 [[noreturn]] void serve(int requests, int answers, ChildLoad::Work work) {
