@@ -1,11 +1,11 @@
 #include "tools/commands/BlobsCommand.h"
 
 #include "reader/String2Int.h"
+#include "tools/load/LoadedFile.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
 #include "tools/render/TextTable.h"
-#include "tools/load/LoadedFile.h"
 
 namespace korva::tool {
 
@@ -35,23 +35,6 @@ std::string blobText(const LoadedBlob& blob, bool raw) {
         }
     }
     return title + table.render("  ");
-}
-
-// The profile id a selector names: a number, or the name of a profile of the file or of a table.
-bool resolveProfile(const std::string& selector, const LoadedFile& file, int* id) {
-    if (NumberText::isWholeInt(selector)) {
-        *id = string2Int(selector);
-        return true;
-    }
-    for (const LoadedFile& in : {file, LoadedFile::builtin()}) {
-        for (const LoadedBlob& blob : in.blobs) {
-            if (blob.kind != LoadedBlob::Kind::kTuningDevice && blob.name == selector) {
-                *id = blob.id;
-                return true;
-            }
-        }
-    }
-    return false;
 }
 
 }  // namespace
@@ -102,7 +85,13 @@ int BlobsCommand::run(const Options& options) {
     }
     const bool selectProfile = !options.profile.empty();
     int profileId = 0;
-    if (selectProfile && !resolveProfile(options.profile, file, &profileId)) {
+    LoadedFile::ProfileNames names;
+    for (const LoadedBlob& blob : file.blobs) {
+        if (blob.kind != LoadedBlob::Kind::kTuningDevice) {
+            names.emplace_back(blob.name, blob.id);
+        }
+    }
+    if (selectProfile && !LoadedFile::profileId(options.profile, names, &profileId)) {
         ToolOutput::error(path, "no profile named " + options.profile);
         return kExitError;
     }

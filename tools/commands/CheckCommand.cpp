@@ -12,11 +12,11 @@
 #include "cache/SpatializerParamCache.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "tools/commands/DiffCommand.h"
-#include "tools/render/TextTable.h"
 #include "tools/lint/Effects.h"
 #include "tools/lint/LintRules.h"
 #include "tools/lint/SarifLog.h"
 #include "tools/lint/UndoEdit.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 

@@ -4,11 +4,11 @@
 #include <set>
 #include <vector>
 
+#include "tools/load/ChildLoad.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
 #include "tools/render/TextTable.h"
-#include "tools/load/ChildLoad.h"
 
 namespace korva::tool {
 

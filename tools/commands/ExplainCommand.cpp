@@ -7,8 +7,9 @@
 
 #include "reader/String2Int.h"
 #include "tools/commands/BlobsCommand.h"
-#include "tools/load/StoreSession.h"
 #include "tools/load/EntryProvenance.h"
+#include "tools/load/LoadedFile.h"
+#include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
@@ -38,18 +39,6 @@ bool sameCode(const std::string& a, const std::string& b) {
            });
 }
 
-// The profile id a selector names, by number or by name; false when the file has no such one.
-bool findProfile(const LoadReport& report, const std::string& selector, int* id) {
-    const bool number = NumberText::isWholeInt(selector);
-    for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
-        if (number ? profile->profileId == string2Int(selector) : profile->name == selector) {
-            *id = profile->profileId;
-            return true;
-        }
-    }
-    return false;
-}
-
 }  // namespace
 
 int ExplainCommand::run(const Options& options) {
@@ -61,7 +50,11 @@ int ExplainCommand::run(const Options& options) {
     const LoadReport& report = session->report();
     const EntryProvenance provenance(report);
     int profileId = 0;
-    if (!options.profile.empty() && !findProfile(report, options.profile, &profileId)) {
+    const LoadedFile::ProfileNames names = LoadedFile::profileNames(report);
+    if (!options.profile.empty() &&
+        (!LoadedFile::profileId(options.profile, names, &profileId) ||
+         std::none_of(names.begin(), names.end(),
+                      [profileId](const auto& named) { return named.second == profileId; }))) {
         ToolOutput::error(path, "no profile " + options.profile);
         return kExitError;
     }

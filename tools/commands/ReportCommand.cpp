@@ -7,17 +7,17 @@
 #include <memory>
 #include <regex>
 
-#include "tools/render/BlobDecoder.h"
-#include "tools/commands/CheckCommand.h"
-#include "tools/render/EntryView.h"
-#include "tools/lint/LintRules.h"
-#include "tools/render/NumberText.h"
-#include "tools/load/StoreSession.h"
 #include "tools/VersionInfo.h"
+#include "tools/commands/CheckCommand.h"
 #include "tools/commands/DiffCommand.h"
 #include "tools/lint/Effects.h"
+#include "tools/lint/LintRules.h"
 #include "tools/load/ChildLoad.h"
+#include "tools/load/StoreSession.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/EntryView.h"
 #include "tools/render/HtmlWriter.h"
+#include "tools/render/NumberText.h"
 #include "tools/render/SvgPlot.h"
 
 namespace korva::tool {

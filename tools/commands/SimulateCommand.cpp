@@ -15,13 +15,14 @@
 #include "reader/String2Int.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArrayConstants.h"
-#include "tools/render/BlobDecoder.h"
 #include "tools/commands/BlobsCommand.h"
 #include "tools/load/EntryProvenance.h"
-#include "tools/render/EntryView.h"
 #include "tools/load/LibraryLog.h"
-#include "tools/render/NumberText.h"
+#include "tools/load/LoadedFile.h"
 #include "tools/load/StoreSession.h"
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/EntryView.h"
+#include "tools/render/NumberText.h"
 #include "tools/render/TextTable.h"
 #include "translator/GeqLayout.h"
 
@@ -137,27 +138,6 @@ struct Step {
     std::string note;
 };
 
-// A profile by id, by a profile name of the file, or by a built-in table's name, in that order.
-bool resolveProfile(const std::string& name, const LoadReport& records,
-                    KrvSpatializerProfileId* id) {
-    std::vector<std::pair<std::string, int>> names;
-    for (const RecordSnapshot* profile : records.ofKind(RecordKind::kProfile)) {
-        names.emplace_back(profile->name, profile->profileId);
-    }
-    for (int builtin = PROFILE_COMMON; builtin <= PROFILE_CUSTOM; builtin++) {
-        names.emplace_back("", builtin);
-        BlobsCommand::builtinSources(builtin, &names.back().first);
-    }
-    const auto found = std::find_if(names.begin(), names.end(),
-                                    [&](const auto& named) { return named.first == name; });
-    const bool number = NumberText::isWholeInt(name);
-    if (!number && found == names.end()) {
-        return false;
-    }
-    *id = static_cast<KrvSpatializerProfileId>(number ? string2Int(name) : found->second);
-    return true;
-}
-
 // Fills the step; returns why the text is no step, or "".
 std::string parseStep(const std::string& text, const StoreSession& session, Step* step) {
     step->text = text;
@@ -168,10 +148,11 @@ std::string parseStep(const std::string& text, const StoreSession& session, Step
         step->run = [](Cache& cache, IEffectKrv* effect) { return cache.loadTuning(effect); };
         step->lack = Cache().isTuningAvailable() ? "" : "the store has no usable tunings";
     } else if (word == "profile") {
-        KrvSpatializerProfileId id = PROFILE_COMMON;
-        if (!resolveProfile(value, session.report(), &id)) {
+        int number = PROFILE_COMMON;
+        if (!LoadedFile::profileId(value, LoadedFile::profileNames(session.report()), &number)) {
             return "no profile named " + value;
         }
+        const auto id = static_cast<KrvSpatializerProfileId>(number);
         step->run = [id](Cache& cache, IEffectKrv* effect) {
             cache.setProfile(id);
             return cache.setKorvaContentProfile(id, effect);

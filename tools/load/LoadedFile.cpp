@@ -4,10 +4,12 @@
 #include <memory>
 
 #include "cache/SpatializerParamCache.h"
+#include "reader/String2Int.h"
 #include "store/SpatializerParamArray.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
+#include "tools/render/NumberText.h"
 #include "translator/VexParameter.h"
 
 namespace korva::tool {
@@ -287,6 +289,28 @@ LoadedFile LoadedFile::builtin() {
         table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
     };
     return file;
+}
+
+bool LoadedFile::profileId(const std::string& selector, const ProfileNames& names, int* id) {
+    ProfileNames all = names;
+    for (const LoadedBlob& blob : builtin().blobs) {
+        all.emplace_back(blob.name, blob.id);
+    }
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [&](const auto& named) { return named.first == selector; });
+    const bool number = NumberText::isWholeInt(selector);
+    if (number || found != all.end()) {
+        *id = number ? string2Int(selector) : found->second;
+    }
+    return number || found != all.end();
+}
+
+LoadedFile::ProfileNames LoadedFile::profileNames(const LoadReport& report) {
+    ProfileNames names;
+    for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
+        names.emplace_back(profile->name, profile->profileId);
+    }
+    return names;
 }
 
 Json LoadedFile::toJson(bool brief) const {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/load/EntryProvenance.h"
@@ -17,6 +18,7 @@
 namespace korva::tool {
 
 class StoreSession;
+struct LoadReport;
 
 struct LoadedEntry {
     int32_t deviceId = 0;
@@ -106,6 +108,12 @@ struct LoadedFile {
     // when the store could not read it.
     static bool open(const std::string& path, LoadedFile* file);
     static LoadedFile builtin();
+    // The profile id a selector names: a number, one of a file's profile names (with their ids),
+    // or a built-in table's name, in that order; false when it names none.
+    using ProfileNames = std::vector<std::pair<std::string, int>>;
+    static bool profileId(const std::string& selector, const ProfileNames& names, int* id);
+    // The profile names of a file's report, for profileId.
+    static ProfileNames profileNames(const LoadReport& report);
 
     // brief keeps of the entries' sources their summary, parameter names and row elements: what
     // comparing and the report read, a tenth of the size. fromJson reads that much of a source.
