@@ -19,18 +19,6 @@ namespace korva::tool {
 
 namespace {
 
-std::string blobTitle(const LoadReport& report, const LoadReport::Blob& blob) {
-    if (blob.isTuning) {
-        return "tuning device \"" + blob.device + "\"";
-    }
-    for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
-        if (profile->profileId == blob.profileId) {
-            return profile->title();
-        }
-    }
-    return "profile " + std::to_string(blob.profileId);
-}
-
 // Codes are four letters whatever case they are typed in.
 bool sameCode(const std::string& a, const std::string& b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
@@ -81,7 +69,8 @@ int ExplainCommand::run(const Options& options) {
                     continue;
                 }
                 found = true;
-                const std::string title = blobTitle(report, blob);
+                const std::string title =
+                    report.blobTitle(blob.isTuning, blob.profileId, blob.device);
                 const std::string device = BlobDecoder::deviceName(source.deviceId);
                 const size_t count = source.values.size();
                 const auto entry =

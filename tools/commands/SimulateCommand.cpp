@@ -223,15 +223,6 @@ private:
         std::vector<EntrySource> entries;
     };
 
-    std::string profileTitle(int id) const {
-        for (const RecordSnapshot* profile : mReport.ofKind(RecordKind::kProfile)) {
-            if (profile->profileId == id && !profile->dropped) {
-                return "profile " + std::to_string(id) + " \"" + profile->name + "\"";
-            }
-        }
-        return "profile " + std::to_string(id);
-    }
-
     const Blob& blob(const CallSource& source) const {
         const auto key = std::make_tuple(source.blob, source.profileId, source.device);
         auto found = mBlobs.find(key);
@@ -244,10 +235,10 @@ private:
             blob.title = "built-in table \"" + blob.title + "\"";
         } else if (source.blob == DeliveredBlob::kFileProfile) {
             blob.entries = mProvenance.ofBlob(mProvenance.profileBlob(source.profileId));
-            blob.title = profileTitle(source.profileId);
+            blob.title = mReport.blobTitle(false, source.profileId, "");
         } else {
             blob.entries = mProvenance.ofBlob(mProvenance.tuningBlob(source.device));
-            blob.title = "tuning device \"" + source.device + "\"";
+            blob.title = mReport.blobTitle(true, 0, source.device);
         }
         return mBlobs.emplace(key, std::move(blob)).first->second;
     }
@@ -285,7 +276,8 @@ Json SourceText::json(const EffectCall& call, const CallSource& source,
     std::string substitution = words.instead == nullptr ? "" : words.instead;
     Json delivery = {{"kind", words.name}};
     if (source.how == Delivery::kUserGeqGains) {
-        substitution = "the user's GEQ gains of " + profileTitle(source.gainsProfile);
+        substitution =
+            "the user's GEQ gains of " + mReport.blobTitle(false, source.gainsProfile, "");
         delivery["profile"] = source.gainsProfile;
         delivery["gains"] =
             mStore.getProfileGeqGains(static_cast<KrvSpatializerProfileId>(source.gainsProfile));
