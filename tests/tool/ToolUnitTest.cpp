@@ -4,11 +4,14 @@
 
 #include <gtest/gtest.h>
 #include <libxml/tree.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,6 +19,7 @@
 #include "engine/RecordingEffect.h"
 #include "tools/lint/LintRules.h"
 #include "tools/lint/UndoEdit.h"
+#include "tools/load/FreshLoads.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/HtmlWriter.h"
@@ -94,6 +98,42 @@ TEST(RecordingEffectTest, KeepingWhatItIsSentAnswersWithinTheCapacityAndRecordsE
     EXPECT_EQ(calls[2].result, -22);
     EXPECT_EQ(calls[3].kind, EffectCall::kCommit);
     EXPECT_TRUE(effect.takeCalls().empty());
+}
+
+// What a load hands back here: the file's text and the process that read it; a file saying
+// "fail" fails.
+int echoWork(const std::string& path, Json* document) {
+    std::ifstream in(path);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    *document = {{"text", text}, {"pid", getpid()}};
+    return text == "fail" ? kExitError : kExitOk;
+}
+
+// More texts than servers: each answer comes back in its text's place, from a process of its own
+// per server, and a failed load is null without holding up the others.
+TEST(FreshLoadsTest, LoadsOnEveryServerAndAnswersInOrder) {
+    std::unique_ptr<FreshLoads> loads = FreshLoads::start(echoWork, 2);
+    ASSERT_NE(nullptr, loads);
+    const std::vector<std::string> texts = {"a", "fail", std::string(300000, 'x'), "d", "e"};
+    const std::vector<Json> documents = loads->loadAll(texts);
+    ASSERT_EQ(texts.size(), documents.size());
+    std::set<int> pids;
+    for (size_t i = 0; i < texts.size(); i++) {
+        SCOPED_TRACE(i);
+        if (texts[i] == "fail") {
+            EXPECT_TRUE(documents[i].is_null());
+            continue;
+        }
+        ASSERT_TRUE(documents[i].is_object());
+        EXPECT_EQ(texts[i], documents[i]["text"].get<std::string>());
+        EXPECT_NE(getpid(), documents[i]["pid"].get<int>());
+        pids.insert(documents[i]["pid"].get<int>());
+    }
+    // Each load runs in a process forked for it.
+    EXPECT_EQ(4u, pids.size());
+    Json one;
+    EXPECT_TRUE(loads->load("f", &one));
+    EXPECT_EQ("f", one["text"].get<std::string>());
 }
 
 TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {

@@ -17,6 +17,9 @@ namespace korva::tool {
 
 namespace {
 
+// Undone copies load on both cores at once.
+constexpr size_t kServers = 2;
+
 // The file's blobs' words by key, written by check's process once it has loaded the file and read
 // by each load of an undone copy, whose process forks after the file is made: a load sends back in
 // full only the blobs that differ from the file's.
@@ -33,16 +36,11 @@ bool changesNothing(const Json& effect) {
     return effect["differences"].empty() && effect["store"].empty();
 }
 
-Measured measureEdits(const LoadReport& report, const LoadedFile& file,
-                      const std::vector<Finding>& findings, const std::vector<Undo>& edits,
-                      FreshLoads& loads, std::string* why) {
+// What the load of an undone copy (null when it failed) changes against the file.
+Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
+                       const Json& undone, std::string* why) {
     Measured measured;
-    std::string text;
-    Json undone;
-    if (!UndoEdit::apply(report, edits, &text, why)) {
-        return measured;
-    }
-    if (!loads.load(text, &undone) || !undone.contains("blobs")) {
+    if (!undone.contains("blobs")) {
         *why = "the undone copy could not be loaded";
         return measured;
     }
@@ -54,13 +52,18 @@ Measured measureEdits(const LoadReport& report, const LoadedFile& file,
             same.insert(blob.key());
         }
     }
-    LoadedFile written = file;
-    for (LoadedFile* side : {&copy, &written}) {
-        side->blobs.erase(
-            std::remove_if(side->blobs.begin(), side->blobs.end(),
-                           [&same](const LoadedBlob& blob) { return same.count(blob.key()) > 0; }),
-            side->blobs.end());
+    // The file's side keeps only what the copy sent in full: copying every blob would cost more
+    // than the comparison.
+    LoadedFile written;
+    written.store = file.store;
+    for (const LoadedBlob& blob : file.blobs) {
+        if (same.count(blob.key()) == 0) {
+            written.blobs.push_back(blob);
+        }
     }
+    copy.blobs.erase(std::remove_if(copy.blobs.begin(), copy.blobs.end(),
+                                    [](const LoadedBlob& b) { return b.same; }),
+                     copy.blobs.end());
     measured.effect = {{"differences", DiffCommand::compare(copy, written)},
                        {"store", DiffCommand::compareStore(copy.store, written.store)}};
     // Counted by message: the copy's lines have moved.
@@ -74,11 +77,23 @@ Measured measureEdits(const LoadReport& report, const LoadedFile& file,
     return measured;
 }
 
+Measured measureEdits(const LoadReport& report, const LoadedFile& file,
+                      const std::vector<Finding>& findings, const std::vector<Undo>& edits,
+                      FreshLoads& loads, std::string* why) {
+    std::string text;
+    Json undone;
+    if (!UndoEdit::apply(report, edits, &text, why)) {
+        return {};
+    }
+    loads.load(text, &undone);
+    return compareUndone(file, findings, undone, why);
+}
+
 }  // namespace
 
 std::unique_ptr<FreshLoads> Effects::start() {
     sReference = sReference != nullptr ? sReference : tmpfile();
-    return sReference != nullptr ? FreshLoads::start(loadWork) : nullptr;
+    return sReference != nullptr ? FreshLoads::start(loadWork, kServers) : nullptr;
 }
 
 int Effects::loadWork(const std::string& path, Json* document) {
@@ -149,6 +164,11 @@ void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbo
     // A finding that a cause on an earlier line clears is that cause's consequence whatever its
     // own undo changes, so it is not measured. The findings are in line order.
     std::vector<bool> cleared(all.size(), false);
+    // The loads of the causes ahead of the one measured, and why an undo could not be made. A
+    // load ahead whose cause an earlier one clears is dropped unread: the findings come out as
+    // they would one load at a time.
+    std::map<size_t, Json> ahead;
+    std::vector<std::string> unmade(all.size());
     for (size_t i = 0; i < all.size(); i++) {
         if (!measurable(all[i])) {
             continue;
@@ -160,8 +180,30 @@ void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbo
         if (progress != nullptr) {
             progress(done++, toDo);
         }
-        why.clear();
-        measured[i] = measureEdits(report, file, all, {*all[i].undo}, loads, &why);
+        if (ahead.count(i) == 0) {
+            // This cause and the next ones not cleared yet load at once, one per server.
+            std::vector<size_t> batch;
+            std::vector<std::string> texts;
+            for (size_t j = i; j < all.size() && batch.size() < kServers; j++) {
+                std::string text;
+                if (!measurable(all[j]) || cleared[j]) {
+                    continue;
+                }
+                if (UndoEdit::apply(report, {*all[j].undo}, &text, &unmade[j])) {
+                    batch.push_back(j);
+                    texts.push_back(std::move(text));
+                } else {
+                    ahead[j] = Json();
+                }
+            }
+            std::vector<Json> documents = loads.loadAll(texts);
+            for (size_t k = 0; k < batch.size(); k++) {
+                ahead[batch[k]] = std::move(documents[k]);
+            }
+        }
+        why = unmade[i];
+        measured[i] = why.empty() ? compareUndone(file, all, ahead[i], &why) : Measured();
+        ahead.erase(i);
         all[i].effect = measured[i].effect;
         all[i].unmeasured = all[i].effect.is_null() ? why : "";
         for (size_t f = i + 1; f < measured[i].clears.size(); f++) {

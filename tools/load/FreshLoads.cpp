@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -96,53 +97,83 @@ std::string loadOne(const std::string& text, ChildLoad::Work work) {
 
 }  // namespace
 
-std::unique_ptr<FreshLoads> FreshLoads::start(ChildLoad::Work work) {
-    int requests[2];
-    int answers[2];
-    if (pipe(requests) != 0) {
-        ToolOutput::error("", std::string("cannot make a pipe: ") + strerror(errno));
-        return nullptr;
-    }
-    if (pipe(answers) != 0) {
-        ToolOutput::error("", std::string("cannot make a pipe: ") + strerror(errno));
-        close(requests[0]);
-        close(requests[1]);
-        return nullptr;
-    }
+std::unique_ptr<FreshLoads> FreshLoads::start(ChildLoad::Work work, size_t servers) {
+    std::unique_ptr<FreshLoads> loads(new FreshLoads({}));
     fflush(stdout);
     fflush(stderr);
-    const pid_t server = fork();
-    if (server == 0) {
-        close(requests[1]);
-        close(answers[0]);
-        serve(requests[0], answers[1], work);
+    for (size_t i = 0; i < servers; i++) {
+        int requests[2];
+        int answers[2];
+        if (pipe(requests) != 0) {
+            ToolOutput::error("", std::string("cannot make a pipe: ") + strerror(errno));
+            return nullptr;
+        }
+        if (pipe(answers) != 0) {
+            ToolOutput::error("", std::string("cannot make a pipe: ") + strerror(errno));
+            close(requests[0]);
+            close(requests[1]);
+            return nullptr;
+        }
+        const pid_t server = fork();
+        if (server == 0) {
+            // The earlier servers' pipes stay open only in this process's parent, so that
+            // closing them there ends those servers.
+            for (const Server& earlier : loads->mServers) {
+                close(earlier.requests);
+                close(earlier.answers);
+            }
+            close(requests[1]);
+            close(answers[0]);
+            serve(requests[0], answers[1], work);
+        }
+        close(requests[0]);
+        close(answers[1]);
+        if (server < 0) {
+            ToolOutput::error("", std::string("cannot start a process: ") + strerror(errno));
+            close(requests[1]);
+            close(answers[0]);
+            return nullptr;
+        }
+        loads->mServers.push_back({server, requests[1], answers[0]});
     }
-    close(requests[0]);
-    close(answers[1]);
-    if (server < 0) {
-        ToolOutput::error("", std::string("cannot start a process: ") + strerror(errno));
-        close(requests[1]);
-        close(answers[0]);
-        return nullptr;
-    }
-    return std::unique_ptr<FreshLoads>(new FreshLoads(server, requests[1], answers[0]));
+    return loads;
 }
 
 FreshLoads::~FreshLoads() {
-    close(mRequests);
-    close(mAnswers);
-    int status = 0;
-    while (waitpid(mServer, &status, 0) < 0 && errno == EINTR) {
+    for (const Server& server : mServers) {
+        close(server.requests);
+        close(server.answers);
+    }
+    for (const Server& server : mServers) {
+        int status = 0;
+        while (waitpid(server.pid, &status, 0) < 0 && errno == EINTR) {
+        }
     }
 }
 
 bool FreshLoads::load(const std::string& text, Json* document) {
-    std::string answer;
-    if (!send(mRequests, text) || !receive(mAnswers, &answer) || answer.empty()) {
-        return false;
+    *document = loadAll({text}).front();
+    return !document->is_null();
+}
+
+std::vector<Json> FreshLoads::loadAll(const std::vector<std::string>& texts) {
+    std::vector<Json> documents(texts.size());
+    for (size_t first = 0; first < texts.size(); first += mServers.size()) {
+        const size_t end = std::min(texts.size(), first + mServers.size());
+        std::vector<bool> sent(end - first);
+        for (size_t i = first; i < end; i++) {
+            sent[i - first] = send(mServers[i - first].requests, texts[i]);
+        }
+        for (size_t i = first; i < end; i++) {
+            std::string answer;
+            if (sent[i - first] && receive(mServers[i - first].answers, &answer) &&
+                !answer.empty()) {
+                documents[i] = Json::parse(answer, nullptr, false);
+                documents[i] = documents[i].is_discarded() ? Json() : documents[i];
+            }
+        }
     }
-    *document = Json::parse(answer, nullptr, false);
-    return !document->is_discarded();
+    return documents;
 }
 
 }  // namespace korva::tool

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tools/load/ChildLoad.h"
 #include "tools/render/ToolOutput.h"
@@ -16,8 +17,9 @@ namespace korva::tool {
 
 class FreshLoads {
 public:
-    // Null, after one line on stderr, when the process cannot be started.
-    static std::unique_ptr<FreshLoads> start(ChildLoad::Work work);
+    // Null, after one line on stderr, when the processes cannot be started. Each of the servers
+    // loads one document at a time.
+    static std::unique_ptr<FreshLoads> start(ChildLoad::Work work, size_t servers = 1);
     ~FreshLoads();
 
     FreshLoads(const FreshLoads&) = delete;
@@ -25,14 +27,19 @@ public:
 
     // What work makes of text loaded as a tuning file; false when the load failed.
     bool load(const std::string& text, Json* document);
+    // The same of several texts at once, as many at a time as there are servers; each
+    // document is null when its load failed.
+    std::vector<Json> loadAll(const std::vector<std::string>& texts);
 
 private:
-    FreshLoads(pid_t server, int requests, int answers)
-        : mServer(server), mRequests(requests), mAnswers(answers) {}
+    struct Server {
+        pid_t pid;
+        int requests;
+        int answers;
+    };
+    explicit FreshLoads(std::vector<Server> servers) : mServers(std::move(servers)) {}
 
-    pid_t mServer;
-    int mRequests;
-    int mAnswers;
+    std::vector<Server> mServers;
 };
 
 }  // namespace korva::tool
