@@ -136,55 +136,61 @@ class CheckTest(FolderTest):
             '"4"', '"5"')))
         found, path = self.finding(text, '"second"', "profile id 1 is used again")
         self.assertIn('"second" is dropped', found["message"])
-        self.assertNote(found, path, '"first"', "goes into the kept profile 1's blob")
-        self.assertEqual(len([n for n in found["notes"] if "speaker endpoint" in n["message"]]), 2)
-        self.assertTrue([n for n in found["notes"] if 'more than once: ' in n["message"]
-                         and 'speaker "dea"' in n["message"]])
+        self.assertIn("the endpoints of both go into it", found["message"])
+        # The note locates the kept profile; what its blob holds is for blobs to show.
+        self.assertEqual([n["message"] for n in found["notes"]], ['profile 1 "first" is here'])
+        self.assertNote(found, path, '"first"', "is here")
         _, blobs = run_json("blobs", path)
-        self.assertEqual([(b["id"], b["name"]) for b in blobs["blobs"] if b["kind"] == "profile"],
-                         [(1, "first")])
+        (kept,) = [b for b in blobs["blobs"] if b["kind"] == "profile"]
+        self.assertEqual((kept["id"], kept["name"]), (1, "first"))
+        self.assertEqual([e[2] for e in entries(kept) if e[:2] == (2, "dea")], [[4], [5]])
 
     def test_rules_that_change_what_reaches_the_effect(self):
         cases = [
-            # The reader steps over the comment, not the blank text, and misses the include.
+            # The reader steps over the comment, not the blank text, and misses the include: the
+            # effect says what that costs (EffectTest).
             (tuning(profile(0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
-             "<!-- note -->", 'the comment "note" is the first child', "at blank text"),
+             "<!-- note -->", 'the comment "note" is the first child', []),
             # A 3.3.0 file names its preset; ieq_preset is not read and the preset is 0.
             (tuning(profile(0, "p", SPEAKER), "3.3.0"), "<include", '"ieq_preset" of <include> '
-             "is not read", 'has no "preset"'),
+             "is not read", ['<include> has no "preset"']),
             (tuning('    <authorized_technologies>\n        <global_setting '
                     'orbex_game_system_gain="-48"/>\n    </authorized_technologies>\n', "3.2.0"),
-             "<authorized_technologies>", "is passed over", None),
+             "<authorized_technologies>", "is passed over", []),
             (tuning(profile(0, "p", SPEAKER)), '<profile id="0"', "has no reverb_suppression_"
-             "enable: the effect gets \"rvse\" with no values", "in profile 0's blob"),
+             "enable: the effect gets \"rvse\" with no values", []),
             # Renamed, it changes nothing that reaches the effect: shown under --verbose only.
             (tuning(profile(0, "p", SPEAKER, '<volume-levelr-enable value="1"/>')), "levelr",
-             "did you mean <volume-leveler-enable>?", None, "--verbose"),
+             "did you mean <volume-leveler-enable>?", [], "--verbose"),
             (tuning(profile(0, "p", SPEAKER, '<surround-boost value="1.5"/>')), "surround-boost",
-             '"1.5" is not a whole number: read as 1', None),
+             '"1.5" is not a whole number: read as 1', []),
             (tuning(profile(0, "p", SPEAKER.replace('"speaker"', '"Speaker"'))), '"Speaker"',
-             '"Speaker" is not a word the reader knows: read as 2', "other endpoint"),
+             '"Speaker" is not a word the reader knows: read as 2', []),
             (tuning(profile(0, "p", SPEAKER, '<headphone-virtualizer-mode value="2"/>'), "3.3.0"),
              "virtualizer-mode", "headphone_virtualizer_mode [2] written here is replaced by [1] "
-             "by the rules of format version 3.3.0", None),
+             "by the rules of format version 3.3.0", []),
             (tuning(profile(0, "p", SPEAKER, '<volume-modeler-enable value="1"/>\n'
-                            '<volume-modeler-enable value="0"/>')), 'value="0"/>', "again", None),
+                            '<volume-modeler-enable value="0"/>')), 'value="0"/>', "again", []),
             # With its include missed, the endpoint takes preset 0 and preset 2 reaches nothing:
             # a consequence of the comment, which taking the comment away clears.
             (tuning('    <preset id="2" name="p2" type="ieq">\n    </preset>\n' + profile(
                 0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
-             "<!-- note -->", 'the comment "note" is the first child', None),
+             "<!-- note -->", 'the comment "note" is the first child', []),
             (tuning('    <tuning name="t" endpoint_type="speaker" orientation="1" '
                     'output_channels="2">\n        <device_id id="x" endpoint_port="usb"/>\n'
                     '    </tuning>\n    <profile id="0" name="late"/>\n'),
-             '<tuning name="t"', 'tuning "t" has no data element', "is not read"),
+             '<tuning name="t"', 'tuning "t" has no data element: the reader drops it and reads '
+             "nothing after it", []),
         ]
-        for text, marker, words, note, *options in cases:
+        for text, marker, words, notes, *options in cases:
             with self.subTest(words=words):
                 found, path = self.finding(text, marker, words, *options)
-                if note:
-                    self.assertTrue([n for n in found["notes"] if note in n["message"]],
-                                    found["notes"])
+                # Notes only locate the cause; what it changes is its effect or its message.
+                self.assertEqual([n["message"] for n in found["notes"]], notes)
+        # What the dropped tuning keeps from being read is not a finding of its own.
+        path, document = self.check(cases[-1][0])
+        self.assertEqual([f for f in document["findings"] if f["line"] == line_of(path, '"late"')],
+                         [])
         found, _ = self.finding(cases[-2][0], "<!-- note -->", "first child")
         self.assertIn("IEQ preset 2 goes into no blob: nothing of it reaches the effect",
                       [c["message"] for c in found["clears"]])
@@ -903,6 +909,35 @@ class EffectTest(FolderTest):
                 changed = effect_entries(found[0])
                 for entry in entries:
                     self.assertIn(entry, changed)
+
+    def test_what_a_cause_keeps_from_being_read_is_said_by_its_effect(self):
+        second = profile(1, "q", SPEAKER).replace("profile", "profiel")
+        cases = [
+            # Stepped over, the comment leaves the blank text after it where the reader looks
+            # for the include: the endpoint takes IEQ preset 0 instead of 2.
+            (tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace('"speaker">',
+                                                                  '"speaker"><!-- note -->'))),
+             "<!-- note -->", "first child", ('profile 0 "p"', "changed"),
+             [("speaker", "ieid", "changed"), ("speaker", "iebs", "changed")]),
+            # Nothing reads the misspelt profile, so nothing below it is read either.
+            (tuning(IEQ_PRESETS + profile(0, "p", SPEAKER) + second), "<profiel",
+             "did you mean <profile>?", ('profile 1 "q"', "removed"), []),
+        ]
+        for text, marker, words, blob, entries in cases:
+            with self.subTest(words=words):
+                path, document = self.check(text)
+                line = line_of(path, marker)
+                (found,) = [f for f in document["findings"] if f["line"] == line and f["undo"]]
+                self.assertIn(words, found["message"])
+                # No note narrates what it costs, and no finding of its own says it again.
+                self.assertEqual(found["notes"], [])
+                self.assertEqual([f["message"] for f in document["findings"]
+                                  if f["line"] > line and "include" in f["message"]], [])
+                differences = found["effect"]["differences"]
+                self.assertIn(blob, [(d["blob"], d["change"]) for d in differences])
+                for entry in entries:
+                    self.assertIn(entry, effect_entries(found))
+        self.assertGreater(differences[0]["entries"], 20)
 
     def test_a_reference_to_an_undefined_preset_is_measured_against_no_reference(self):
         # Without the reference the endpoint selects preset 0, which the file defines.

@@ -25,6 +25,10 @@ std::string inQuotes(const std::string& text) {
     return "\"" + text + "\"";
 }
 
+std::string tag(const std::string& name) {
+    return "<" + name + ">";
+}
+
 // The parts, numbers as decimals, as one text.
 template <typename... Parts>
 std::string cat(const Parts&... parts) {
@@ -43,18 +47,15 @@ void undoBy(Finding& finding, const std::string& best, const Undo& edit, const c
     }
 }
 
-std::string tag(const std::string& name) {
-    return "<" + name + ">";
-}
-
 // The candidate close enough to name to be a slip of the keyboard, or "": at most a quarter of
 // its letters (one to three) wrong, missing or extra, two neighbours swapped counting as one
 // ("vaule"). Case does not count when ignoreCase.
 std::string closest(const std::string& name, const std::set<std::string>& candidates,
                     bool ignoreCase = false) {
     const auto fold = [ignoreCase](std::string text) {
-        for (char& c : text) {
-            c = ignoreCase ? static_cast<char>(std::tolower(static_cast<unsigned char>(c))) : c;
+        if (ignoreCase) {
+            std::transform(text.begin(), text.end(), text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
         }
         return text;
     };
@@ -95,16 +96,22 @@ std::string readAs(const Report::NumberEvent& number) {
     return number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
 }
 
-std::string blobTitle(const Report::Blob& blob) {
-    return (blob.isTuning ? "tuning device " + inQuotes(blob.device)
-                          : "profile " + std::to_string(blob.profileId)) +
-           "'s blob";
+std::set<std::string> parameterElementNames() {
+    std::set<std::string> names;
+    for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
+        names.insert(setter->getNodeName());
+    }
+    return names;
 }
 
 // The rules over one load's report, with what they share: where a node is and how it is named.
+// A finding names its cause; what the cause changes downstream is its measured effect.
 class Linter {
 public:
     Linter(const Report& report, std::vector<Finding>* out) : mReport(report), mOut(*out) {}
+
+    // The rule whose findings add() makes next.
+    void setRule(const char* id) { mRule = id; }
 
     void passedOver();
     void textRead();
@@ -121,7 +128,7 @@ private:
 
     // The new finding; the reference holds until the next one is added.
     Finding& add(FileLine where, std::string message, Severity severity = Severity::kWarning) {
-        mOut.emplace_back(where, severity, std::move(message));
+        mOut.emplace_back(where, severity, std::move(message)).rule = mRule;
         return mOut.back();
     }
     Finding& add(int node, std::string message, Severity severity = Severity::kWarning) {
@@ -183,26 +190,6 @@ private:
         return names;
     }
 
-    // The node the reader looked at in parent for an include and did not find one, or -1.
-    int missedInclude(int parent) const {
-        for (const Report::NodeEvent& lookup : mReport.lookups) {
-            if (!lookup.found && mReport.node(lookup.node).parent == parent &&
-                lookup.what == static_cast<int>(Structure::kInclude)) {
-                return lookup.node;
-            }
-        }
-        return -1;
-    }
-
-    bool isUnder(int ancestor, int node) const {
-        for (int at = node; at >= 0; at = mReport.node(at).parent) {
-            if (at == ancestor) {
-                return true;
-            }
-        }
-        return false;
-    }
-
     // The entries of a blob that a translation added.
     std::vector<BlobEntry> entriesOf(const Report::TranslatedEvent& event) const {
         if (event.blob < 0 || static_cast<size_t>(event.blob) >= mReport.blobs.size()) {
@@ -214,17 +201,23 @@ private:
         return std::vector<BlobEntry>(all.begin() + first, all.begin() + std::max(first, end));
     }
 
+    // The record that built a blob: its profile or tuning, not an endpoint or a preset.
+    const RecordSnapshot* builder(size_t blob) const {
+        const RecordKind owner =
+            mReport.blobs[blob].isTuning ? RecordKind::kTuning : RecordKind::kProfile;
+        for (const Report::TranslatedEvent& event : mReport.translated) {
+            if (event.blob == static_cast<int>(blob) &&
+                mReport.records[event.record].kind == owner) {
+                return &mReport.records[event.record];
+            }
+        }
+        return nullptr;
+    }
+
     const Report& mReport;
     std::vector<Finding>& mOut;
+    const char* mRule = "";
 };
-
-std::set<std::string> parameterElementNames() {
-    std::set<std::string> names;
-    for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
-        names.insert(setter->getNodeName());
-    }
-    return names;
-}
 
 void Linter::passedOver() {
     static const std::set<std::string> kSetterNames = parameterElementNames();
@@ -238,17 +231,29 @@ void Linter::passedOver() {
             besideRows.insert(structure.node);
         }
     }
-    // Index in mOut of the finding each node got, for what passing over it cost.
-    std::map<int, size_t> findingOf;
+    // Where the reader looked for an include and found none (the reader looks for nothing else):
+    // the node it looked at, by the element it looked in, and every element above such a node.
+    std::map<int, int> missedIn;
+    std::set<int> missedUnder;
+    for (const Report::NodeEvent& lookup : mReport.lookups) {
+        if (!lookup.found) {
+            missedIn.emplace(mReport.node(lookup.node).parent, lookup.node);
+            for (int at = lookup.node; at >= 0; at = mReport.node(at).parent) {
+                missedUnder.insert(at);
+            }
+        }
+    }
+    // The nodes a finding names as its cause, and those not walked below them.
+    std::set<int> found;
     const auto held = [&](int node, std::string message) -> Finding& {
-        findingOf[node] = mOut.size();
+        found.insert(node);
         return add(node, std::move(message));
     };
     // A comment or text where the reader looked for an include is read in the include's place.
     for (const Report::NodeEvent& lookup : mReport.lookups) {
         const std::string what = describe(lookup.node);
         if (!lookup.found && !mReport.node(lookup.node).isElement && what != "blank text" &&
-            findingOf.count(lookup.node) == 0) {
+            found.count(lookup.node) == 0) {
             held(lookup.node, cat(what, " is where the reader looks for ", parentTag(lookup.node),
                                   "'s <include>: it finds none"))
                 .undo = Undo{Action::kRemove, lookup.node};
@@ -258,7 +263,7 @@ void Linter::passedOver() {
     // found nothing below it and went on through the elements after it, which their own setters
     // read as well: the first of them is the cause.
     for (const Report::SetterEvent& setter : mReport.setters) {
-        if (besideRows.count(setter.node) == 0 || findingOf.count(setter.node) > 0) {
+        if (besideRows.count(setter.node) == 0 || found.count(setter.node) > 0) {
             continue;
         }
         const ReportedNode& element = mReport.node(setter.node);
@@ -283,32 +288,21 @@ void Linter::passedOver() {
     for (const Report::NodeEvent& skip : mReport.skips) {
         const Skip why = static_cast<Skip>(skip.what);
         const ReportedNode& node = mReport.node(skip.node);
-        // A walk that passes over what another step of the reader read takes nothing away.
+        // A walk that passes over what another step of the reader read takes nothing away, and
+        // what no walk reaches below a cause is that cause's.
         if (!seen.insert({skip.node, skip.what}).second ||
-            (why != Skip::kNotWalked && findingOf.count(skip.node) > 0) ||
+            (why != Skip::kNotWalked && found.count(skip.node) > 0) ||
             (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
+            continue;
+        }
+        if (why == Skip::kNotWalked && found.count(node.parent) > 0) {
+            found.insert(skip.node);
             continue;
         }
         const std::string what = describe(skip.node);
         const std::string in = what + " in " + parentTag(skip.node) + " is not read";
-        if (why == Skip::kNotWalked && findingOf.count(node.parent) > 0) {
-            findingOf[skip.node] = findingOf[node.parent];
-            mOut[findingOf[skip.node]].notes.push_back(
-                note(skip.node, "so " + what + " is not read"));
-            continue;
-        }
         switch (why) {
             case Skip::kSteppedOver: {
-                // What passing over the first child cost: includes not found under its parent.
-                std::vector<Note> notes;
-                for (const Report::NodeEvent& lookup : mReport.lookups) {
-                    if (!lookup.found && isUnder(node.parent, lookup.node)) {
-                        notes.push_back(
-                            note(lookup.node, "so the reader looks for " + parentTag(lookup.node) +
-                                                  "'s <include> at " + describe(lookup.node) +
-                                                  " and does not find it"));
-                    }
-                }
                 Finding& f =
                     held(skip.node, what + " is the first child of " + parentTag(skip.node) +
                                         ", which the reader steps over: it is not read");
@@ -316,10 +310,9 @@ void Linter::passedOver() {
                     f.unmeasured = "no rule undoes an element that the reader steps over";
                 } else {
                     f.undo = Undo{Action::kRemove, skip.node};
-                    // In blank text's place, a comment costs nothing unless measured otherwise.
-                    f.onlyIfEffect = notes.empty();
+                    // In blank text's place, it costs nothing unless an include was missed below.
+                    f.onlyIfEffect = missedUnder.count(node.parent) == 0;
                 }
-                f.notes = std::move(notes);
                 break;
             }
             case Skip::kNotElement: {
@@ -331,30 +324,33 @@ void Linter::passedOver() {
             }
             case Skip::kNoSetter:
             case Skip::kUnknown: {
-                const int lookedAt = missedInclude(node.parent);
+                const auto lookedAt = missedIn.find(node.parent);
                 const bool misplaced =
-                    node.name == TuningFileParser::kIncludeElement && lookedAt >= 0;
+                    node.name == TuningFileParser::kIncludeElement && lookedAt != missedIn.end();
                 const std::string best =
                     misplaced
                         ? ""
                         : closest(node.name, why == Skip::kNoSetter ? kSetterNames : structural);
-                Finding& f = held(
-                    skip.node, in + ": " +
-                                   (misplaced ? "the reader looks for it at " + describe(lookedAt)
-                                    : why == Skip::kNoSetter ? "no parameter has this name"
-                                                             : "the reader does not know it") +
-                                   didYouMean(best, true));
-                undoBy(f, misplaced ? "include" : best,
-                       misplaced ? Undo(Action::kMoveBefore, skip.node, "", "", lookedAt)
-                                 : Undo(Action::kRename, skip.node, "", best),
-                       "no name the reader knows is close to it");
+                Finding& f =
+                    held(skip.node,
+                         in + ": " +
+                             (misplaced ? "the reader looks for it at " + describe(lookedAt->second)
+                              : why == Skip::kNoSetter ? "no parameter has this name"
+                                                       : "the reader does not know it") +
+                             didYouMean(best, true));
+                if (misplaced) {
+                    f.undo = Undo(Action::kMoveBefore, skip.node, "", "", lookedAt->second);
+                } else {
+                    undoBy(f, best, {Action::kRename, skip.node, "", best},
+                           "no name the reader knows is close to it");
+                }
                 break;
             }
             case Skip::kNotWalked:
                 held(skip.node, in + ": no walk of the reader reaches it");
                 break;
             case Skip::kAfterCut:
-                // Otherwise told as notes of the tuning that cut the reading.
+                // Otherwise the dropped record's finding says that the reading stopped.
                 if (!cut) {
                     held(skip.node, what + " is not read: the reading stopped before it");
                 }
@@ -373,23 +369,42 @@ void Linter::passedOver() {
 }
 
 void Linter::textRead() {
-    // Attribute names each element name was asked for, for the names to suggest.
+    // Attribute names each element name was asked for, for the names to suggest; the attributes
+    // asked for and absent, by node and name, with what the load made of their empty text.
     std::map<std::string, std::set<std::string>> asked;
+    std::map<std::pair<int, std::string>, std::string> absent;
     for (const Report::AttributeEvent& attribute : mReport.attributes) {
         if (attribute.how != AttributeRead::kIgnored) {
             asked[mReport.node(attribute.node).name].insert(attribute.name);
         }
+        if (attribute.how == AttributeRead::kMissing) {
+            absent[{attribute.node, attribute.name}];
+        }
     }
-    // (node, attribute) pairs a finding already covers.
-    std::set<std::pair<int, std::string>> covered;
-    const auto keywordNotes = [this, &covered](int node, std::vector<Note>* notes) {
-        for (const Report::KeywordEvent& keyword : mReport.keywords) {
-            if (keyword.node == node && !keyword.recognised) {
-                covered.insert({node, keyword.attribute});
-                notes->push_back(note(node, "its " + keyword.attribute + " " +
-                                                inQuotes(keyword.text) + " is read as " +
-                                                std::to_string(keyword.value)));
+    const auto readAsOf = [&absent](int node, const std::string& name) -> std::string* {
+        const auto found = absent.find({node, name});
+        return found != absent.end() ? &found->second : nullptr;
+    };
+    for (const Report::NumberEvent& number : mReport.numbers) {
+        if (std::string* value = readAsOf(number.node, number.attribute)) {
+            *value = readAs(number);
+        }
+    }
+    std::multimap<int, std::string> unknownWords;
+    for (const Report::KeywordEvent& keyword : mReport.keywords) {
+        if (!keyword.recognised) {
+            if (std::string* value = readAsOf(keyword.node, keyword.attribute)) {
+                *value = std::to_string(keyword.value);
             }
+            unknownWords.emplace(keyword.node, keyword.attribute);
+        }
+    }
+    // (node, attribute) pairs a finding already covers: a cause at a node covers every word of
+    // it that the reader did not know.
+    std::set<std::pair<int, std::string>> covered;
+    const auto cover = [&covered, &unknownWords](int node) {
+        for (auto [word, end] = unknownWords.equal_range(node); word != end; ++word) {
+            covered.insert(*word);
         }
     };
     for (const Report::AttributeEvent& attribute : mReport.attributes) {
@@ -402,39 +417,21 @@ void Linter::textRead() {
                                              element + " is not read" + didYouMean(best, false));
         undoBy(f, best, {Action::kRename, attribute.node, attribute.name, best},
                "no attribute name the reader asks for is close to it");
-        for (const Report::AttributeEvent& missing : mReport.attributes) {
-            if (missing.node == attribute.node && missing.how == AttributeRead::kMissing) {
-                covered.insert({missing.node, missing.name});
-                f.notes.push_back(note(missing.node, element + " has no " + inQuotes(missing.name) +
-                                                         ": it is read as empty"));
-            }
+        for (auto missing = absent.lower_bound({attribute.node, ""});
+             missing != absent.end() && missing->first.first == attribute.node; ++missing) {
+            covered.insert(missing->first);
+            f.notes.push_back(
+                note(attribute.node, element + " has no " + inQuotes(missing->first.second)));
         }
-        keywordNotes(attribute.node, &f.notes);
+        cover(attribute.node);
     }
     // An absent attribute matters where its empty text became a number or a word.
-    for (const Report::AttributeEvent& attribute : mReport.attributes) {
-        if (attribute.how != AttributeRead::kMissing ||
-            covered.count({attribute.node, attribute.name}) > 0) {
-            continue;
-        }
-        std::string value;
-        for (const Report::NumberEvent& number : mReport.numbers) {
-            if (number.node == attribute.node && number.attribute == attribute.name) {
-                value = readAs(number);
-            }
-        }
-        for (const Report::KeywordEvent& keyword : mReport.keywords) {
-            if (keyword.node == attribute.node && keyword.attribute == attribute.name &&
-                !keyword.recognised) {
-                value = std::to_string(keyword.value);
-            }
-        }
-        if (!value.empty()) {
-            covered.insert({attribute.node, attribute.name});
-            Finding& f = add(attribute.node, describe(attribute.node) + " has no " +
-                                                 attribute.name + " attribute: read as " + value);
-            f.unmeasured = "nothing in the file to undo: the attribute is absent";
-            keywordNotes(attribute.node, &f.notes);
+    for (const auto& [attribute, value] : absent) {
+        const auto& [node, name] = attribute;
+        if (!value.empty() && covered.insert(attribute).second) {
+            add(node, describe(node) + " has no " + name + " attribute: read as " + value).unmeasured =
+                "nothing in the file to undo: the attribute is absent";
+            cover(node);
         }
     }
     // The words this load read as numbers ("true"), by attribute name.
@@ -480,11 +477,6 @@ void Linter::textRead() {
             add(keyword.node,
                 describe(keyword.node) + " " + keyword.attribute + " " + inQuotes(keyword.text) +
                     " is not a word the reader knows: read as " + std::to_string(keyword.value));
-        const int record = mReport.recordOfNode(keyword.node);
-        if (record >= 0) {
-            const RecordSnapshot& made = mReport.records[record];
-            f.notes.push_back(note(made.node, made.title() + " is made of it"));
-        }
         std::set<std::string> candidates =
             known[{mReport.node(keyword.node).name, keyword.attribute}];
         candidates.insert(libraryWords.begin(), libraryWords.end());
@@ -533,18 +525,19 @@ void Linter::valuesChanged() {
     emptyEntries();
 }
 
-// Entries the effect gets with no values, because their record lacks a parameter.
+// Entries the effect gets with no values because their record lacks a parameter: one finding per
+// record and entry code.
 void Linter::emptyEntries() {
     // The parameters each translation read as empty lists: they are reported just before it.
-    std::map<size_t, std::vector<Parameter>> absent;
+    std::map<size_t, std::string> absent;
     for (const Report::ValueEvent& value : mReport.values) {
         if (value.source == ValueSource::kTranslatorEmpty) {
-            absent[value.nextTranslated].push_back(value.parameter);
+            std::string& names = absent[value.nextTranslated];
+            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[value.parameter]);
         }
     }
-    // One finding per record and empty entry code, with a note for each blob it is in.
-    std::map<std::pair<int, std::string>, size_t> made;
-    for (const auto& [index, parameters] : absent) {
+    std::set<std::pair<int, std::string>> made;
+    for (const auto& [index, names] : absent) {
         if (index >= mReport.translated.size()) {
             continue;
         }
@@ -553,24 +546,12 @@ void Linter::emptyEntries() {
             continue;
         }
         const RecordSnapshot& record = mReport.records[event.record];
-        std::string names;
-        for (Parameter parameter : parameters) {
-            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[parameter]);
-        }
         for (const BlobEntry& entry : entriesOf(event)) {
-            if (!entry.values.empty()) {
-                continue;
-            }
             const std::string code = BlobDecoder::codeText(entry.code);
-            const auto [found, isNew] =
-                made.emplace(std::make_pair(event.record, code), mOut.size());
-            if (isNew) {
+            if (entry.values.empty() && made.insert({event.record, code}).second) {
                 add(record.node, record.title() + " has no " + names + ": the effect gets " +
                                      inQuotes(code) + " with no values");
             }
-            mOut[found->second].notes.push_back(
-                note(record.node, "for " + BlobDecoder::deviceName(entry.deviceId) + " in " +
-                                      blobTitle(mReport.blobs[event.blob])));
         }
     }
 }
@@ -588,14 +569,11 @@ void Linter::loaded() {
     }
     for (const RecordSnapshot& record : mReport.records) {
         if (record.dropped) {
-            Finding& f = add(record.node,
-                             record.title() + " has no data element: the reader drops it and stops",
-                             Severity::kError);
-            for (const Report::NodeEvent& skip : mReport.skips) {
-                if (skip.what == static_cast<int>(Skip::kAfterCut)) {
-                    f.notes.push_back(note(skip.node, describe(skip.node) + " is not read"));
-                }
-            }
+            add(record.node,
+                record.title() +
+                    " has no data element: the reader drops it and reads nothing "
+                    "after it",
+                Severity::kError);
         }
     }
     std::set<std::pair<MissingPartner, std::pair<int, int>>> partners;
@@ -639,7 +617,7 @@ void Linter::loaded() {
             case MissingPartner::kTuning: {
                 Finding& f = add(node,
                                  device + " names tuning " + inQuotes(partner.binding.tuning) +
-                                     ", which is not kept: the device gets no blob",
+                                     ", which is not kept",
                                  Severity::kError);
                 for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
                     f.undo = Undo{Action::kRemoveAttribute, node, name};
@@ -656,11 +634,11 @@ void Linter::loaded() {
         }
     }
     const int speaker = mReport.speakerTuning;
-    const int speakerNode = speaker >= 0 ? mReport.records[speaker].node : -1;
+    const FileLine speakerLine = speaker >= 0 ? at(mReport.records[speaker].node) : root;
     const std::string speakerTitle =
         speaker >= 0 ? mReport.records[speaker].title() : std::string("the speaker's tuning");
     for (LoaderDefault what : mReport.loaderDefaults) {
-        add(speakerNode >= 0 ? at(speakerNode) : root,
+        add(speakerLine,
             speakerTitle + (what == LoaderDefault::kMixMatrix
                                 ? " has no mix matrix (<output-mode>): every speaker "
                                   "endpoint of every profile gets the default one"
@@ -668,80 +646,40 @@ void Linter::loaded() {
                                   "gets the default vb mode"));
     }
     for (const auto& [port, device] : mReport.defaultSelectionsMissing) {
-        const std::string named =
-            port >= 0 && port < kNumAndroidDevices ? kAndroidDeviceNames[port] : cat(port);
         add(root,
-            cat("default tuning device ", inQuotes(device), " for port ", named, " is missing",
+            cat("default tuning device ", inQuotes(device), " for port ", androidDeviceName(port),
+                " is missing",
                 port == DEVICE_INTERNAL_SPEAKER ? " (bind the speaker's tuning with <device_id "
                                                   "id=\"\" endpoint_port=\"internal_speaker\"/>)"
                                                 : "",
                 ": the store disables every tuning"),
             Severity::kError);
     }
-    // A blob dropped or replaced: say which records went into the one that is kept.
+    // A blob dropped or replaced, at the record that built it, with where the other one's is.
     for (size_t b = 0; b < mReport.blobs.size(); b++) {
         const Report::Blob& blob = mReport.blobs[b];
-        const RecordKind owner = blob.isTuning ? RecordKind::kTuning : RecordKind::kProfile;
-        const auto made = std::find_if(mReport.translated.begin(), mReport.translated.end(),
-                                       [&](const auto& event) {
-                                           return event.blob == static_cast<int>(b) &&
-                                                  mReport.records[event.record].kind == owner;
-                                       });
-        if (blob.fate == BlobFate::kStored || made == mReport.translated.end()) {
+        const RecordSnapshot* made = builder(b);
+        if (blob.fate == BlobFate::kStored || made == nullptr) {
             continue;
         }
-        const RecordSnapshot& snapshot = mReport.records[made->record];
         Finding& f =
-            add(snapshot.node, blob.fate == BlobFate::kDropped
-                                   ? cat("profile id ", blob.profileId,
-                                         " is used again: the blob built for ", snapshot.title(),
-                                         " is dropped; the blob of the first profile of the id is "
-                                         "kept, and the endpoints of both go into it")
-                                   : snapshot.title() + " replaces the blob of " +
-                                         inQuotes(blob.device) + " that an earlier tuning made");
-        const auto kept = std::find_if(mReport.blobs.begin(), mReport.blobs.end(), [&](auto& k) {
-            return k.fate == BlobFate::kStored && k.isTuning == blob.isTuning &&
-                   k.profileId == blob.profileId && k.device == blob.device;
-        });
-        if (kept == mReport.blobs.end()) {
-            continue;
-        }
-        const int keptIndex = static_cast<int>(kept - mReport.blobs.begin());
-        // Each profile or endpoint record's entries in the kept blob, first to last.
-        std::vector<std::pair<int, std::pair<int, int>>> ranges;
-        for (const Report::TranslatedEvent& event : mReport.translated) {
-            const RecordKind kind = mReport.records[event.record].kind;
-            if (event.blob != keptIndex || event.endEntry <= event.firstEntry ||
-                (kind != RecordKind::kProfileEndpoint && kind != RecordKind::kProfile)) {
-                continue;
-            }
-            if (!ranges.empty() && ranges.back().first == event.record) {
-                ranges.back().second.second = event.endEntry;
-            } else {
-                ranges.push_back({event.record, {event.firstEntry, event.endEntry}});
+            add(made->node, blob.fate == BlobFate::kDropped
+                                ? cat("profile id ", blob.profileId,
+                                      " is used again: the blob built for ", made->title(),
+                                      " is dropped; the blob of the first profile "
+                                      "of the id is kept, and the endpoints of both "
+                                      "go into it")
+                                : made->title() + " replaces the blob of " + inQuotes(blob.device) +
+                                      " that an earlier tuning made");
+        for (size_t other = 0; other < b; other++) {
+            const Report::Blob& first = mReport.blobs[other];
+            const RecordSnapshot* firstMade = builder(other);
+            if (first.fate == BlobFate::kStored && first.isTuning == blob.isTuning &&
+                first.profileId == blob.profileId && first.device == blob.device &&
+                firstMade != nullptr) {
+                f.notes.push_back(note(firstMade->node, firstMade->title() + " is here"));
             }
         }
-        for (const auto& [record, range] : ranges) {
-            const RecordSnapshot& into = mReport.records[record];
-            f.notes.push_back(
-                note(into.node, cat(into.title(), " goes into the kept ", blobTitle(*kept),
-                                    " as entries ", range.first + 1, "-", range.second)));
-        }
-        const DecodedBlob decoded = BlobDecoder::decode(kept->words);
-        std::map<std::pair<int, int>, int> sent;
-        std::string twice;
-        for (const BlobEntry& entry : decoded.entries) {
-            if (++sent[{entry.deviceId, entry.code}] == 2) {
-                twice += cat(twice.empty() ? "" : ", ", BlobDecoder::deviceName(entry.deviceId),
-                             " ", inQuotes(BlobDecoder::codeText(entry.code)));
-            }
-        }
-        if (!twice.empty()) {
-            f.notes.push_back(
-                note(snapshot.node, "the kept blob sends these more than once: " + twice));
-        }
-        f.notes.push_back(note(snapshot.node, cat("the kept ", blobTitle(*kept), " has ",
-                                                  decoded.entries.size(), " entries")));
     }
 }
 
@@ -798,8 +736,8 @@ void Linter::presetBands() {
             if (entry.code == vexParameterCode(GEBS) &&
                 entry.values.size() != static_cast<size_t>(kGeqWords)) {
                 add(record.node, cat(record.title(), " makes a \"gebs\" of ", entry.values.size(),
-                                     " values: the effect gets \"gebs\" only with ", kGeqWords, " (",
-                                     kGeqBands, " bands), so this graphic EQ never reaches it"));
+                                     " values: the effect takes only ", kGeqWords, " (", kGeqBands,
+                                     " bands), so this graphic EQ never reaches it"));
             }
         }
     }
@@ -821,10 +759,11 @@ const std::vector<LintRules::Rule> LintRules::kRules = {
 std::vector<Finding> LintRules::run(const LoadReport& report) {
     std::vector<Finding> findings;
     if (report.readFailed) {
-        findings.emplace_back(FileLine{report.readErrorLine, false}, Severity::kError,
-                              "not a readable XML document" +
-                                  (report.readError.empty() ? "" : ": " + report.readError));
-        findings.back().rule = kRules[0].id;
+        findings
+            .emplace_back(FileLine{report.readErrorLine, false}, Severity::kError,
+                          "not a readable XML document" +
+                              (report.readError.empty() ? "" : ": " + report.readError))
+            .rule = kRules[0].id;
         return findings;
     }
     Linter linter(report, &findings);
@@ -833,11 +772,8 @@ std::vector<Finding> LintRules::run(const LoadReport& report) {
                                        &Linter::valuesChanged, &Linter::loaded,
                                        &Linter::unusedRecords, &Linter::presetBands};
     for (size_t i = 0; i < std::size(rules); i++) {
-        const size_t first = findings.size();
+        linter.setRule(kRules[i + 1].id);
         (linter.*rules[i])();
-        for (size_t f = first; f < findings.size(); f++) {
-            findings[f].rule = kRules[i + 1].id;
-        }
     }
     for (Finding& finding : findings) {
         if (!finding.undo && finding.unmeasured.empty()) {
