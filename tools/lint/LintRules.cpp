@@ -5,6 +5,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include "reader/SetterCollection.h"
 #include "reader/TuningFileParser.h"
@@ -37,51 +38,36 @@ std::string cat(const Parts&... parts) {
     return out.str();
 }
 
-// Undoes the cause by edit when a name or word close to the written one was found, else says why
-// it is not undone.
-void undoBy(Finding& finding, const std::string& best, const Undo& edit, const char* why) {
-    if (!best.empty()) {
-        finding.undo = edit;
-    } else {
-        finding.unmeasured = why;
-    }
-}
-
 // The candidate close enough to name to be a slip of the keyboard, or "": at most a quarter of
 // its letters (one to three) wrong, missing or extra, two neighbours swapped counting as one
 // ("vaule"). Case does not count when ignoreCase.
 std::string closest(const std::string& name, const std::set<std::string>& candidates,
                     bool ignoreCase = false) {
-    const auto fold = [ignoreCase](std::string text) {
-        if (ignoreCase) {
-            std::transform(text.begin(), text.end(), text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        }
-        return text;
+    const auto same = [ignoreCase](unsigned char x, unsigned char y) {
+        return ignoreCase ? std::tolower(x) == std::tolower(y) : x == y;
     };
-    const std::string a = fold(name);
-    size_t bestDistance = std::max<size_t>(1, std::min<size_t>(3, name.size() / 4)) + 1;
+    const std::string& a = name;
+    size_t bestDistance = std::clamp<size_t>(name.size() / 4, 1, 3) + 1;
     std::string best;
-    for (const std::string& candidate : candidates) {
-        const std::string b = fold(candidate);
+    for (const std::string& b : candidates) {
         // The distance is at least the difference in length.
-        if (candidate == name ||
-            std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= bestDistance) {
+        if (b == a || std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= bestDistance) {
             continue;
         }
         std::vector<std::vector<size_t>> d(a.size() + 1, std::vector<size_t>(b.size() + 1));
         for (size_t i = 0; i <= a.size(); i++) {
             for (size_t j = 0; j <= b.size(); j++) {
-                d[i][j] = i == 0 || j == 0 ? i + j
-                                           : std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
-                                                       d[i - 1][j - 1] + (a[i - 1] != b[j - 1])});
-                if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                d[i][j] = i == 0 || j == 0
+                              ? i + j
+                              : std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
+                                          d[i - 1][j - 1] + !same(a[i - 1], b[j - 1])});
+                if (i > 1 && j > 1 && same(a[i - 1], b[j - 2]) && same(a[i - 2], b[j - 1])) {
                     d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
                 }
             }
         }
         if (d[a.size()][b.size()] < bestDistance) {
-            best = candidate;
+            best = b;
             bestDistance = d[a.size()][b.size()];
         }
     }
@@ -96,14 +82,6 @@ std::string readAs(const Report::NumberEvent& number) {
     return number.isList ? NumberText::bracketed(number.values) : std::to_string(number.values[0]);
 }
 
-std::set<std::string> parameterElementNames() {
-    std::set<std::string> names;
-    for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
-        names.insert(setter->getNodeName());
-    }
-    return names;
-}
-
 // The rules over one load's report, with what they share: where a node is and how it is named.
 // A finding names its cause; what the cause changes downstream is its measured effect.
 class Linter {
@@ -116,7 +94,6 @@ public:
     void passedOver();
     void textRead();
     void valuesChanged();
-    void emptyEntries();
     void loaded();
     void unusedRecords();
     void presetBands();
@@ -133,6 +110,17 @@ private:
     }
     Finding& add(int node, std::string message, Severity severity = Severity::kWarning) {
         return add(at(node), std::move(message), severity);
+    }
+
+    // A finding undone by the edit to a name or word close to the written one, if one was found
+    // (edit.to), else one that says why it is not undone.
+    void addWithUndo(int node, std::string message, const Undo& edit, const char* why) {
+        Finding& f = add(node, std::move(message));
+        if (!edit.to.empty()) {
+            f.undo = edit;
+        } else {
+            f.unmeasured = why;
+        }
     }
 
     // The root's line, for findings about the file as a whole.
@@ -168,24 +156,15 @@ private:
         return parent.isElement ? tag(parent.name) : std::string("the document");
     }
 
-    // The attributes of node the load read (as text, a number or a word), of this text if any.
+    // The attributes of node that the load read, of this text if any: every number and word the
+    // reader made was read as an attribute first.
     std::set<std::string> readAttributes(int node, const std::string& text) const {
         std::set<std::string> names;
-        const auto add = [&](int at, const std::string& name, const std::string& written) {
-            if (at == node && (text.empty() || written == text)) {
-                names.insert(name);
-            }
-        };
         for (const Report::AttributeEvent& a : mReport.attributes) {
-            if (a.how == AttributeRead::kRead) {
-                add(a.node, a.name, a.text);
+            if (a.node == node && a.how == AttributeRead::kRead &&
+                (text.empty() || a.text == text)) {
+                names.insert(a.name);
             }
-        }
-        for (const Report::NumberEvent& number : mReport.numbers) {
-            add(number.node, number.attribute, number.text);
-        }
-        for (const Report::KeywordEvent& keyword : mReport.keywords) {
-            add(keyword.node, keyword.attribute, keyword.text);
         }
         return names;
     }
@@ -201,26 +180,19 @@ private:
         return std::vector<BlobEntry>(all.begin() + first, all.begin() + std::max(first, end));
     }
 
-    // The record that built a blob: its profile or tuning, not an endpoint or a preset.
-    const RecordSnapshot* builder(size_t blob) const {
-        const RecordKind owner =
-            mReport.blobs[blob].isTuning ? RecordKind::kTuning : RecordKind::kProfile;
-        for (const Report::TranslatedEvent& event : mReport.translated) {
-            if (event.blob == static_cast<int>(blob) &&
-                mReport.records[event.record].kind == owner) {
-                return &mReport.records[event.record];
-            }
-        }
-        return nullptr;
-    }
-
     const Report& mReport;
     std::vector<Finding>& mOut;
     const char* mRule = "";
 };
 
 void Linter::passedOver() {
-    static const std::set<std::string> kSetterNames = parameterElementNames();
+    static const std::set<std::string> kSetterNames = [] {
+        std::set<std::string> names;
+        for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
+            names.insert(setter->getNodeName());
+        }
+        return names;
+    }();
     std::set<std::string> structural;
     std::set<int> read;
     std::set<int> besideRows;
@@ -231,31 +203,26 @@ void Linter::passedOver() {
             besideRows.insert(structure.node);
         }
     }
-    // Where the reader looked for an include and found none (the reader looks for nothing else):
-    // the node it looked at, by the element it looked in, and every element above such a node.
+    // The nodes a finding names as its cause, and those that no walk reached below them.
+    std::set<int> found;
+    // Where the reader looked for an include and found none (it looks for nothing else): the node
+    // it looked at, by the element it looked in, and every element above such a node. A comment
+    // or text there is read in the include's place.
     std::map<int, int> missedIn;
     std::set<int> missedUnder;
     for (const Report::NodeEvent& lookup : mReport.lookups) {
-        if (!lookup.found) {
-            missedIn.emplace(mReport.node(lookup.node).parent, lookup.node);
-            for (int at = lookup.node; at >= 0; at = mReport.node(at).parent) {
-                missedUnder.insert(at);
-            }
+        if (lookup.found) {
+            continue;
         }
-    }
-    // The nodes a finding names as its cause, and those not walked below them.
-    std::set<int> found;
-    const auto held = [&](int node, std::string message) -> Finding& {
-        found.insert(node);
-        return add(node, std::move(message));
-    };
-    // A comment or text where the reader looked for an include is read in the include's place.
-    for (const Report::NodeEvent& lookup : mReport.lookups) {
+        missedIn.emplace(mReport.node(lookup.node).parent, lookup.node);
+        for (int at = lookup.node; at >= 0; at = mReport.node(at).parent) {
+            missedUnder.insert(at);
+        }
         const std::string what = describe(lookup.node);
-        if (!lookup.found && !mReport.node(lookup.node).isElement && what != "blank text" &&
-            found.count(lookup.node) == 0) {
-            held(lookup.node, cat(what, " is where the reader looks for ", parentTag(lookup.node),
-                                  "'s <include>: it finds none"))
+        if (!mReport.node(lookup.node).isElement && what != "blank text" &&
+            found.insert(lookup.node).second) {
+            add(lookup.node, cat(what, " is where the reader looks for ", parentTag(lookup.node),
+                                 "'s <include>: it finds none"))
                 .undo = Undo{Action::kRemove, lookup.node};
         }
     }
@@ -263,22 +230,22 @@ void Linter::passedOver() {
     // found nothing below it and went on through the elements after it, which their own setters
     // read as well: the first of them is the cause.
     for (const Report::SetterEvent& setter : mReport.setters) {
-        if (besideRows.count(setter.node) == 0 || found.count(setter.node) > 0) {
+        if (besideRows.count(setter.node) == 0) {
             continue;
         }
         const ReportedNode& element = mReport.node(setter.node);
         size_t rows = 0;
         bool first = true;
         for (int row : besideRows) {
-            if (mReport.node(row).parent == element.parent) {
-                first = first && mReport.node(row).line >= element.line;
-                rows += mReport.node(row).line >= element.line ? 1 : 0;
+            if (first && mReport.node(row).parent == element.parent) {
+                first = mReport.node(row).line >= element.line;
+                rows++;
             }
         }
-        if (first) {
-            held(setter.node,
-                 cat(describe(setter.node), " has no rows of its own: its reading takes ", rows,
-                     " elements at and after it as its rows"))
+        if (first && found.insert(setter.node).second) {
+            add(setter.node,
+                cat(describe(setter.node), " has no rows of its own: its reading takes ", rows,
+                    " elements at and after it as its rows"))
                 .undo = Undo{Action::kRemove, setter.node};
         }
     }
@@ -292,78 +259,55 @@ void Linter::passedOver() {
         // what no walk reaches below a cause is that cause's.
         if (!seen.insert({skip.node, skip.what}).second ||
             (why != Skip::kNotWalked && found.count(skip.node) > 0) ||
-            (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0)) {
+            (why != Skip::kVersionRule && why != Skip::kSteppedOver && read.count(skip.node) > 0) ||
+            (why == Skip::kAfterCut && cut)) {
             continue;
         }
-        if (why == Skip::kNotWalked && found.count(node.parent) > 0) {
-            found.insert(skip.node);
+        const bool belowCause = why == Skip::kNotWalked && found.count(node.parent) > 0;
+        found.insert(skip.node);
+        if (belowCause) {
             continue;
         }
         const std::string what = describe(skip.node);
         const std::string in = what + " in " + parentTag(skip.node) + " is not read";
-        switch (why) {
-            case Skip::kSteppedOver: {
-                Finding& f =
-                    held(skip.node, what + " is the first child of " + parentTag(skip.node) +
-                                        ", which the reader steps over: it is not read");
-                if (node.isElement) {
-                    f.unmeasured = "no rule undoes an element that the reader steps over";
-                } else {
-                    f.undo = Undo{Action::kRemove, skip.node};
-                    // In blank text's place, it costs nothing unless an include was missed below.
-                    f.onlyIfEffect = missedUnder.count(node.parent) == 0;
-                }
-                break;
-            }
-            case Skip::kNotElement: {
-                Finding& f = held(skip.node, in);
+        const auto lookedAt = missedIn.find(node.parent);
+        if (why == Skip::kSteppedOver) {
+            Finding& f = add(skip.node, what + " is the first child of " + parentTag(skip.node) +
+                                            ", which the reader steps over: it is not read");
+            if (node.isElement) {
+                f.unmeasured = "no rule undoes an element that the reader steps over";
+            } else {
                 f.undo = Undo{Action::kRemove, skip.node};
-                // Comments are there to be passed over: one is a finding only by its effect.
-                f.onlyIfEffect = node.isComment;
-                break;
+                // In blank text's place, it costs nothing unless an include was missed below.
+                f.onlyIfEffect = missedUnder.count(node.parent) == 0;
             }
-            case Skip::kNoSetter:
-            case Skip::kUnknown: {
-                const auto lookedAt = missedIn.find(node.parent);
-                const bool misplaced =
-                    node.name == TuningFileParser::kIncludeElement && lookedAt != missedIn.end();
-                const std::string best =
-                    misplaced
-                        ? ""
-                        : closest(node.name, why == Skip::kNoSetter ? kSetterNames : structural);
-                Finding& f =
-                    held(skip.node,
-                         in + ": " +
-                             (misplaced ? "the reader looks for it at " + describe(lookedAt->second)
-                              : why == Skip::kNoSetter ? "no parameter has this name"
-                                                       : "the reader does not know it") +
-                             didYouMean(best, true));
-                if (misplaced) {
-                    f.undo = Undo(Action::kMoveBefore, skip.node, "", "", lookedAt->second);
-                } else {
-                    undoBy(f, best, {Action::kRename, skip.node, "", best},
-                           "no name the reader knows is close to it");
-                }
-                break;
-            }
-            case Skip::kNotWalked:
-                held(skip.node, in + ": no walk of the reader reaches it");
-                break;
-            case Skip::kAfterCut:
-                // Otherwise the dropped record's finding says that the reading stopped.
-                if (!cut) {
-                    held(skip.node, what + " is not read: the reading stopped before it");
-                }
-                break;
-            case Skip::kEndsList:
-                held(skip.node, what + " ends the list of bands in " + parentTag(skip.node) +
-                                    ": the bands after it are not read");
-                break;
-            case Skip::kVersionRule:
-                held(skip.node, what + " is passed over in a file of format version " +
-                                    inQuotes(mReport.formatVersion) + ": its settings do not apply")
-                    .unmeasured = "the file's format version decides it, not an edit here";
-                break;
+        } else if (why == Skip::kNotElement) {
+            Finding& f = add(skip.node, in);
+            f.undo = Undo{Action::kRemove, skip.node};
+            // Comments are there to be passed over: one is a finding only by its effect.
+            f.onlyIfEffect = node.isComment;
+        } else if ((why == Skip::kNoSetter || why == Skip::kUnknown) &&
+                   node.name == TuningFileParser::kIncludeElement && lookedAt != missedIn.end()) {
+            add(skip.node, in + ": the reader looks for it at " + describe(lookedAt->second)).undo =
+                Undo(Action::kMoveBefore, skip.node, "", "", lookedAt->second);
+        } else if (why == Skip::kNoSetter || why == Skip::kUnknown) {
+            const bool setter = why == Skip::kNoSetter;
+            const std::string best = closest(node.name, setter ? kSetterNames : structural);
+            addWithUndo(
+                skip.node,
+                in + (setter ? ": no parameter has this name" : ": the reader does not know it") +
+                    didYouMean(best, true),
+                {Action::kRename, skip.node, "", best}, "no name the reader knows is close to it");
+        } else if (why == Skip::kVersionRule) {
+            add(skip.node, what + " is passed over in a file of format version " +
+                               inQuotes(mReport.formatVersion) + ": its settings do not apply")
+                .unmeasured = "the file's format version decides it, not an edit here";
+        } else {
+            add(skip.node, why == Skip::kNotWalked ? in + ": no walk of the reader reaches it"
+                           : why == Skip::kAfterCut
+                               ? what + " is not read: the reading stopped before it"
+                               : what + " ends the list of bands in " + parentTag(skip.node) +
+                                     ": the bands after it are not read");
         }
     }
 }
@@ -385,17 +329,32 @@ void Linter::textRead() {
         const auto found = absent.find({node, name});
         return found != absent.end() ? &found->second : nullptr;
     };
+    // The words this load read as numbers ("true"), by attribute name.
+    std::map<std::string, std::set<std::string>> words;
     for (const Report::NumberEvent& number : mReport.numbers) {
         if (std::string* value = readAsOf(number.node, number.attribute)) {
             *value = readAs(number);
         }
+        if (number.how == NumberRead::kWord) {
+            words[number.attribute].insert(number.text);
+        }
     }
+    // The words the reader knew in this load, by element and attribute name, with the library's
+    // names of endpoints and ports, which these words name; the words it did not know, by node.
+    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
+    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
+    std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
     std::multimap<int, std::string> unknownWords;
     for (const Report::KeywordEvent& keyword : mReport.keywords) {
+        auto& knownThere =
+            known.try_emplace({mReport.node(keyword.node).name, keyword.attribute}, libraryWords)
+                .first->second;
+        if (keyword.recognised) {
+            knownThere.insert(keyword.text);
+        } else if (std::string* value = readAsOf(keyword.node, keyword.attribute)) {
+            *value = std::to_string(keyword.value);
+        }
         if (!keyword.recognised) {
-            if (std::string* value = readAsOf(keyword.node, keyword.attribute)) {
-                *value = std::to_string(keyword.value);
-            }
             unknownWords.emplace(keyword.node, keyword.attribute);
         }
     }
@@ -413,103 +372,80 @@ void Linter::textRead() {
         }
         const std::string element = describe(attribute.node);
         const std::string best = closest(attribute.name, asked[mReport.node(attribute.node).name]);
-        Finding& f = add(attribute.node, "attribute " + inQuotes(attribute.name) + " of " +
-                                             element + " is not read" + didYouMean(best, false));
-        undoBy(f, best, {Action::kRename, attribute.node, attribute.name, best},
-               "no attribute name the reader asks for is close to it");
+        addWithUndo(attribute.node,
+                    "attribute " + inQuotes(attribute.name) + " of " + element + " is not read" +
+                        didYouMean(best, false),
+                    {Action::kRename, attribute.node, attribute.name, best},
+                    "no attribute name the reader asks for is close to it");
         for (auto missing = absent.lower_bound({attribute.node, ""});
              missing != absent.end() && missing->first.first == attribute.node; ++missing) {
             covered.insert(missing->first);
-            f.notes.push_back(
+            mOut.back().notes.push_back(
                 note(attribute.node, element + " has no " + inQuotes(missing->first.second)));
         }
         cover(attribute.node);
     }
     // An absent attribute matters where its empty text became a number or a word.
     for (const auto& [attribute, value] : absent) {
-        const auto& [node, name] = attribute;
         if (!value.empty() && covered.insert(attribute).second) {
-            add(node, describe(node) + " has no " + name + " attribute: read as " + value).unmeasured =
-                "nothing in the file to undo: the attribute is absent";
-            cover(node);
+            add(attribute.first, describe(attribute.first) + " has no " + attribute.second +
+                                     " attribute: read as " + value)
+                .unmeasured = "nothing in the file to undo: the attribute is absent";
+            cover(attribute.first);
         }
     }
-    // The words this load read as numbers ("true"), by attribute name.
-    std::map<std::string, std::set<std::string>> words;
+    // A number or word read otherwise than written, undone by the closest word read there.
+    const auto misread = [&](int node, const std::string& attribute, const std::string& text,
+                             const std::string& how, const std::set<std::string>* candidates,
+                             const char* why) {
+        if (covered.insert({node, attribute}).second) {
+            const std::string best = candidates != nullptr ? closest(text, *candidates, true) : "";
+            addWithUndo(node, describe(node) + " " + attribute + " " + inQuotes(text) + how,
+                        {Action::kReplace, node, attribute, best}, why);
+        }
+    };
     for (const Report::NumberEvent& number : mReport.numbers) {
-        if (number.how == NumberRead::kWord) {
-            words[number.attribute].insert(number.text);
-        }
-    }
-    for (const Report::NumberEvent& number : mReport.numbers) {
-        if (number.how == NumberRead::kWhole || number.how == NumberRead::kWord ||
-            !covered.insert({number.node, number.attribute}).second) {
-            continue;
-        }
-        const char* how = number.isList                        ? " is not a list of whole numbers"
-                          : number.how == NumberRead::kClamped ? " is out of the int range"
-                          : number.how == NumberRead::kNone    ? " has no digits"
-                                                               : " is not a whole number";
-        Finding& f =
-            add(number.node, describe(number.node) + " " + number.attribute + " " +
-                                 inQuotes(number.text) + how + ": read as " + readAs(number));
-        const std::string best = number.how == NumberRead::kNone
-                                     ? closest(number.text, words[number.attribute], true)
-                                     : "";
-        undoBy(f, best, {Action::kReplace, number.node, number.attribute, best},
-               "no rule undoes a number that is read otherwise than written");
-    }
-    // The words the reader knew in this load, by element and attribute name, and the library's
-    // names of endpoints and ports, which these words name.
-    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
-    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
-    std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
-    for (const Report::KeywordEvent& keyword : mReport.keywords) {
-        if (keyword.recognised) {
-            known[{mReport.node(keyword.node).name, keyword.attribute}].insert(keyword.text);
+        if (number.how != NumberRead::kWhole && number.how != NumberRead::kWord) {
+            misread(number.node, number.attribute, number.text,
+                    (number.isList                        ? " is not a list of whole numbers"
+                     : number.how == NumberRead::kClamped ? " is out of the int range"
+                     : number.how == NumberRead::kNone    ? " has no digits"
+                                                          : " is not a whole number") +
+                        std::string(": read as ") + readAs(number),
+                    number.how == NumberRead::kNone ? &words[number.attribute] : nullptr,
+                    "no rule undoes a number that is read otherwise than written");
         }
     }
     for (const Report::KeywordEvent& keyword : mReport.keywords) {
-        if (keyword.recognised || !covered.insert({keyword.node, keyword.attribute}).second) {
-            continue;
+        if (!keyword.recognised) {
+            misread(keyword.node, keyword.attribute, keyword.text,
+                    cat(" is not a word the reader knows: read as ", keyword.value),
+                    &known[{mReport.node(keyword.node).name, keyword.attribute}],
+                    "no word this load read there is close to it");
         }
-        Finding& f =
-            add(keyword.node,
-                describe(keyword.node) + " " + keyword.attribute + " " + inQuotes(keyword.text) +
-                    " is not a word the reader knows: read as " + std::to_string(keyword.value));
-        std::set<std::string> candidates =
-            known[{mReport.node(keyword.node).name, keyword.attribute}];
-        candidates.insert(libraryWords.begin(), libraryWords.end());
-        const std::string best = closest(keyword.text, candidates, true);
-        undoBy(f, best, {Action::kReplace, keyword.node, keyword.attribute, best},
-               "no word this load read there is close to it");
     }
 }
 
 void Linter::valuesChanged() {
-    static const char* const kKindNames[] = {"IEQ preset", "GEQ preset", "profile",
-                                             "profile endpoint", "tuning"};
     // The last value each record's parameter got from an element, by value event.
     std::map<std::pair<int, Parameter>, size_t> fromFile;
     for (size_t i = 0; i < mReport.values.size(); i++) {
         const Report::ValueEvent& value = mReport.values[i];
         const std::string name = kParameterNames[value.parameter];
-        const auto key = std::make_pair(value.record, value.parameter);
-        const auto earlier = fromFile.find(key);
+        const auto earlier = fromFile.find({value.record, value.parameter});
         const Report::ValueEvent* written =
             earlier != fromFile.end() ? &mReport.values[earlier->second] : nullptr;
         if (value.source == ValueSource::kFile) {
             const RecordSnapshot& record = mReport.records[value.record];
             if (record.validParams.count(value.parameter) == 0) {
-                add(value.node, describe(value.node) + " sets " + name + ", which a " +
-                                    kKindNames[static_cast<int>(record.kind)] +
-                                    " does not use: it is ignored here");
+                add(value.node, describe(value.node) + " sets " + name + ", which " +
+                                    record.title() + " does not use: it is ignored here");
             } else if (written != nullptr && written->node != value.node) {
                 add(value.node, describe(value.node) + " sets " + name +
                                     " again: the value at line " + lineText(at(written->node)) +
                                     " is replaced");
             }
-            fromFile[key] = i;
+            fromFile[{value.record, value.parameter}] = i;
         } else if ((value.source == ValueSource::kVersion32 ||
                     value.source == ValueSource::kVersion322 ||
                     value.source == ValueSource::kBefore34) &&
@@ -522,33 +458,27 @@ void Linter::valuesChanged() {
                          : " by the rules of format version " + mReport.formatVersion));
         }
     }
-    emptyEntries();
-}
-
-// Entries the effect gets with no values because their record lacks a parameter: one finding per
-// record and entry code.
-void Linter::emptyEntries() {
-    // The parameters each translation read as empty lists: they are reported just before it.
-    std::map<size_t, std::string> absent;
+    // Entries the effect gets with no values because their record lacks a parameter, one finding
+    // per record and entry code. A translation's empty parameters are reported just before it.
+    std::map<size_t, std::string> empty;
     for (const Report::ValueEvent& value : mReport.values) {
         if (value.source == ValueSource::kTranslatorEmpty) {
-            std::string& names = absent[value.nextTranslated];
+            std::string& names = empty[value.nextTranslated];
             names += (names.empty() ? "" : ", ") + std::string(kParameterNames[value.parameter]);
         }
     }
     std::set<std::pair<int, std::string>> made;
-    for (const auto& [index, names] : absent) {
-        if (index >= mReport.translated.size()) {
+    for (const auto& [index, names] : empty) {
+        const Report::TranslatedEvent* event =
+            index < mReport.translated.size() ? &mReport.translated[index] : nullptr;
+        if (event == nullptr || event->blob < 0 ||
+            mReport.blobs[event->blob].fate == BlobFate::kDropped) {
             continue;
         }
-        const Report::TranslatedEvent& event = mReport.translated[index];
-        if (event.blob < 0 || mReport.blobs[event.blob].fate == BlobFate::kDropped) {
-            continue;
-        }
-        const RecordSnapshot& record = mReport.records[event.record];
-        for (const BlobEntry& entry : entriesOf(event)) {
+        const RecordSnapshot& record = mReport.records[event->record];
+        for (const BlobEntry& entry : entriesOf(*event)) {
             const std::string code = BlobDecoder::codeText(entry.code);
-            if (entry.values.empty() && made.insert({event.record, code}).second) {
+            if (entry.values.empty() && made.insert({event->record, code}).second) {
                 add(record.node, record.title() + " has no " + names + ": the effect gets " +
                                      inQuotes(code) + " with no values");
             }
@@ -559,10 +489,9 @@ void Linter::emptyEntries() {
 // Records whose partner is missing, loader defaults and blobs one id or name files twice.
 void Linter::loaded() {
     const FileLine root = rootLine();
-    if (std::none_of(mReport.structures.begin(), mReport.structures.end(),
-                     [](const Report::NodeEvent& s) {
-                         return s.what == static_cast<int>(Structure::kFormatVersion);
-                     })) {
+    if (std::none_of(mReport.structures.begin(), mReport.structures.end(), [](const auto& s) {
+            return s.what == static_cast<int>(Structure::kFormatVersion);
+        })) {
         add(root,
             "no <format_version>: the file is read by the rules of formats before 3.4, "
             "whose defaults replace values it writes");
@@ -587,63 +516,51 @@ void Linter::loaded() {
         const int node = record != nullptr ? record->node : partner.binding.node;
         const std::string title = record != nullptr ? record->title() : "";
         const std::string device = "tuning device " + inQuotes(partner.binding.device);
-        switch (partner.what) {
-            case MissingPartner::kGeqPreset:
-                add(node, title +
-                              " has no GEQ preset: its blob carries no graphic EQ and the "
-                              "persisted user gains are not restored for it");
-                break;
-            case MissingPartner::kIeqPreset: {
-                Finding& f = add(node, cat(title, " selects IEQ preset ",
-                                           record != nullptr ? record->selectedIeqPreset : 0,
-                                           ", which the file does not define"));
-                // The reference is the attribute its include was read from.
-                for (const Report::NodeEvent& include : mReport.structures) {
-                    if (include.what == static_cast<int>(Structure::kInclude) &&
-                        mReport.node(include.node).parent == node) {
-                        for (const std::string& name : readAttributes(include.node, "")) {
-                            f.undo = Undo{Action::kRemoveAttribute, include.node, name};
-                            f.at = at(include.node);
-                        }
+        if (partner.what == MissingPartner::kIeqPreset) {
+            Finding& f = add(node, cat(title, " selects IEQ preset ",
+                                       record != nullptr ? record->selectedIeqPreset : 0,
+                                       ", which the file does not define"));
+            // The reference is the attribute its include was read from.
+            for (const Report::NodeEvent& include : mReport.structures) {
+                if (include.what == static_cast<int>(Structure::kInclude) &&
+                    mReport.node(include.node).parent == node) {
+                    for (const std::string& name : readAttributes(include.node, "")) {
+                        f.undo = Undo{Action::kRemoveAttribute, include.node, name};
+                        f.at = at(include.node);
                     }
                 }
-                f.unmeasured =
-                    f.undo ? "" : "the load reported no attribute that makes the reference";
-                break;
             }
-            case MissingPartner::kEndpointOther:
-                add(node, title + ": nothing of this endpoint reaches the effect");
-                break;
-            case MissingPartner::kTuning: {
-                Finding& f = add(node,
-                                 device + " names tuning " + inQuotes(partner.binding.tuning) +
-                                     ", which is not kept",
-                                 Severity::kError);
-                for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
-                    f.undo = Undo{Action::kRemoveAttribute, node, name};
-                }
-                break;
+            f.unmeasured = f.undo ? "" : "the load reported no attribute that makes the reference";
+        } else if (partner.what == MissingPartner::kTuning) {
+            Finding& f = add(node,
+                             device + " names tuning " + inQuotes(partner.binding.tuning) +
+                                 ", which is not kept",
+                             Severity::kError);
+            for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
+                f.undo = Undo{Action::kRemoveAttribute, node, name};
             }
-            case MissingPartner::kPortDevice:
-                add(node,
-                    "endpoint_port " + inQuotes(partner.binding.port) + " of " + device +
-                        " has no output device: its entries are filed for device 0, "
-                        "which no output matches",
-                    Severity::kError);
-                break;
+        } else if (partner.what == MissingPartner::kPortDevice) {
+            add(node,
+                "endpoint_port " + inQuotes(partner.binding.port) + " of " + device +
+                    " has no output device: its entries are filed for device 0, which no "
+                    "output matches",
+                Severity::kError);
+        } else {
+            add(node, title + (partner.what == MissingPartner::kGeqPreset
+                                   ? " has no GEQ preset: its blob carries no graphic EQ and the "
+                                     "persisted user gains are not restored for it"
+                                   : ": nothing of this endpoint reaches the effect"));
         }
     }
     const int speaker = mReport.speakerTuning;
-    const FileLine speakerLine = speaker >= 0 ? at(mReport.records[speaker].node) : root;
-    const std::string speakerTitle =
-        speaker >= 0 ? mReport.records[speaker].title() : std::string("the speaker's tuning");
     for (LoaderDefault what : mReport.loaderDefaults) {
-        add(speakerLine,
-            speakerTitle + (what == LoaderDefault::kMixMatrix
-                                ? " has no mix matrix (<output-mode>): every speaker "
-                                  "endpoint of every profile gets the default one"
-                                : " has no <virtual-bass-mode>: every profile endpoint "
-                                  "gets the default vb mode"));
+        add(speaker >= 0 ? at(mReport.records[speaker].node) : root,
+            (speaker >= 0 ? mReport.records[speaker].title() : "the speaker's tuning") +
+                (what == LoaderDefault::kMixMatrix
+                     ? " has no mix matrix (<output-mode>): every speaker endpoint of every "
+                       "profile gets the default one"
+                     : " has no <virtual-bass-mode>: every profile endpoint gets the default vb "
+                       "mode"));
     }
     for (const auto& [port, device] : mReport.defaultSelectionsMissing) {
         add(root,
@@ -655,29 +572,36 @@ void Linter::loaded() {
                 ": the store disables every tuning"),
             Severity::kError);
     }
-    // A blob dropped or replaced, at the record that built it, with where the other one's is.
+    // A blob dropped or replaced, at the record that built it (its profile or tuning, not an
+    // endpoint or a preset), with where the first stored blob of its key was built.
+    std::vector<const RecordSnapshot*> builder(mReport.blobs.size());
+    for (const Report::TranslatedEvent& event : mReport.translated) {
+        const RecordSnapshot& record = mReport.records[event.record];
+        if (event.blob >= 0 && static_cast<size_t>(event.blob) < builder.size() &&
+            builder[event.blob] == nullptr &&
+            record.kind ==
+                (mReport.blobs[event.blob].isTuning ? RecordKind::kTuning : RecordKind::kProfile)) {
+            builder[event.blob] = &record;
+        }
+    }
+    std::map<std::tuple<bool, int, std::string>, const RecordSnapshot*> stored;
     for (size_t b = 0; b < mReport.blobs.size(); b++) {
         const Report::Blob& blob = mReport.blobs[b];
-        const RecordSnapshot* made = builder(b);
-        if (blob.fate == BlobFate::kStored || made == nullptr) {
-            continue;
-        }
-        Finding& f =
-            add(made->node, blob.fate == BlobFate::kDropped
-                                ? cat("profile id ", blob.profileId,
-                                      " is used again: the blob built for ", made->title(),
-                                      " is dropped; the blob of the first profile "
-                                      "of the id is kept, and the endpoints of both "
-                                      "go into it")
-                                : made->title() + " replaces the blob of " + inQuotes(blob.device) +
-                                      " that an earlier tuning made");
-        for (size_t other = 0; other < b; other++) {
-            const Report::Blob& first = mReport.blobs[other];
-            const RecordSnapshot* firstMade = builder(other);
-            if (first.fate == BlobFate::kStored && first.isTuning == blob.isTuning &&
-                first.profileId == blob.profileId && first.device == blob.device &&
-                firstMade != nullptr) {
-                f.notes.push_back(note(firstMade->node, firstMade->title() + " is here"));
+        const auto key = std::make_tuple(blob.isTuning, blob.profileId, blob.device);
+        if (blob.fate == BlobFate::kStored) {
+            stored.emplace(key, builder[b]);
+        } else if (const RecordSnapshot* made = builder[b]) {
+            Finding& f =
+                add(made->node, blob.fate == BlobFate::kDropped
+                                    ? cat("profile id ", blob.profileId,
+                                          " is used again: the blob built for ", made->title(),
+                                          " is dropped; the blob of the first profile of the id is "
+                                          "kept, and the endpoints of both go into it")
+                                    : made->title() + " replaces the blob of " +
+                                          inQuotes(blob.device) + " that an earlier tuning made");
+            const auto first = stored.find(key);
+            if (first != stored.end() && first->second != nullptr) {
+                f.notes.push_back(note(first->second->node, first->second->title() + " is here"));
             }
         }
     }
