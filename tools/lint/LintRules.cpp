@@ -123,16 +123,6 @@ private:
         }
     }
 
-    // The root's line, for findings about the file as a whole.
-    FileLine rootLine() const {
-        for (const ReportedNode& node : mReport.nodes) {
-            if (node.parent < 0 && node.isElement) {
-                return {node.line, node.atLeast};
-            }
-        }
-        return {1, false};
-    }
-
     // An element as <name>, a comment or a text by its words.
     std::string describe(int index) const {
         const ReportedNode& node = mReport.node(index);
@@ -234,18 +224,15 @@ void Linter::passedOver() {
             continue;
         }
         const ReportedNode& element = mReport.node(setter.node);
-        size_t rows = 0;
-        bool first = true;
-        for (int row : besideRows) {
-            if (first && mReport.node(row).parent == element.parent) {
-                first = mReport.node(row).line >= element.line;
-                rows++;
-            }
-        }
-        if (first && found.insert(setter.node).second) {
-            add(setter.node,
-                cat(describe(setter.node), " has no rows of its own: its reading takes ", rows,
-                    " elements at and after it as its rows"))
+        if (std::all_of(besideRows.begin(), besideRows.end(),
+                        [&](int row) {
+                            return mReport.node(row).parent != element.parent ||
+                                   mReport.node(row).line >= element.line;
+                        }) &&
+            found.insert(setter.node).second) {
+            add(setter.node, describe(setter.node) +
+                                 " has no rows of its own: its reading takes "
+                                 "the elements after it as its rows")
                 .undo = Undo{Action::kRemove, setter.node};
         }
     }
@@ -325,47 +312,39 @@ void Linter::textRead() {
             absent[{attribute.node, attribute.name}];
         }
     }
-    const auto readAsOf = [&absent](int node, const std::string& name) -> std::string* {
-        const auto found = absent.find({node, name});
-        return found != absent.end() ? &found->second : nullptr;
-    };
-    // The words this load read as numbers ("true"), by attribute name.
+    // The words this load read as numbers ("true"), by attribute name, and the words the reader
+    // knew, by element and attribute name, with the library's endpoint and port names.
     std::map<std::string, std::set<std::string>> words;
     for (const Report::NumberEvent& number : mReport.numbers) {
-        if (std::string* value = readAsOf(number.node, number.attribute)) {
-            *value = readAs(number);
+        if (const auto found = absent.find({number.node, number.attribute}); found != absent.end()) {
+            found->second = readAs(number);
         }
         if (number.how == NumberRead::kWord) {
             words[number.attribute].insert(number.text);
         }
     }
-    // The words the reader knew in this load, by element and attribute name, with the library's
-    // names of endpoints and ports, which these words name; the words it did not know, by node.
     std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
     libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
     std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
-    std::multimap<int, std::string> unknownWords;
+    std::set<std::pair<int, std::string>> unknown;
     for (const Report::KeywordEvent& keyword : mReport.keywords) {
-        auto& knownThere =
+        const auto found = absent.find({keyword.node, keyword.attribute});
+        auto& there =
             known.try_emplace({mReport.node(keyword.node).name, keyword.attribute}, libraryWords)
                 .first->second;
         if (keyword.recognised) {
-            knownThere.insert(keyword.text);
-        } else if (std::string* value = readAsOf(keyword.node, keyword.attribute)) {
-            *value = std::to_string(keyword.value);
-        }
-        if (!keyword.recognised) {
-            unknownWords.emplace(keyword.node, keyword.attribute);
+            there.insert(keyword.text);
+        } else {
+            unknown.insert({keyword.node, keyword.attribute});
+            if (found != absent.end()) {
+                found->second = std::to_string(keyword.value);
+            }
         }
     }
-    // (node, attribute) pairs a finding already covers: a cause at a node covers every word of
-    // it that the reader did not know.
+    // The nodes of the attribute findings, whose unknown words are theirs, and the (node,
+    // attribute) pairs a finding covers.
+    std::set<int> causes;
     std::set<std::pair<int, std::string>> covered;
-    const auto cover = [&covered, &unknownWords](int node) {
-        for (auto [word, end] = unknownWords.equal_range(node); word != end; ++word) {
-            covered.insert(*word);
-        }
-    };
     for (const Report::AttributeEvent& attribute : mReport.attributes) {
         if (attribute.how != AttributeRead::kIgnored) {
             continue;
@@ -383,15 +362,19 @@ void Linter::textRead() {
             mOut.back().notes.push_back(
                 note(attribute.node, element + " has no " + inQuotes(missing->first.second)));
         }
-        cover(attribute.node);
+        causes.insert(attribute.node);
     }
-    // An absent attribute matters where its empty text became a number or a word.
-    for (const auto& [attribute, value] : absent) {
-        if (!value.empty() && covered.insert(attribute).second) {
-            add(attribute.first, describe(attribute.first) + " has no " + attribute.second +
-                                     " attribute: read as " + value)
+    // An absent attribute matters where its empty text became a number or a word, in the order
+    // the reader asked for them.
+    for (const Report::AttributeEvent& attribute : mReport.attributes) {
+        const auto key = std::make_pair(attribute.node, attribute.name);
+        if (attribute.how == AttributeRead::kMissing && !absent[key].empty() &&
+            (causes.count(attribute.node) == 0 || unknown.count(key) == 0) &&
+            covered.insert(key).second) {
+            add(attribute.node, describe(attribute.node) + " has no " + attribute.name +
+                                    " attribute: read as " + absent[key])
                 .unmeasured = "nothing in the file to undo: the attribute is absent";
-            cover(attribute.first);
+            causes.insert(attribute.node);
         }
     }
     // A number or word read otherwise than written, undone by the closest word read there.
@@ -417,7 +400,7 @@ void Linter::textRead() {
         }
     }
     for (const Report::KeywordEvent& keyword : mReport.keywords) {
-        if (!keyword.recognised) {
+        if (!keyword.recognised && causes.count(keyword.node) == 0) {
             misread(keyword.node, keyword.attribute, keyword.text,
                     cat(" is not a word the reader knows: read as ", keyword.value),
                     &known[{mReport.node(keyword.node).name, keyword.attribute}],
@@ -488,7 +471,11 @@ void Linter::valuesChanged() {
 
 // Records whose partner is missing, loader defaults and blobs one id or name files twice.
 void Linter::loaded() {
-    const FileLine root = rootLine();
+    // The root's line, for findings about the file as a whole.
+    const auto top = std::find_if(mReport.nodes.begin(), mReport.nodes.end(),
+                                  [](const ReportedNode& n) { return n.parent < 0 && n.isElement; });
+    const FileLine root =
+        top != mReport.nodes.end() ? FileLine{top->line, top->atLeast} : FileLine{1, false};
     if (std::none_of(mReport.structures.begin(), mReport.structures.end(), [](const auto& s) {
             return s.what == static_cast<int>(Structure::kFormatVersion);
         })) {
@@ -534,7 +521,7 @@ void Linter::loaded() {
         } else if (partner.what == MissingPartner::kTuning) {
             Finding& f = add(node,
                              device + " names tuning " + inQuotes(partner.binding.tuning) +
-                                 ", which is not kept",
+                                 ", which is not kept: the device gets no blob",
                              Severity::kError);
             for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
                 f.undo = Undo{Action::kRemoveAttribute, node, name};
