@@ -145,6 +145,17 @@ class CheckTest(FolderTest):
         self.assertEqual((kept["id"], kept["name"]), (1, "first"))
         self.assertEqual([e[2] for e in entries(kept) if e[:2] == (2, "dea")], [[4], [5]])
 
+    def test_a_tuning_that_replaces_a_devices_blob_points_at_the_earlier_tuning(self):
+        def device_tuning(name, amount):
+            return ('    <tuning name="%s" endpoint_type="speaker" orientation="1" '
+                    'output_channels="2">\n        <device_id id="dev" endpoint_port="usb"/>\n'
+                    '        <data>\n            <regulator-stress-amount value="%d"/>\n'
+                    '        </data>\n    </tuning>\n' % (name, amount))
+        text = tuning(device_tuning("a", 1) + device_tuning("b", 2))
+        found, path = self.finding(text, '"b"', 'tuning "b" replaces the blob of "dev"')
+        self.assertEqual([n["message"] for n in found["notes"]], ['tuning "a" is here'])
+        self.assertNote(found, path, '"a"', "is here")
+
     def test_rules_that_change_what_reaches_the_effect(self):
         cases = [
             # The reader steps over the comment, not the blank text, and misses the include: the

@@ -38,16 +38,15 @@ std::string cat(const Parts&... parts) {
     return out.str();
 }
 
-// The candidate close enough to name to be a slip of the keyboard, or "": at most a quarter of
-// its letters (one to three) wrong, missing or extra, two neighbours swapped counting as one
-// ("vaule"). Case does not count when ignoreCase.
-std::string closest(const std::string& name, const std::set<std::string>& candidates,
+// The candidate close enough to a written name to be a slip of the keyboard, or "": at most a
+// quarter of its letters (one to three) wrong, missing or extra, two neighbours swapped counting as
+// one ("vaule"). Case does not count when ignoreCase.
+std::string closest(const std::string& a, const std::set<std::string>& candidates,
                     bool ignoreCase = false) {
     const auto same = [ignoreCase](unsigned char x, unsigned char y) {
-        return ignoreCase ? std::tolower(x) == std::tolower(y) : x == y;
+        return x == y || (ignoreCase && std::tolower(x) == std::tolower(y));
     };
-    const std::string& a = name;
-    size_t bestDistance = std::clamp<size_t>(name.size() / 4, 1, 3) + 1;
+    size_t bestDistance = std::clamp<size_t>(a.size() / 4, 1, 3) + 1;
     std::string best;
     for (const std::string& b : candidates) {
         // The distance is at least the difference in length.
@@ -57,13 +56,12 @@ std::string closest(const std::string& name, const std::set<std::string>& candid
         std::vector<std::vector<size_t>> d(a.size() + 1, std::vector<size_t>(b.size() + 1));
         for (size_t i = 0; i <= a.size(); i++) {
             for (size_t j = 0; j <= b.size(); j++) {
-                d[i][j] = i == 0 || j == 0
-                              ? i + j
-                              : std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
-                                          d[i - 1][j - 1] + !same(a[i - 1], b[j - 1])});
-                if (i > 1 && j > 1 && same(a[i - 1], b[j - 2]) && same(a[i - 2], b[j - 1])) {
-                    d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
-                }
+                const bool swapped =
+                    i > 1 && j > 1 && same(a[i - 1], b[j - 2]) && same(a[i - 2], b[j - 1]);
+                d[i][j] = i == 0 || j == 0 ? i + j
+                                           : std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
+                                                       d[i - 1][j - 1] + !same(a[i - 1], b[j - 1]),
+                                                       swapped ? d[i - 2][j - 2] + 1 : i + j});
             }
         }
         if (d[a.size()][b.size()] < bestDistance) {
@@ -101,8 +99,6 @@ public:
 private:
     FileLine at(int node) const { return {mReport.node(node).line, mReport.node(node).atLeast}; }
 
-    Note note(int node, std::string message) const { return {at(node), std::move(message)}; }
-
     // The new finding; the reference holds until the next one is added.
     Finding& add(FileLine where, std::string message, Severity severity = Severity::kWarning) {
         mOut.emplace_back(where, severity, std::move(message)).rule = mRule;
@@ -112,8 +108,7 @@ private:
         return add(at(node), std::move(message), severity);
     }
 
-    // A finding undone by the edit to a name or word close to the written one, if one was found
-    // (edit.to), else one that says why it is not undone.
+    // A finding undone by renaming to a close name (edit.to) if one was found, else told why not.
     void addWithUndo(int node, std::string message, const Undo& edit, const char* why) {
         Finding& f = add(node, std::move(message));
         if (!edit.to.empty()) {
@@ -135,10 +130,8 @@ private:
         if (!node.isComment && content.empty()) {
             return "blank text";
         }
-        if (content.size() > 30) {
-            content = content.substr(0, 27) + "...";
-        }
-        return (node.isComment ? "the comment " : "the text ") + inQuotes(content);
+        return (node.isComment ? "the comment " : "the text ") +
+               inQuotes(content.size() > 30 ? content.substr(0, 27) + "..." : content);
     }
 
     std::string parentTag(int index) const {
@@ -146,28 +139,15 @@ private:
         return parent.isElement ? tag(parent.name) : std::string("the document");
     }
 
-    // The attributes of node that the load read, of this text if any: every number and word the
-    // reader made was read as an attribute first.
-    std::set<std::string> readAttributes(int node, const std::string& text) const {
-        std::set<std::string> names;
-        for (const Report::AttributeEvent& a : mReport.attributes) {
-            if (a.node == node && a.how == AttributeRead::kRead &&
-                (text.empty() || a.text == text)) {
-                names.insert(a.name);
-            }
-        }
-        return names;
-    }
-
     // The entries of a blob that a translation added.
     std::vector<BlobEntry> entriesOf(const Report::TranslatedEvent& event) const {
-        if (event.blob < 0 || static_cast<size_t>(event.blob) >= mReport.blobs.size()) {
-            return {};
-        }
-        std::vector<BlobEntry> all = BlobDecoder::decode(mReport.blobs[event.blob].words).entries;
-        const int end = std::min<int>(event.endEntry, static_cast<int>(all.size()));
-        const int first = std::clamp(event.firstEntry, 0, std::max(end, 0));
-        return std::vector<BlobEntry>(all.begin() + first, all.begin() + std::max(first, end));
+        const bool known = event.blob >= 0 && static_cast<size_t>(event.blob) < mReport.blobs.size();
+        const std::vector<BlobEntry> all =
+            known ? BlobDecoder::decode(mReport.blobs[event.blob].words).entries
+                  : std::vector<BlobEntry>();
+        const int end = std::clamp(event.endEntry, 0, static_cast<int>(all.size()));
+        const int first = std::clamp(event.firstEntry, 0, end);
+        return {all.begin() + first, all.begin() + end};
     }
 
     const Report& mReport;
@@ -176,13 +156,10 @@ private:
 };
 
 void Linter::passedOver() {
-    static const std::set<std::string> kSetterNames = [] {
-        std::set<std::string> names;
-        for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
-            names.insert(setter->getNodeName());
-        }
-        return names;
-    }();
+    std::set<std::string> setterNames;
+    for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
+        setterNames.insert(setter->getNodeName());
+    }
     std::set<std::string> structural;
     std::set<int> read;
     std::set<int> besideRows;
@@ -220,16 +197,13 @@ void Linter::passedOver() {
     // found nothing below it and went on through the elements after it, which their own setters
     // read as well: the first of them is the cause.
     for (const Report::SetterEvent& setter : mReport.setters) {
-        if (besideRows.count(setter.node) == 0) {
-            continue;
-        }
         const ReportedNode& element = mReport.node(setter.node);
-        if (std::all_of(besideRows.begin(), besideRows.end(),
-                        [&](int row) {
-                            return mReport.node(row).parent != element.parent ||
-                                   mReport.node(row).line >= element.line;
-                        }) &&
-            found.insert(setter.node).second) {
+        bool first = besideRows.count(setter.node) > 0;
+        for (auto row = besideRows.begin(); first && row != besideRows.end(); ++row) {
+            first = mReport.node(*row).parent != element.parent ||
+                    mReport.node(*row).line >= element.line;
+        }
+        if (first && found.insert(setter.node).second) {
             add(setter.node, describe(setter.node) +
                                  " has no rows of its own: its reading takes "
                                  "the elements after it as its rows")
@@ -258,28 +232,25 @@ void Linter::passedOver() {
         const std::string what = describe(skip.node);
         const std::string in = what + " in " + parentTag(skip.node) + " is not read";
         const auto lookedAt = missedIn.find(node.parent);
-        if (why == Skip::kSteppedOver) {
-            Finding& f = add(skip.node, what + " is the first child of " + parentTag(skip.node) +
-                                            ", which the reader steps over: it is not read");
-            if (node.isElement) {
-                f.unmeasured = "no rule undoes an element that the reader steps over";
-            } else {
-                f.undo = Undo{Action::kRemove, skip.node};
-                // In blank text's place, it costs nothing unless an include was missed below.
-                f.onlyIfEffect = missedUnder.count(node.parent) == 0;
-            }
-        } else if (why == Skip::kNotElement) {
-            Finding& f = add(skip.node, in);
+        const std::string stepped = what + " is the first child of " + parentTag(skip.node) +
+                                    ", which the reader steps over: it is not read";
+        if (why == Skip::kNotElement || (why == Skip::kSteppedOver && !node.isElement)) {
+            Finding& f = add(skip.node, why == Skip::kNotElement ? in : stepped);
             f.undo = Undo{Action::kRemove, skip.node};
-            // Comments are there to be passed over: one is a finding only by its effect.
-            f.onlyIfEffect = node.isComment;
+            // A comment is there to be passed over, and one stepped over in blank text's place
+            // costs nothing unless an include was missed below: a finding only by its effect.
+            f.onlyIfEffect =
+                why == Skip::kNotElement ? node.isComment : missedUnder.count(node.parent) == 0;
+        } else if (why == Skip::kSteppedOver) {
+            add(skip.node, stepped).unmeasured =
+                "no rule undoes an element that the reader steps over";
         } else if ((why == Skip::kNoSetter || why == Skip::kUnknown) &&
                    node.name == TuningFileParser::kIncludeElement && lookedAt != missedIn.end()) {
             add(skip.node, in + ": the reader looks for it at " + describe(lookedAt->second)).undo =
                 Undo(Action::kMoveBefore, skip.node, "", "", lookedAt->second);
         } else if (why == Skip::kNoSetter || why == Skip::kUnknown) {
             const bool setter = why == Skip::kNoSetter;
-            const std::string best = closest(node.name, setter ? kSetterNames : structural);
+            const std::string best = closest(node.name, setter ? setterNames : structural);
             addWithUndo(
                 skip.node,
                 in + (setter ? ": no parameter has this name" : ": the reader does not know it") +
@@ -341,8 +312,7 @@ void Linter::textRead() {
             }
         }
     }
-    // The nodes of the attribute findings, whose unknown words are theirs, and the (node,
-    // attribute) pairs a finding covers.
+    // The nodes of attribute findings (their unknown words are theirs); the pairs findings cover.
     std::set<int> causes;
     std::set<std::pair<int, std::string>> covered;
     for (const Report::AttributeEvent& attribute : mReport.attributes) {
@@ -360,12 +330,11 @@ void Linter::textRead() {
              missing != absent.end() && missing->first.first == attribute.node; ++missing) {
             covered.insert(missing->first);
             mOut.back().notes.push_back(
-                note(attribute.node, element + " has no " + inQuotes(missing->first.second)));
+                Note{at(attribute.node), element + " has no " + inQuotes(missing->first.second)});
         }
         causes.insert(attribute.node);
     }
-    // An absent attribute matters where its empty text became a number or a word, in the order
-    // the reader asked for them.
+    // An absent attribute matters where its empty text became a number or a word.
     for (const Report::AttributeEvent& attribute : mReport.attributes) {
         const auto key = std::make_pair(attribute.node, attribute.name);
         if (attribute.how == AttributeRead::kMissing && !absent[key].empty() &&
@@ -410,8 +379,10 @@ void Linter::textRead() {
 }
 
 void Linter::valuesChanged() {
-    // The last value each record's parameter got from an element, by value event.
+    // The last value each record's parameter got from an element, by value event, and the
+    // parameters each translation read as empty lists: they are reported just before it.
     std::map<std::pair<int, Parameter>, size_t> fromFile;
+    std::map<size_t, std::string> empty;
     for (size_t i = 0; i < mReport.values.size(); i++) {
         const Report::ValueEvent& value = mReport.values[i];
         const std::string name = kParameterNames[value.parameter];
@@ -439,17 +410,12 @@ void Linter::valuesChanged() {
                     (mReport.formatVersion.empty()
                          ? std::string(" (the file has no format version)")
                          : " by the rules of format version " + mReport.formatVersion));
-        }
-    }
-    // Entries the effect gets with no values because their record lacks a parameter, one finding
-    // per record and entry code. A translation's empty parameters are reported just before it.
-    std::map<size_t, std::string> empty;
-    for (const Report::ValueEvent& value : mReport.values) {
-        if (value.source == ValueSource::kTranslatorEmpty) {
+        } else if (value.source == ValueSource::kTranslatorEmpty) {
             std::string& names = empty[value.nextTranslated];
-            names += (names.empty() ? "" : ", ") + std::string(kParameterNames[value.parameter]);
+            names += (names.empty() ? "" : ", ") + name;
         }
     }
+    // Entries sent with no values because their record lacks a parameter: one per record and code.
     std::set<std::pair<int, std::string>> made;
     for (const auto& [index, names] : empty) {
         const Report::TranslatedEvent* event =
@@ -476,9 +442,7 @@ void Linter::loaded() {
                                   [](const ReportedNode& n) { return n.parent < 0 && n.isElement; });
     const FileLine root =
         top != mReport.nodes.end() ? FileLine{top->line, top->atLeast} : FileLine{1, false};
-    if (std::none_of(mReport.structures.begin(), mReport.structures.end(), [](const auto& s) {
-            return s.what == static_cast<int>(Structure::kFormatVersion);
-        })) {
+    if (mReport.formatVersion.empty()) {
         add(root,
             "no <format_version>: the file is read by the rules of formats before 3.4, "
             "whose defaults replace values it writes");
@@ -508,24 +472,20 @@ void Linter::loaded() {
                                        record != nullptr ? record->selectedIeqPreset : 0,
                                        ", which the file does not define"));
             // The reference is the attribute its include was read from.
-            for (const Report::NodeEvent& include : mReport.structures) {
-                if (include.what == static_cast<int>(Structure::kInclude) &&
-                    mReport.node(include.node).parent == node) {
-                    for (const std::string& name : readAttributes(include.node, "")) {
-                        f.undo = Undo{Action::kRemoveAttribute, include.node, name};
-                        f.at = at(include.node);
-                    }
+            for (const Report::AttributeEvent& a : mReport.attributes) {
+                const ReportedNode& include = mReport.node(a.node);
+                if (a.how == AttributeRead::kRead && include.parent == node &&
+                    include.name == TuningFileParser::kIncludeElement) {
+                    f.undo = Undo{Action::kRemoveAttribute, a.node, a.name};
+                    f.at = at(a.node);
                 }
             }
             f.unmeasured = f.undo ? "" : "the load reported no attribute that makes the reference";
         } else if (partner.what == MissingPartner::kTuning) {
-            Finding& f = add(node,
-                             device + " names tuning " + inQuotes(partner.binding.tuning) +
-                                 ", which is not kept: the device gets no blob",
-                             Severity::kError);
-            for (const std::string& name : readAttributes(node, partner.binding.tuning)) {
-                f.undo = Undo{Action::kRemoveAttribute, node, name};
-            }
+            add(node,
+                device + " names tuning " + inQuotes(partner.binding.tuning) +
+                    ", which is not kept: the device gets no blob",
+                Severity::kError);
         } else if (partner.what == MissingPartner::kPortDevice) {
             add(node,
                 "endpoint_port " + inQuotes(partner.binding.port) + " of " + device +
@@ -559,37 +519,33 @@ void Linter::loaded() {
                 ": the store disables every tuning"),
             Severity::kError);
     }
-    // A blob dropped or replaced, at the record that built it (its profile or tuning, not an
-    // endpoint or a preset), with where the first stored blob of its key was built.
-    std::vector<const RecordSnapshot*> builder(mReport.blobs.size());
-    for (const Report::TranslatedEvent& event : mReport.translated) {
-        const RecordSnapshot& record = mReport.records[event.record];
-        if (event.blob >= 0 && static_cast<size_t>(event.blob) < builder.size() &&
-            builder[event.blob] == nullptr &&
-            record.kind ==
-                (mReport.blobs[event.blob].isTuning ? RecordKind::kTuning : RecordKind::kProfile)) {
-            builder[event.blob] = &record;
-        }
-    }
+    // A blob dropped or replaced, at the profile or tuning that built it (the first record
+    // translated into it of the blob's kind), with where the first stored blob of its key was.
+    std::set<int> built;
     std::map<std::tuple<bool, int, std::string>, const RecordSnapshot*> stored;
-    for (size_t b = 0; b < mReport.blobs.size(); b++) {
-        const Report::Blob& blob = mReport.blobs[b];
-        const auto key = std::make_tuple(blob.isTuning, blob.profileId, blob.device);
-        if (blob.fate == BlobFate::kStored) {
-            stored.emplace(key, builder[b]);
-        } else if (const RecordSnapshot* made = builder[b]) {
-            Finding& f =
-                add(made->node, blob.fate == BlobFate::kDropped
-                                    ? cat("profile id ", blob.profileId,
-                                          " is used again: the blob built for ", made->title(),
-                                          " is dropped; the blob of the first profile of the id is "
-                                          "kept, and the endpoints of both go into it")
-                                    : made->title() + " replaces the blob of " +
-                                          inQuotes(blob.device) + " that an earlier tuning made");
-            const auto first = stored.find(key);
-            if (first != stored.end() && first->second != nullptr) {
-                f.notes.push_back(note(first->second->node, first->second->title() + " is here"));
-            }
+    for (const Report::TranslatedEvent& event : mReport.translated) {
+        const RecordSnapshot& made = mReport.records[event.record];
+        const Report::Blob* blob = event.blob >= 0 ? &mReport.blobs[event.blob] : nullptr;
+        if (blob == nullptr ||
+            made.kind != (blob->isTuning ? RecordKind::kTuning : RecordKind::kProfile) ||
+            !built.insert(event.blob).second) {
+            continue;
+        }
+        const auto key = std::make_tuple(blob->isTuning, blob->profileId, blob->device);
+        if (blob->fate == BlobFate::kStored) {
+            stored.emplace(key, &made);
+            continue;
+        }
+        Finding& f =
+            add(made.node, blob->fate == BlobFate::kDropped
+                               ? cat("profile id ", blob->profileId,
+                                     " is used again: the blob built for ", made.title(),
+                                     " is dropped; the blob of the first profile of the "
+                                     "id is kept, and the endpoints of both go into it")
+                               : made.title() + " replaces the blob of " + inQuotes(blob->device) +
+                                     " that an earlier tuning made");
+        if (const auto first = stored.find(key); first != stored.end()) {
+            f.notes.push_back(Note{at(first->second->node), first->second->title() + " is here"});
         }
     }
 }
@@ -618,8 +574,7 @@ void Linter::unusedRecords() {
 // Presets whose band lists disagree.
 void Linter::presetBands() {
     const auto count = [](const RecordSnapshot* record, Parameter parameter) {
-        auto found = record->values.find(parameter);
-        return found != record->values.end() ? found->second.size() : 0;
+        return record->values.count(parameter) > 0 ? record->values.at(parameter).size() : 0;
     };
     const RecordSnapshot* first = nullptr;
     for (const RecordSnapshot* preset : mReport.ofKind(RecordKind::kIeqPreset)) {
@@ -634,7 +589,7 @@ void Linter::presetBands() {
         if (frequencies != count(first, IEQ_FREQUENCY)) {
             add(preset->node, cat(preset->title(), " has ", frequencies, " bands, but ",
                                   first->title(), " has ", count(first, IEQ_FREQUENCY)))
-                .notes.push_back(note(first->node, first->title() + " is here"));
+                .notes.push_back(Note{at(first->node), first->title() + " is here"});
         }
     }
     for (const Report::TranslatedEvent& event : mReport.translated) {
