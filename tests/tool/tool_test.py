@@ -190,8 +190,8 @@ class CheckTest(FolderTest):
             (tuning('    <tuning name="t" endpoint_type="speaker" orientation="1" '
                     'output_channels="2">\n        <device_id id="x" endpoint_port="usb"/>\n'
                     '    </tuning>\n    <profile id="0" name="late"/>\n'),
-             '<tuning name="t"', 'tuning "t" has no data element: the reader drops it and reads '
-             "nothing after it", []),
+             '<tuning name="t"', 'tuning "t" has no data element: the reader drops it and stops',
+             []),
         ]
         for text, marker, words, notes, *options in cases:
             with self.subTest(words=words):

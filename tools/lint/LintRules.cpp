@@ -449,10 +449,7 @@ void Linter::loaded() {
     }
     for (const RecordSnapshot& record : mReport.records) {
         if (record.dropped) {
-            add(record.node,
-                record.title() +
-                    " has no data element: the reader drops it and reads nothing "
-                    "after it",
+            add(record.node, record.title() + " has no data element: the reader drops it and stops",
                 Severity::kError);
         }
     }
@@ -576,16 +573,16 @@ void Linter::presetBands() {
     const auto count = [](const RecordSnapshot* record, Parameter parameter) {
         return record->values.count(parameter) > 0 ? record->values.at(parameter).size() : 0;
     };
-    const RecordSnapshot* first = nullptr;
-    for (const RecordSnapshot* preset : mReport.ofKind(RecordKind::kIeqPreset)) {
+    const std::vector<const RecordSnapshot*> presets = mReport.ofKind(RecordKind::kIeqPreset);
+    for (const RecordSnapshot* preset : presets) {
         const size_t frequencies = count(preset, IEQ_FREQUENCY);
-        const size_t targets = count(preset, IEQ_TARGET);
-        if (frequencies != targets) {
-            add(preset->node, cat(preset->title(), " has ", frequencies, " band frequencies but ",
-                                  targets, " targets: the effect reads the curve out of step"));
+        if (frequencies != count(preset, IEQ_TARGET)) {
+            add(preset->node,
+                cat(preset->title(), " has ", frequencies, " band frequencies but ",
+                    count(preset, IEQ_TARGET), " targets: the effect reads the curve out of step"));
         }
         // Every preset describes the same bands: one of another length is likely cut short.
-        first = first != nullptr ? first : preset;
+        const RecordSnapshot* first = presets.front();
         if (frequencies != count(first, IEQ_FREQUENCY)) {
             add(preset->node, cat(preset->title(), " has ", frequencies, " bands, but ",
                                   first->title(), " has ", count(first, IEQ_FREQUENCY)))

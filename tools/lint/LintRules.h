@@ -1,12 +1,13 @@
 // The findings of check: small rules over the library's report of one load. Each rule looks at
-// what the library said it did (passed over, read in part, replaced, filed or dropped) and says
-// it in a tuning engineer's words, cause first, then notes for what the cause changed.
+// what the library said it did (passed over, read in part, replaced, filed or dropped) and names
+// the cause in a tuning engineer's words, with notes that only locate it: what the cause changes
+// is its measured effect.
 #pragma once
 
 #include <vector>
 
-#include "tools/load/LoadReport.h"
 #include "tools/lint/Finding.h"
+#include "tools/load/LoadReport.h"
 
 namespace korva::tool {
 
