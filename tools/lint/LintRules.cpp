@@ -283,8 +283,8 @@ void Linter::textRead() {
             absent[{attribute.node, attribute.name}];
         }
     }
-    // The words this load read as numbers ("true"), by attribute name, and the words the reader
-    // knew, by element and attribute name, with the library's endpoint and port names.
+    // The words this load read as numbers ("true"), by attribute name; the words the reader knew,
+    // by element and attribute name, and those it did not know.
     std::map<std::string, std::set<std::string>> words;
     for (const Report::NumberEvent& number : mReport.numbers) {
         if (const auto found = absent.find({number.node, number.attribute}); found != absent.end()) {
@@ -294,22 +294,14 @@ void Linter::textRead() {
             words[number.attribute].insert(number.text);
         }
     }
-    std::set<std::string> libraryWords(kEndpointNames, kEndpointNames + kNumEndpoints);
-    libraryWords.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
     std::map<std::pair<std::string, std::string>, std::set<std::string>> known;
     std::set<std::pair<int, std::string>> unknown;
     for (const Report::KeywordEvent& keyword : mReport.keywords) {
-        const auto found = absent.find({keyword.node, keyword.attribute});
-        auto& there =
-            known.try_emplace({mReport.node(keyword.node).name, keyword.attribute}, libraryWords)
-                .first->second;
+        const auto key = std::make_pair(keyword.node, keyword.attribute);
         if (keyword.recognised) {
-            there.insert(keyword.text);
-        } else {
-            unknown.insert({keyword.node, keyword.attribute});
-            if (found != absent.end()) {
-                found->second = std::to_string(keyword.value);
-            }
+            known[{mReport.node(keyword.node).name, keyword.attribute}].insert(keyword.text);
+        } else if (unknown.insert(key).second && absent.count(key) > 0) {
+            absent[key] = std::to_string(keyword.value);
         }
     }
     // The nodes of attribute findings (their unknown words are theirs); the pairs findings cover.
@@ -369,12 +361,17 @@ void Linter::textRead() {
         }
     }
     for (const Report::KeywordEvent& keyword : mReport.keywords) {
-        if (!keyword.recognised && causes.count(keyword.node) == 0) {
-            misread(keyword.node, keyword.attribute, keyword.text,
-                    cat(" is not a word the reader knows: read as ", keyword.value),
-                    &known[{mReport.node(keyword.node).name, keyword.attribute}],
-                    "no word this load read there is close to it");
+        if (keyword.recognised || causes.count(keyword.node) > 0) {
+            continue;
         }
+        // The words known there, and the library's endpoint and port names that these words name.
+        std::set<std::string> candidates =
+            known[{mReport.node(keyword.node).name, keyword.attribute}];
+        candidates.insert(kEndpointNames, kEndpointNames + kNumEndpoints);
+        candidates.insert(kAndroidDeviceNames, kAndroidDeviceNames + kNumAndroidDevices);
+        misread(keyword.node, keyword.attribute, keyword.text,
+                cat(" is not a word the reader knows: read as ", keyword.value), &candidates,
+                "no word this load read there is close to it");
     }
 }
 
