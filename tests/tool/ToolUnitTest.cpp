@@ -102,11 +102,12 @@ TEST(RecordingEffectTest, KeepingWhatItIsSentAnswersWithinTheCapacityAndRecordsE
 
 // A child here answers each text it is sent with the text and its own process; "fail" is
 // answered with nothing, "end" ends the child with a failure.
-int echoWork(size_t index, const ChildLoads::Channel& parent) {
+int echoWork(size_t index, int parent) {
     std::string text;
-    while (parent.receive(&text) && text != "end") {
+    while (ChildLoads::receive(parent, &text) && text != "end") {
         const Json answer = {{"text", text}, {"index", index}, {"pid", getpid()}};
-        if (!(text == "fail" ? parent.send(std::string()) : parent.send(answer))) {
+        if (!(text == "fail" ? ChildLoads::send(parent, std::string())
+                             : ChildLoads::send(parent, answer))) {
             return kExitError;
         }
     }

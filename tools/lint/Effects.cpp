@@ -30,7 +30,7 @@ FILE* sReference = nullptr;
 
 // A server of undone copies, forked before check's own load: each text it is sent loads in a
 // private temporary file, in a process forked for that load alone, and is removed right after.
-int serve(size_t, const ChildLoads::Channel& parent) {
+int serve(size_t, int parent) {
     // An interrupt of the tool stops this process only between loads, once its private file is
     // removed: the closed pipe ends the loop.
     for (int stop : {SIGINT, SIGTERM, SIGPIPE}) {
@@ -44,7 +44,7 @@ int serve(size_t, const ChildLoads::Channel& parent) {
     const std::string name = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") +
                              "/paramtool-undone.XXXXXX";
     std::string text;
-    while (parent.receive(&text)) {
+    while (ChildLoads::receive(parent, &text)) {
         std::string path = name;
         const int fd = mkstemp(path.data());
         const bool written =
@@ -56,7 +56,7 @@ int serve(size_t, const ChildLoads::Channel& parent) {
                       path, [&path](Json* document) { return Effects::loadWork(path, document); })
                 : Json();
         unlink(path.c_str());
-        if (!parent.send(undone)) {
+        if (!ChildLoads::send(parent, undone)) {
             break;
         }
     }

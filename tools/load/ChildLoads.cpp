@@ -1,5 +1,6 @@
 #include "tools/load/ChildLoads.h"
 
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,8 +9,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <map>
-#include <set>
 
 #include "tools/load/StoreSession.h"
 
@@ -17,211 +16,152 @@ namespace korva::tool {
 
 namespace {
 
-// Moves size bytes with io (a read or a write), however many calls it takes.
-template <typename Io>
-bool whole(Io io, char* bytes, size_t size) {
-    while (size > 0) {
-        const ssize_t n = io(bytes, size);
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
+// Moves size bytes through fd, however many calls it takes; a closed other side is no SIGPIPE.
+bool whole(bool sending, int fd, char* bytes, size_t size) {
+    for (ssize_t n = 0; size > 0; bytes += n, size -= static_cast<size_t>(n)) {
+        n = sending ? send(fd, bytes, size, MSG_NOSIGNAL) : read(fd, bytes, size);
+        if (n <= 0 && (n == 0 || errno != EINTR)) {
             return false;
         }
-        bytes += n;
-        size -= static_cast<size_t>(n);
+        n = std::max<ssize_t>(n, 0);
     }
     return true;
 }
 
-std::string failed(const char* what) {
-    return std::string(what) + ": " + strerror(errno);
-}
-
 }  // namespace
 
-bool ChildLoads::Channel::send(const std::string& message) const {
-    const auto put = [this](char* bytes, size_t n) { return write(out, bytes, n); };
+bool ChildLoads::send(int fd, const std::string& message) {
     uint64_t size = message.size();
-    return whole(put, reinterpret_cast<char*>(&size), sizeof(size)) &&
-           whole(put, const_cast<char*>(message.data()), message.size());
+    return whole(true, fd, reinterpret_cast<char*>(&size), sizeof(size)) &&
+           whole(true, fd, const_cast<char*>(message.data()), message.size());
 }
 
-bool ChildLoads::Channel::send(const Json& document) const {
-    return send(document.dump(-1, ' ', false, Json::error_handler_t::replace));
+bool ChildLoads::send(int fd, const Json& document) {
+    return send(fd, document.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
-bool ChildLoads::Channel::receive(std::string* message) const {
-    const auto get = [this](char* bytes, size_t n) { return read(in, bytes, n); };
+bool ChildLoads::receive(int fd, std::string* message) {
     uint64_t size = 0;
-    if (!whole(get, reinterpret_cast<char*>(&size), sizeof(size))) {
-        return false;
-    }
-    message->resize(size);
-    return whole(get, message->data(), size);
+    const bool sized = whole(false, fd, reinterpret_cast<char*>(&size), sizeof(size));
+    message->resize(sized ? size : 0);
+    return sized && whole(false, fd, message->data(), size);
 }
 
 std::unique_ptr<ChildLoads> ChildLoads::start(const std::vector<std::string>& names,
                                               const Work& work) {
     std::unique_ptr<ChildLoads> loads(new ChildLoads());
-    fflush(stdout);
-    fflush(stderr);
+    fflush(nullptr);
     for (size_t i = 0; i < names.size(); i++) {
-        int requests[2];
-        int answers[2];
-        if (pipe(requests) != 0 || pipe(answers) != 0) {
-            ToolOutput::error(names[i], failed("cannot make a pipe"));
-            return nullptr;
-        }
-        const pid_t pid = fork();
+        int ends[2] = {-1, -1};
+        const pid_t pid = socketpair(AF_UNIX, SOCK_STREAM, 0, ends) == 0 ? fork() : -1;
         if (pid == 0) {
-            // The earlier children's pipes stay open only in the parent, so that closing them
-            // there ends those children.
+            // Only the parent keeps the earlier children's ends: closing them ends those children.
             for (const Child& earlier : loads->mChildren) {
-                close(earlier.channel.in);
-                close(earlier.channel.out);
+                close(earlier.fd);
             }
-            close(requests[1]);
-            close(answers[0]);
-            const int status = work(i, Channel{requests[0], answers[1]});
+            close(ends[0]);
+            const int status = work(i, ends[1]);
             fflush(stderr);
             _exit(status);
         }
-        close(requests[0]);
-        close(answers[1]);
-        loads->mChildren.push_back({names[i], pid, {answers[0], requests[1]}});
+        close(ends[1]);
+        loads->mChildren.push_back({names[i], pid, ends[0]});
         if (pid < 0) {
-            ToolOutput::error(names[i], failed("cannot start a process"));
+            ToolOutput::error(names[i], std::string("cannot start a process: ") + strerror(errno));
             return nullptr;
         }
     }
     return loads;
 }
 
-ChildLoads::~ChildLoads() {
-    finish();
-}
-
 std::vector<Json> ChildLoads::ask(const std::vector<std::string>& requests) {
-    std::vector<Json> answers(requests.size());
     const size_t count = mChildren.size();
-    for (size_t first = 0; first < requests.size(); first += count) {
-        const size_t end = std::min(requests.size(), first + count);
-        std::vector<bool> sent;
-        for (size_t i = first; i < end; i++) {
-            sent.push_back(mChildren[i - first].channel.send(requests[i]));
+    std::vector<Json> answers(requests.size());
+    std::vector<bool> sent(requests.size());
+    for (size_t i = 0; i < requests.size(); i++) {
+        // Each child's request of a round is sent before the round's answers are read.
+        for (size_t j = i; i % count == 0 && j < std::min(requests.size(), i + count); j++) {
+            sent[j] = send(mChildren[j % count].fd, requests[j]);
         }
-        for (size_t i = first; i < end; i++) {
-            std::string answer;
-            if (sent[i - first] && mChildren[i - first].channel.receive(&answer)) {
-                answers[i] = parse(answer);
-            }
-        }
+        std::string answer;
+        const bool got = sent[i] && receive(mChildren[i % count].fd, &answer);
+        answers[i] = Json::parse(got ? answer : "", nullptr, false);
+        answers[i] = answers[i].is_discarded() ? Json() : answers[i];
     }
     return answers;
 }
 
 int ChildLoads::finish() {
-    for (Child& child : mChildren) {
-        close(child.channel.in);
-        close(child.channel.out);
-        child.channel = {};
+    for (const Child& child : mChildren) {
+        close(child.fd);
     }
     int result = kExitOk;
-    for (Child& child : mChildren) {
+    for (const Child& child : mChildren) {
         int status = 0;
         while (child.pid > 0 && waitpid(child.pid, &status, 0) < 0 && errno == EINTR) {
         }
-        if (child.pid > 0 && !WIFEXITED(status)) {
+        if (!WIFEXITED(status)) {
             ToolOutput::error(child.name, "loading the file ended abnormally");
         }
-        result = child.pid > 0 && WIFEXITED(status) && WEXITSTATUS(status) == kExitOk ? result
-                                                                                      : kExitError;
-        child.pid = -1;
+        result = WIFEXITED(status) && WEXITSTATUS(status) == kExitOk ? result : kExitError;
     }
+    mChildren.clear();
     return result;
 }
 
-Json ChildLoads::parse(const std::string& message) {
-    const Json document = Json::parse(message, nullptr, false);
-    return document.is_discarded() ? Json() : document;
-}
-
 Json ChildLoads::one(const std::string& name, const std::function<int(Json* document)>& work) {
-    std::unique_ptr<ChildLoads> load = start({name}, [&work](size_t, const Channel& parent) {
-        Json document;
-        return work(&document) == kExitOk && parent.send(document) ? kExitOk : kExitError;
+    std::unique_ptr<ChildLoads> load = start({name}, [&work](size_t, int parent) {
+        std::string request;
+        Json made;
+        return receive(parent, &request) && work(&made) == kExitOk && send(parent, made)
+                   ? kExitOk
+                   : kExitError;
     });
-    std::string answer;
-    const Json document = load != nullptr && (*load)[0].receive(&answer) ? parse(answer) : Json();
-    if (load == nullptr || load->finish() != kExitOk) {
-        return Json();
-    }
-    if (document.is_null()) {
-        ToolOutput::error(name, "could not read the result back from the loading process");
-    }
-    return document;
+    const Json document = load != nullptr ? load->ask({""}).front() : Json();
+    return load != nullptr && load->finish() == kExitOk ? document : Json();
 }
 
 int ChildLoads::loadApart(const std::vector<std::string>& paths, std::vector<LoadedFile>* files) {
-    const auto load = [&paths](size_t i, const Channel& parent) {
+    std::unique_ptr<ChildLoads> loads = start(paths, [&paths](size_t i, int parent) {
         std::unique_ptr<StoreSession> session = StoreSession::open(paths[i]);
         if (session == nullptr || !session->readable()) {
             return kExitError;
         }
         // A key's list of words: the store may keep more than one blob of a key.
-        std::map<std::string, std::vector<std::vector<int>>> words;
+        Json words = Json::object();
         LoadedFile::of(*session, [&words](const std::string& key, const std::vector<int>& blob) {
             words[key].push_back(blob);
             return true;
         });
         std::string request;
-        if (!parent.send(Json(words)) || !parent.receive(&request)) {
+        if (!receive(parent, &request) || !send(parent, words) || !receive(parent, &request)) {
             return kExitError;
         }
-        const Json keys = parse(request);
-        if (!keys.is_array()) {
-            return kExitError;
-        }
-        const std::set<std::string> alike = keys.get<std::set<std::string>>();
-        LoadedFile file = LoadedFile::of(
-            *session,
-            [&alike](const std::string& key, const std::vector<int>&) { return alike.count(key); });
+        const Json alike = Json::parse(request, nullptr, false);
+        LoadedFile file = LoadedFile::of(*session, [&alike](const std::string& key, const auto&) {
+            return std::find(alike.begin(), alike.end(), key) != alike.end();
+        });
         file.path = paths[i];
-        return parent.send(file.toJson(true)) ? kExitOk : kExitError;
-    };
-    std::unique_ptr<ChildLoads> loads = start(paths, load);
+        return send(parent, file.toJson(true)) ? kExitOk : kExitError;
+    });
     if (loads == nullptr) {
         return kExitError;
     }
-    // Every child's words are read, so that none is cut off while it sends them.
-    std::vector<std::map<std::string, Json>> words;
-    bool loaded = true;
-    for (size_t i = 0; i < paths.size(); i++) {
-        std::string message;
-        const Json side = (*loads)[i].receive(&message) ? parse(message) : Json();
-        loaded = loaded && side.is_object();
-        words.push_back(side.is_object() ? side.get<std::map<std::string, Json>>()
-                                         : std::map<std::string, Json>());
-    }
-    if (!loaded) {
-        loads->finish();
-        return kExitError;
-    }
-    // The blobs every file has with the same words; a key that does not come back whole (not
+    // The keys whose words every side has alike. A key that does not come back whole (not
     // UTF-8) is sent in full.
-    std::set<std::string> alike;
-    for (const auto& [key, blobs] : words.front()) {
-        if (std::all_of(words.begin(), words.end(), [&key = key, &blobs = blobs](const auto& side) {
-                const auto found = side.find(key);
-                return found != side.end() && found->second == blobs;
+    const std::vector<Json> sides = loads->ask(std::vector<std::string>(paths.size()));
+    Json alike = Json::array();
+    for (const auto& [key, blobs] : sides.front().items()) {
+        if (std::all_of(sides.begin(), sides.end(), [&key = key, &blobs = blobs](const Json& s) {
+                return s.contains(key) && s[key] == blobs;
             })) {
-            alike.insert(key);
+            alike.push_back(key);
         }
     }
-    const std::string request = Json(alike).dump(-1, ' ', false, Json::error_handler_t::replace);
-    const std::vector<Json> models = loads->ask(std::vector<std::string>(paths.size(), request));
-    for (const Json& model : models) {
+    const std::string request = alike.dump(-1, ' ', false, Json::error_handler_t::replace);
+    bool loaded = std::count(sides.begin(), sides.end(), Json()) == 0;
+    for (const Json& model : loaded ? loads->ask(std::vector<std::string>(paths.size(), request))
+                                    : std::vector<Json>()) {
         loaded = loaded && !model.is_null();
         files->push_back(LoadedFile::fromJson(model));
     }
