@@ -898,6 +898,37 @@ class EffectTest(FolderTest):
             self.assertEqual(f.read(), text, "the user's file is never written")
         return path, document
 
+    def test_an_interrupted_measurement_leaves_no_undone_copy_behind(self):
+        # Many causes, each measured by a load of its undone copy from a private file.
+        text = tuning("".join(profile(n, "p%d" % n, SPEAKER.replace('value="4"', 'vaule="4"'))
+                              for n in range(200)))
+        path = self.write(text)
+        temporary = os.path.join(self.folder, "tmp")
+        os.mkdir(temporary)
+
+        def copies():
+            return [n for n in os.listdir(temporary) if n.startswith("paramtool-undone")]
+        for stop in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(signal=stop):
+                tool = subprocess.Popen(TOOL + ["check", path], stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL,
+                                        env=dict(os.environ, TMPDIR=temporary))
+                for _ in range(5000):
+                    if copies() or tool.poll() is not None:
+                        break
+                    time.sleep(0.002)
+                self.assertTrue(copies(), "an undone copy is loaded from a private file")
+                tool.send_signal(stop)
+                self.assertEqual(tool.wait(timeout=60), -stop)
+                # The loads under way end, each removing its copy.
+                for _ in range(1000):
+                    if not os.listdir(temporary):
+                        break
+                    time.sleep(0.01)
+                self.assertEqual(os.listdir(temporary), [])
+        with open(path, encoding="utf-8") as f:
+            self.assertEqual(f.read(), text, "the user's file is never written")
+
     def test_each_undo_rule_measures_the_blob_entries_it_changes(self):
         def endpoint(old, new, extra=""):
             return tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace(old, new) + extra))
