@@ -32,7 +32,7 @@ FILE* sReference = nullptr;
 // private temporary file, in a process forked for that load alone, and is removed right after.
 int serve(size_t, int parent) {
     // An interrupt of the tool stops this process only between loads, once its private file is
-    // removed: the closed pipe ends the loop.
+    // removed: the closed socket ends the loop.
     for (int stop : {SIGINT, SIGTERM, SIGPIPE}) {
         signal(stop, SIG_IGN);
     }
@@ -50,11 +50,8 @@ int serve(size_t, int parent) {
         const bool written =
             fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
         close(fd);
-        const Json undone =
-            written
-                ? ChildLoads::one(
-                      path, [&path](Json* document) { return Effects::loadWork(path, document); })
-                : Json();
+        const auto load = [&path](Json* document) { return Effects::loadWork(path, document); };
+        const Json undone = written ? ChildLoads::one(path, load) : Json();
         unlink(path.c_str());
         if (!ChildLoads::send(parent, undone)) {
             break;
