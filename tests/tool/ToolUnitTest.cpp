@@ -19,7 +19,7 @@
 #include "engine/RecordingEffect.h"
 #include "tools/lint/LintRules.h"
 #include "tools/lint/UndoEdit.h"
-#include "tools/load/FreshLoads.h"
+#include "tools/load/ChildLoads.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/HtmlWriter.h"
@@ -100,40 +100,58 @@ TEST(RecordingEffectTest, KeepingWhatItIsSentAnswersWithinTheCapacityAndRecordsE
     EXPECT_TRUE(effect.takeCalls().empty());
 }
 
-// What a load hands back here: the file's text and the process that read it; a file saying
-// "fail" fails.
-int echoWork(const std::string& path, Json* document) {
-    std::ifstream in(path);
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    *document = {{"text", text}, {"pid", getpid()}};
-    return text == "fail" ? kExitError : kExitOk;
+// A child here answers each text it is sent with the text and its own process; "fail" is
+// answered with nothing, "end" ends the child with a failure.
+int echoWork(size_t index, int parent) {
+    std::string text;
+    while (ChildLoads::receive(parent, &text) && text != "end") {
+        const Json answer = {{"text", text}, {"index", index}, {"pid", getpid()}};
+        if (!(text == "fail" ? ChildLoads::send(parent, std::string())
+                             : ChildLoads::send(parent, answer))) {
+            return kExitError;
+        }
+    }
+    return text == "end" ? kExitError : kExitOk;
 }
 
-// More texts than servers: each answer comes back in its text's place, from a process of its own
-// per server, and a failed load is null without holding up the others.
-TEST(FreshLoadsTest, LoadsOnEveryServerAndAnswersInOrder) {
-    std::unique_ptr<FreshLoads> loads = FreshLoads::start(echoWork, 2);
+// More texts than children: each answer comes back in its text's place, from child i % count,
+// and a failed one is null without holding up the others.
+TEST(ChildLoadsTest, AsksEveryChildInTurnAndAnswersInOrder) {
+    std::unique_ptr<ChildLoads> loads = ChildLoads::start({"a", "b"}, echoWork);
     ASSERT_NE(nullptr, loads);
     const std::vector<std::string> texts = {"a", "fail", std::string(300000, 'x'), "d", "e"};
-    const std::vector<Json> documents = loads->loadAll(texts);
-    ASSERT_EQ(texts.size(), documents.size());
+    const std::vector<Json> answers = loads->ask(texts);
+    ASSERT_EQ(texts.size(), answers.size());
     std::set<int> pids;
     for (size_t i = 0; i < texts.size(); i++) {
         SCOPED_TRACE(i);
         if (texts[i] == "fail") {
-            EXPECT_TRUE(documents[i].is_null());
+            EXPECT_TRUE(answers[i].is_null());
             continue;
         }
-        ASSERT_TRUE(documents[i].is_object());
-        EXPECT_EQ(texts[i], documents[i]["text"].get<std::string>());
-        EXPECT_NE(getpid(), documents[i]["pid"].get<int>());
-        pids.insert(documents[i]["pid"].get<int>());
+        ASSERT_TRUE(answers[i].is_object());
+        EXPECT_EQ(texts[i], answers[i]["text"].get<std::string>());
+        EXPECT_EQ(i % 2, answers[i]["index"].get<size_t>());
+        EXPECT_NE(getpid(), answers[i]["pid"].get<int>());
+        pids.insert(answers[i]["pid"].get<int>());
     }
-    // Each load runs in a process forked for it.
-    EXPECT_EQ(4u, pids.size());
-    Json one;
-    EXPECT_TRUE(loads->load("f", &one));
-    EXPECT_EQ("f", one["text"].get<std::string>());
+    EXPECT_EQ(2u, pids.size());
+    // Closing the pipes ends children waiting for a text; a child's failure is the status.
+    EXPECT_EQ(kExitOk, loads->finish());
+    loads = ChildLoads::start({"c"}, echoWork);
+    ASSERT_NE(nullptr, loads);
+    EXPECT_TRUE(loads->ask({"end"}).front().is_null());
+    EXPECT_EQ(kExitError, loads->finish());
+}
+
+TEST(ChildLoadsTest, OneWorkInAChildOfItsOwn) {
+    const Json made = ChildLoads::one("x", [](Json* document) {
+        *document = {{"pid", getpid()}};
+        return kExitOk;
+    });
+    ASSERT_TRUE(made.is_object());
+    EXPECT_NE(getpid(), made["pid"].get<int>());
+    EXPECT_TRUE(ChildLoads::one("x", [](Json*) { return kExitError; }).is_null());
 }
 
 TEST(TextTableTest, LastColumnWrapsUnderItselfWithinTheWidth) {

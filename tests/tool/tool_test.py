@@ -700,6 +700,29 @@ class DiffTest(unittest.TestCase):
         self.assertEqual(changes['tuning device "usb_dac"'], "added")
         self.assertEqual(changes['profile 0 "dynamic"'], "changed")
 
+    def test_exactly_the_blobs_whose_entries_differ_are_compared_in_full(self):
+        # Each file's process sends in full only the blobs the other file does not have alike:
+        # what diff reports agrees with both files' whole blobs as blobs lists them.
+        def titled(path):
+            blobs = run_json("blobs", path)[1]["blobs"]
+            return {('profile %d "%s"' % (b["id"], b["name"]) if b["kind"] == "profile" else
+                     'tuning device "%s"' % b["name"]): b for b in blobs}
+
+        def contents(blob):
+            return sorted((e["device"], e["code"], e["values"]) for e in blob["entries"])
+
+        a, b = titled(VERSION_OVERRIDES), titled(EXAMPLE)
+        expected = {t: ("removed", len(a[t]["entries"])) for t in a if t not in b}
+        expected.update({t: ("added", len(b[t]["entries"])) for t in b if t not in a})
+        expected.update({t: ("changed", None) for t in a
+                         if t in b and contents(a[t]) != contents(b[t])})
+        self.assertTrue(any(c == "changed" for c, _ in expected.values()))
+        self.assertTrue(any(c == "added" for c, _ in expected.values()))
+        document = run_json("diff", VERSION_OVERRIDES, EXAMPLE)[1]
+        self.assertEqual({d["blob"]: (d["change"], None if d["change"] == "changed"
+                                      else d["entries"]) for d in document["differences"]},
+                         expected)
+
     def test_an_unreadable_file_fails_the_diff(self):
         result = run("diff", EXAMPLE, BROKEN)
         self.assertEqual(result.returncode, 2)
@@ -793,6 +816,18 @@ class CommandLineTest(unittest.TestCase):
                 self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
                 self.assertIn(words, result.stderr)
 
+    def test_a_report_shows_a_file_the_store_could_not_read_beside_another(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = os.path.join(folder, "report.html")
+            result = run("report", BROKEN, EXAMPLE, "-o", page)
+            self.assertEqual(result.returncode, 0, result.stderr)
+            with open(page, encoding="utf-8") as f:
+                text = f.read()
+            # The file that could not be read is said to be so; the other one is shown whole.
+            for words in ("not a readable XML document", "the store could not read the file",
+                          "profile 1 &quot;movie&quot;"):
+                self.assertTrue(words in text, words)
+
     def test_version_and_help(self):
         result = run("--version")
         self.assertEqual(result.returncode, 0)
@@ -879,6 +914,37 @@ class EffectTest(FolderTest):
         with open(path, encoding="utf-8") as f:
             self.assertEqual(f.read(), text, "the user's file is never written")
         return path, document
+
+    def test_an_interrupted_measurement_leaves_no_undone_copy_behind(self):
+        # Many causes, each measured by a load of its undone copy from a private file.
+        text = tuning("".join(profile(n, "p%d" % n, SPEAKER.replace('value="4"', 'vaule="4"'))
+                              for n in range(200)))
+        path = self.write(text)
+        temporary = os.path.join(self.folder, "tmp")
+        os.mkdir(temporary)
+
+        def copies():
+            return [n for n in os.listdir(temporary) if n.startswith("paramtool-undone")]
+        for stop in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(signal=stop):
+                tool = subprocess.Popen(TOOL + ["check", path], stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL,
+                                        env=dict(os.environ, TMPDIR=temporary))
+                for _ in range(5000):
+                    if copies() or tool.poll() is not None:
+                        break
+                    time.sleep(0.002)
+                self.assertTrue(copies(), "an undone copy is loaded from a private file")
+                tool.send_signal(stop)
+                self.assertEqual(tool.wait(timeout=60), -stop)
+                # The loads under way end, each removing its copy.
+                for _ in range(1000):
+                    if not os.listdir(temporary):
+                        break
+                    time.sleep(0.01)
+                self.assertEqual(os.listdir(temporary), [])
+        with open(path, encoding="utf-8") as f:
+            self.assertEqual(f.read(), text, "the user's file is never written")
 
     def test_each_undo_rule_measures_the_blob_entries_it_changes(self):
         def endpoint(old, new, extra=""):

@@ -246,7 +246,7 @@ Json CheckCommand::summaryJson(const StoreSession& session) {
 int CheckCommand::run(const Options& options) {
     const std::string& path = options.common.file;
     // The loads of undone copies fork from a process that has loaded nothing yet.
-    std::unique_ptr<FreshLoads> loads = options.noEffects ? nullptr : Effects::start();
+    std::unique_ptr<ChildLoads> loads = options.noEffects ? nullptr : Effects::start();
     std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, false, loads != nullptr);
     if (session == nullptr) {
         return kExitError;

@@ -4,7 +4,7 @@
 #include <set>
 #include <vector>
 
-#include "tools/load/ChildLoad.h"
+#include "tools/load/ChildLoads.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
@@ -288,7 +288,7 @@ std::string DiffCommand::text(const Json& differences, const Json& state, const 
 
 int DiffCommand::run(const Options& options) {
     std::vector<LoadedFile> files;
-    if (ChildLoad::load({options.fileA, options.fileB}, &files) != kExitOk) {
+    if (ChildLoads::loadApart({options.fileA, options.fileB}, &files) != kExitOk) {
         return kExitError;
     }
     const LoadedFile& a = files[0];

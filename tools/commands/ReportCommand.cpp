@@ -12,7 +12,7 @@
 #include "tools/commands/DiffCommand.h"
 #include "tools/lint/Effects.h"
 #include "tools/lint/LintRules.h"
-#include "tools/load/ChildLoad.h"
+#include "tools/load/ChildLoads.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
@@ -521,12 +521,15 @@ int ReportCommand::collect(const std::string& path, Json* document) {
 int ReportCommand::run(const Options& options) {
     std::vector<ReportFile> files;
     for (const std::string& path : options.files) {
-        Json document;
-        if (ChildLoad::run(path, collect, &document) != kExitOk) {
+        const Json document =
+            ChildLoads::one(path, [&path](Json* made) { return collect(path, made); });
+        if (document.is_null()) {
             return kExitError;
         }
-        files.push_back({path, document["text"], document["findings"], document.contains("loaded"),
-                         LoadedFile::fromJson(document.value("loaded", Json()))});
+        // A file the store could not read has no loaded model.
+        const bool loaded = document.contains("loaded");
+        files.push_back({path, document["text"], document["findings"], loaded,
+                         loaded ? LoadedFile::fromJson(document["loaded"]) : LoadedFile()});
     }
     std::ofstream out(options.output, std::ios::binary | std::ios::trunc);
     out << page(files);

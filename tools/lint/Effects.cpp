@@ -1,9 +1,12 @@
 #include "tools/lint/Effects.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <set>
 #include <string>
@@ -24,6 +27,38 @@ constexpr size_t kServers = 2;
 // by each load of an undone copy, whose process forks after the file is made: a load sends back in
 // full only the blobs that differ from the file's.
 FILE* sReference = nullptr;
+
+// A server of undone copies, forked before check's own load: each text it is sent loads in a
+// private temporary file, in a process forked for that load alone, and is removed right after.
+int serve(size_t, int parent) {
+    // An interrupt of the tool stops this process only between loads, once its private file is
+    // removed: the closed socket ends the loop.
+    for (int stop : {SIGINT, SIGTERM, SIGPIPE}) {
+        signal(stop, SIG_IGN);
+    }
+    // What goes wrong is said by the answer; the loads' own messages name private files.
+    const int quiet = open("/dev/null", O_WRONLY);
+    dup2(quiet, STDERR_FILENO);
+    close(quiet);
+    const char* folder = getenv("TMPDIR");
+    const std::string name = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") +
+                             "/paramtool-undone.XXXXXX";
+    std::string text;
+    while (ChildLoads::receive(parent, &text)) {
+        std::string path = name;
+        const int fd = mkstemp(path.data());
+        const bool written =
+            fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+        close(fd);
+        const auto load = [&path](Json* document) { return Effects::loadWork(path, document); };
+        const Json undone = written ? ChildLoads::one(path, load) : Json();
+        unlink(path.c_str());
+        if (!ChildLoads::send(parent, undone)) {
+            break;
+        }
+    }
+    return kExitOk;
+}
 
 // One load of an undone copy: what changed against the file (null when the copy could not be
 // loaded), and which of the file's findings the copy no longer has.
@@ -79,21 +114,20 @@ Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findi
 
 Measured measureEdits(const LoadReport& report, const LoadedFile& file,
                       const std::vector<Finding>& findings, const std::vector<Undo>& edits,
-                      FreshLoads& loads, std::string* why) {
+                      ChildLoads& loads, std::string* why) {
     std::string text;
-    Json undone;
     if (!UndoEdit::apply(report, edits, &text, why)) {
         return {};
     }
-    loads.load(text, &undone);
-    return compareUndone(file, findings, undone, why);
+    return compareUndone(file, findings, loads.ask({text}).front(), why);
 }
 
 }  // namespace
 
-std::unique_ptr<FreshLoads> Effects::start() {
+std::unique_ptr<ChildLoads> Effects::start() {
     sReference = sReference != nullptr ? sReference : tmpfile();
-    return sReference != nullptr ? FreshLoads::start(loadWork, kServers) : nullptr;
+    return sReference != nullptr ? ChildLoads::start(std::vector<std::string>(kServers), serve)
+                                 : nullptr;
 }
 
 int Effects::loadWork(const std::string& path, Json* document) {
@@ -123,7 +157,7 @@ void Effects::skip(std::vector<Finding>* findings) {
                     findings->end());
 }
 
-void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbose,
+void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbose,
                       std::vector<Finding>* findings, void (*progress)(size_t, size_t)) {
     const LoadReport& report = session.report();
     Json reference = Json::object();
@@ -196,7 +230,7 @@ void Effects::measure(const StoreSession& session, FreshLoads& loads, bool verbo
                     ahead[j] = Json();
                 }
             }
-            std::vector<Json> documents = loads.loadAll(texts);
+            std::vector<Json> documents = loads.ask(texts);
             for (size_t k = 0; k < batch.size(); k++) {
                 ahead[batch[k]] = std::move(documents[k]);
             }

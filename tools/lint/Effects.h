@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/lint/Finding.h"
-#include "tools/load/FreshLoads.h"
+#include "tools/load/ChildLoads.h"
 #include "tools/load/LoadReport.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/ToolOutput.h"
@@ -18,7 +18,7 @@ namespace korva::tool {
 class Effects {
 public:
     // The loads of undone copies, started before the file's own load.
-    static std::unique_ptr<FreshLoads> start();
+    static std::unique_ptr<ChildLoads> start();
 
     // What a load of an undone copy hands back: the blobs and store state of diff's documents
     // (a blob alike in the file only by its identity, "same": true) and the messages of the
@@ -28,7 +28,7 @@ public:
     // Measures every finding that has an undo, folds consequences into their causes and drops
     // the causes that change nothing (kept under verbose). progress is called with the count
     // done and the count to do.
-    static void measure(const StoreSession& session, FreshLoads& loads, bool verbose,
+    static void measure(const StoreSession& session, ChildLoads& loads, bool verbose,
                         std::vector<Finding>* findings, void (*progress)(size_t, size_t));
     // Without measuring: drops the findings that only a measured effect makes findings.
     static void skip(std::vector<Finding>* findings);
