@@ -228,17 +228,12 @@ void CheckCommand::printSummary(Printer& out, const Json& summary, const std::st
                   blobs.empty() ? "none" : Printer::textOf(blobs));
     }
     // Text shows a port's selection before its devices, whose list may wrap.
-    Printer::Table ports{{{"port", "port"},
-                          {"", "selected"},
-                          {"", "tuning devices"},
-                          {"tuning_devices", ""},
-                          {"selected", ""}},
-                         {}};
+    Printer::Table ports{{{"", "port"}, {"", "selected"}, {"", "tuning devices"}}, {}};
     for (const Json& port : summary["ports"]) {
-        const Json& selected = port["selected"];
         const Json& devices = port["tuning_devices"];
-        ports.addRow({port["port"], selected.is_null() ? Json("-") : selected,
-                      devices.empty() ? Json("none") : devices, devices, selected});
+        ports.addRow({port["port"], port["selected"].is_null() ? Json("-") : port["selected"],
+                      devices.empty() ? Json("none") : devices},
+                     port);
     }
     out.table("ports", ports);
     const bool usable = summary["tunings_usable"];

@@ -194,31 +194,15 @@ Json DiffCommand::compareStore(const StoreState& a, const StoreState& b) {
 
 namespace {
 
-// A member of a change, or a blank cell where the change has none.
-Json cell(const Json& change, const char* key) {
-    return change.contains(key) ? change[key] : Json(Json::value_t::discarded);
-}
-
 // The store's state where it differs, a and b as the headers: file names would crowd the table.
 void printStore(Printer& out, const Json& changes) {
     if (changes.empty()) {
         return out.json("store", changes);
     }
-    Printer::Table table{{{"what", "store"},
-                          {"tuning_device", ""},
-                          {"a", ""},
-                          {"b", ""},
-                          {"", "a", false, "old"},
-                          {"", "b", false, "new"},
-                          {"element", ""},
-                          {"line_a", ""},
-                          {"line_b", ""}},
-                         {}};
+    Printer::Table table{{{"", "store"}, {"", "a", false, "old"}, {"", "b", false, "new"}}, {}};
     const auto shown = [](const Json& side) { return side == "" ? Json("(none)") : side; };
     for (const Json& change : changes) {
-        table.addRow({change["what"], cell(change, "tuning_device"), change["a"], change["b"],
-                      shown(change["a"]), shown(change["b"]), cell(change, "element"),
-                      cell(change, "line_a"), cell(change, "line_b")});
+        table.addRow({change["what"], shown(change["a"]), shown(change["b"])}, change);
     }
     out.table("store", table);
 }
@@ -226,24 +210,17 @@ void printStore(Printer& out, const Json& changes) {
 // What changed in an entry of one length on both sides, by band or row, with the band's own
 // lines: one when both files have it in the same place.
 void printValues(Printer& out, const Json& values) {
-    Printer::Table table{{{"index", ""},
-                          {"where", "where"},
+    Printer::Table table{{{"", "where"},
                           {"", "line", false, "line"},
-                          {"old", ""},
-                          {"new", ""},
-                          {"old_text", "old", false, "old"},
-                          {"new_text", "new", false, "new"},
-                          {"line_a", ""},
-                          {"line_b", ""}},
+                          {"", "old", false, "old"},
+                          {"", "new", false, "new"}},
                          {}};
     for (const Json& value : values) {
-        Json line = cell(value, "line_a");
+        Json line = value.value("line_a", Json(Json::value_t::discarded));
         if (value.contains("line_b") && value["line_b"] != line) {
             line = line.dump() + "/" + value["line_b"].dump();
         }
-        table.addRow({value["index"], value["where"], line, value["old"], value["new"],
-                      value["old_text"], value["new_text"], cell(value, "line_a"),
-                      cell(value, "line_b")});
+        table.addRow({value["where"], line, value["old_text"], value["new_text"]}, value);
     }
     out.table("values", table);
 }

@@ -128,14 +128,16 @@ public:
     }
     void table(const std::string& key, const Table& table, const std::string&) override {
         Json rows = Json::array();
-        for (const std::vector<Json>& row : table.rows) {
-            Json item = Json::object();
-            for (size_t c = 0; c < row.size() && c < table.columns.size(); c++) {
+        for (size_t r = 0; r < table.rows.size(); r++) {
+            const std::vector<Json>& row = table.rows[r];
+            Json item = r < table.objects.size() ? table.objects[r] : nullptr;
+            const bool ofCells = item.is_null();
+            for (size_t c = 0; ofCells && c < row.size() && c < table.columns.size(); c++) {
                 if (!table.columns[c].key.empty() && !row[c].is_discarded()) {
                     item[table.columns[c].key] = row[c];
                 }
             }
-            rows.push_back(std::move(item));
+            rows.push_back(item.is_null() ? Json::object() : std::move(item));
         }
         json(key, rows);
     }

@@ -30,7 +30,11 @@ public:
     struct Table {
         std::vector<Column> columns;
         std::vector<std::vector<Json>> rows;  // a discarded cell is blank, and left out of JSON
-        void addRow(std::vector<Json> cells) { rows.push_back(std::move(cells)); }
+        std::vector<Json> objects = {};       // per row: what JSON has of it, when not its cells
+        void addRow(std::vector<Json> cells, Json object = nullptr) {
+            rows.push_back(std::move(cells));
+            objects.push_back(std::move(object));
+        }
     };
 
     // Closes the object or list it opened when it goes out of scope.
