@@ -253,6 +253,8 @@ void writePartial(Printer& out) {
                          {}};
     table.addRow({"band 1", 12, 3, "3 dB"});
     table.addRow({"band 2", "4/5", Json(Json::value_t::discarded), "-"});
+    // A row that brings its own JSON object.
+    table.addRow({"band 3", 7, 1, "x"}, {{"as", "given"}});
     out.table("values", table);
 }
 
@@ -264,12 +266,13 @@ TEST(PrinterTest, EachFormatShowsOnlyWhatIsMeantForIt) {
               "  shown  to people\n"
               "  where   line  old\n"
               "  band 1  12    3 dB\n"
-              "  band 2  4/5   -\n");
+              "  band 2  4/5   -\n"
+              "  band 3  7     x\n");
     const auto json = Printer::make(true);
     writePartial(*json);
     EXPECT_EQ(Json::parse(json->render()), Json::parse(R"({"": {"line": 65535, "at_least": true,
         "rule": "R1", "values": [{"where": "band 1", "old": 3, "old_text": "3 dB"},
-                                 {"where": "band 2", "old_text": "-"}]}})"));
+                                 {"where": "band 2", "old_text": "-"}, {"as": "given"}]}})"));
     const auto html =
         Printer::make(Printer::Format::kHtml, [](long line) { return "L" + std::to_string(line); });
     writePartial(*html);
@@ -281,6 +284,8 @@ TEST(PrinterTest, EachFormatShowsOnlyWhatIsMeantForIt) {
               "<tr><td>band 1</td><td class=\"line\"><a href=\"#L12\">line 12</a></td>"
               "<td class=\"old\">3 dB</td></tr>\n"
               "<tr><td>band 2</td><td class=\"line\">4/5</td><td class=\"old\">-</td></tr>\n"
+              "<tr><td>band 3</td><td class=\"line\"><a href=\"#L7\">line 7</a></td>"
+              "<td class=\"old\">x</td></tr>\n"
               "</table>\n</div>\n");
 }
 

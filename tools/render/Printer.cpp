@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/lint/Finding.h"
 #include "tools/render/HtmlWriter.h"
 #include "tools/render/TextTable.h"
 
@@ -74,7 +75,7 @@ public:
 protected:
     void openPlaced(const std::string& path, long line, bool atLeast,
                     const std::string& title) override {
-        open("", path + ":" + std::to_string(line) + (atLeast ? "+" : "") + ": " + title, false);
+        open("", path + ":" + lineText({line, atLeast}) + ": " + title, false);
     }
     void open(const std::string&, const std::string& title, bool) override {
         endFields();
