@@ -259,6 +259,54 @@ TEST(PrinterTest, OneContentGivesAlignedTextAndOneJsonDocument) {
               "title\n  " + std::string(50, 'a') + "\n    " + std::string(50, 'b') + "\n");
 }
 
+// Fields and columns meant for one format, a placed item, and a table whose line cells link.
+void writePartial(Printer& out) {
+    const auto item = out.placed("f.xml", 65535, true, "warning: <a> & b");
+    out.field("rule", "", "R1");
+    out.field("", "shown", Json(), "to people");
+    Printer::Table table{{{"where", "where"},
+                          {"", "line", false, "line"},
+                          {"old", ""},
+                          {"old_text", "old", false, "old"}},
+                         {}};
+    table.addRow({"band 1", 12, 3, "3 dB"});
+    table.addRow({"band 2", "4/5", Json(Json::value_t::discarded), "-"});
+    // A row that brings its own JSON object.
+    table.addRow({"band 3", 7, 1, "x"}, {{"as", "given"}});
+    out.table("values", table);
+}
+
+TEST(PrinterTest, EachFormatShowsOnlyWhatIsMeantForIt) {
+    const auto text = Printer::make(false);
+    writePartial(*text);
+    EXPECT_EQ(text->render(),
+              "f.xml:65535+: warning: <a> & b\n"
+              "  shown  to people\n"
+              "  where   line  old\n"
+              "  band 1  12    3 dB\n"
+              "  band 2  4/5   -\n"
+              "  band 3  7     x\n");
+    const auto json = Printer::make(true);
+    writePartial(*json);
+    EXPECT_EQ(Json::parse(json->render()), Json::parse(R"({"": {"line": 65535, "at_least": true,
+        "rule": "R1", "values": [{"where": "band 1", "old": 3, "old_text": "3 dB"},
+                                 {"where": "band 2", "old_text": "-"}, {"as": "given"}]}})"));
+    const auto html =
+        Printer::make(Printer::Format::kHtml, [](long line) { return "L" + std::to_string(line); });
+    writePartial(*html);
+    EXPECT_EQ(html->render(),
+              "<div>\n<p class=\"title\"><a href=\"#L65535\">line 65535</a> or later: warning: "
+              "&lt;a&gt; &amp; b</p>\n"
+              "<table class=\"fields\"><tr><th>shown</th><td>to people</td></tr></table>\n"
+              "<table class=\"values\"><tr><th>where</th><th>line</th><th>old</th></tr>\n"
+              "<tr><td>band 1</td><td class=\"line\"><a href=\"#L12\">line 12</a></td>"
+              "<td class=\"old\">3 dB</td></tr>\n"
+              "<tr><td>band 2</td><td class=\"line\">4/5</td><td class=\"old\">-</td></tr>\n"
+              "<tr><td>band 3</td><td class=\"line\"><a href=\"#L7\">line 7</a></td>"
+              "<td class=\"old\">x</td></tr>\n"
+              "</table>\n</div>\n");
+}
+
 TEST(HtmlWriterTest, TextCannotBreakOutOfItsElementOrAttribute) {
     EXPECT_EQ(HtmlWriter::escape("<a href=\"x\">'&'</a>"),
               "&lt;a href=&quot;x&quot;&gt;&#39;&amp;&#39;&lt;/a&gt;");

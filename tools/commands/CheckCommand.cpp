@@ -16,7 +16,6 @@
 #include "tools/lint/LintRules.h"
 #include "tools/lint/SarifLog.h"
 #include "tools/lint/UndoEdit.h"
-#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 
@@ -64,102 +63,33 @@ Json placed(const FileLine& at, const Json& fields) {
     return object;
 }
 
-std::string lineOf(const Json& placed) {
-    return lineText({placed["line"].get<long>(), placed.value("at_least", false)});
-}
-
-std::string shown(const std::string& device) {
-    return device.empty() ? "\"\"" : device;
-}
-
 // "1 warning", "2 warnings".
 std::string counted(size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-std::string joined(const Json& list, std::string (*show)(const Json&), const std::string& none) {
-    std::string text;
-    for (const Json& item : list) {
-        text += (text.empty() ? "" : " ") + show(item);
-    }
-    return list.empty() ? none : text;
+// A note, or a finding that another's undo clears, under its place.
+void printNote(Printer& out, const std::string& path, const Json& note, const std::string& kind) {
+    const std::string message = note["message"];
+    const Printer::Scope item = out.placed(path, note["line"], note.value("at_least", false),
+                                           kind.empty() ? message : kind + ": " + message);
+    out.json("message", message);
 }
 
-std::string summaryText(const Json& summary, size_t errors, size_t warnings) {
-    std::string counts;
-    for (const RecordCount& record : kRecordCounts) {
-        counts += (counts.empty() ? "" : ", ") + summary["records"][record.key].dump() + " " +
-                  record.label;
+void printEffect(Printer& out, const Json& effect) {
+    if (effect.is_null()) {
+        return out.json("effect", effect);
     }
-    TextTable facts({"", ""});
-    facts.addRow({"format version", summary["format_version"]});
-    facts.addRow({"tool version", summary["tool_version"]});
-    facts.addRow({"records", counts});
-    facts.addRow({"profile blobs",
-                  joined(
-                      summary["profile_blobs"], [](const Json& id) { return id.dump(); }, "none")});
-    facts.addRow({"tunings usable", summary["tunings_usable"].get<bool>() ? "yes" : "no"});
-    facts.addRow({"findings", counted(errors, "error") + ", " + counted(warnings, "warning")});
-    TextTable ports({"port", "selected", "tuning devices"});
-    for (const Json& port : summary["ports"]) {
-        const auto device = [](const Json& name) { return shown(name.get<std::string>()); };
-        ports.addRow({port["port"], port["selected"].is_null() ? "-" : device(port["selected"]),
-                      joined(port["tuning_devices"], device, "none")});
+    const bool none = effect["differences"].empty() && effect["store"].empty();
+    const Printer::Scope scope =
+        out.object("effect", none ? "effect: none, nothing that reaches the effect changes"
+                                  : "effect, undone (a) against as written (b):");
+    if (!none) {
+        DiffCommand::print(out, effect["differences"], effect["store"], "undone", "as written");
+    } else {
+        out.json("differences", effect["differences"]);
+        out.json("store", effect["store"]);
     }
-    return "summary\n" + facts.render("  ") + "\n" + ports.render("  ");
-}
-
-std::string indented(const std::string& text, const std::string& indent) {
-    std::string out;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        out += indent + line + "\n";
-    }
-    return out;
-}
-
-// The findings as check prints them: each cause, its notes, its undo and measured effect.
-std::string findingsText(const std::string& path, const Json& findings, bool effects, bool verbose) {
-    std::string text;
-    for (const Json& finding : findings) {
-        text += path + ":" + lineOf(finding) + ": " + finding["severity"].get<std::string>() +
-                ": " + finding["message"].get<std::string>() + "\n";
-        for (const Json& note : finding["notes"]) {
-            text += "    " + path + ":" + lineOf(note) +
-                    ": note: " + note["message"].get<std::string>() + "\n";
-        }
-        if (!effects) {
-            continue;
-        }
-        if (!finding["undo"].is_null()) {
-            text += "    undo: " + finding["undo"]["description"].get<std::string>() + "\n";
-        }
-        const Json& effect = finding["effect"];
-        const std::string indent = "      ";
-        const std::string changes =
-            effect.is_null()
-                ? ""
-                : DiffCommand::text(effect["differences"], effect["store"], "undone", "as written",
-                                    TextTable::kDefaultWidth - indent.size());
-        if (!effect.is_null()) {
-            text += changes.empty() ? "    effect: none, nothing that reaches the effect changes\n"
-                                    : "    effect, undone (a) against as written (b):\n" +
-                                          indented(changes, indent);
-        } else if (finding.contains("effect_not_measured")) {
-            text += "    effect not measured: " + finding["effect_not_measured"].get<std::string>() +
-                    "\n";
-        }
-        const Json& clears = finding["clears"];
-        if (!clears.empty()) {
-            text += "    undoing it also clears " + counted(clears.size(), "other finding") +
-                    (verbose ? ":\n" : " (--verbose lists them)\n");
-            for (size_t i = 0; verbose && i < clears.size(); i++) {
-                text += indent + lineOf(clears[i]) + ": " +
-                        clears[i]["message"].get<std::string>() + "\n";
-            }
-        }
-    }
-    return text;
 }
 
 // "measuring effects: 3/12" on a terminal, rewritten in place and cleared at the end.
@@ -243,6 +173,76 @@ Json CheckCommand::summaryJson(const StoreSession& session) {
             {"tunings_usable", SpatializerParamCache().isTuningAvailable()}};
 }
 
+void CheckCommand::printFindings(Printer& out, const std::string& path, const Json& findings,
+                                 bool effects, bool listClears) {
+    const Printer::Scope list = out.list("findings");
+    for (const Json& finding : findings) {
+        const Printer::Scope item = out.placed(
+            path, finding["line"], finding.value("at_least", false),
+            finding["severity"].get<std::string>() + ": " + finding["message"].get<std::string>());
+        for (const char* key : {"rule", "severity", "message"}) {
+            out.json(key, finding[key]);
+        }
+        {
+            const Printer::Scope notes = out.list("notes");
+            for (const Json& note : finding["notes"]) {
+                printNote(out, path, note, "note");
+            }
+        }
+        const Json& undo = finding["undo"];
+        out.json("undo", undo);
+        if (effects && !undo.is_null()) {
+            out.text("undo: " + undo["description"].get<std::string>());
+        }
+        printEffect(out, finding["effect"]);
+        if (finding.contains("effect_not_measured")) {
+            out.field("effect_not_measured", effects ? "effect not measured" : "",
+                      finding["effect_not_measured"]);
+        }
+        const Json& clears = finding["clears"];
+        const Printer::Scope cleared =
+            out.list("clears", clears.empty() ? ""
+                                              : "undoing it also clears " +
+                                                    counted(clears.size(), "other finding") +
+                                                    (listClears ? ":" : " (--verbose lists them)"));
+        for (size_t i = 0; listClears && i < clears.size(); i++) {
+            printNote(out, path, clears[i], "");
+        }
+    }
+}
+
+void CheckCommand::printSummary(Printer& out, const Json& summary, const std::string& findings) {
+    const Printer::Scope scope = out.object("summary", "summary");
+    for (const char* key : {"format_version", "tool_version"}) {
+        out.field(key, summary[key]);
+    }
+    if (summary.contains("records")) {
+        std::string counts;
+        for (const RecordCount& record : kRecordCounts) {
+            counts += (counts.empty() ? "" : ", ") + summary["records"][record.key].dump() + " " +
+                      record.label;
+        }
+        out.field("records", "records", summary["records"], counts);
+        const Json& blobs = summary["profile_blobs"];
+        out.field("profile_blobs", "profile blobs", blobs,
+                  blobs.empty() ? "none" : Printer::textOf(blobs));
+    }
+    // Text shows a port's selection before its devices, whose list may wrap.
+    Printer::Table ports{{{"", "port"}, {"", "selected"}, {"", "tuning devices"}}, {}};
+    for (const Json& port : summary["ports"]) {
+        const Json& devices = port["tuning_devices"];
+        ports.addRow({port["port"], port["selected"].is_null() ? Json("-") : port["selected"],
+                      devices.empty() ? Json("none") : devices},
+                     port);
+    }
+    out.table("ports", ports);
+    const bool usable = summary["tunings_usable"];
+    out.field("tunings_usable", "tunings usable", usable, usable ? "yes" : "no");
+    if (!findings.empty()) {
+        out.field("", "findings", findings);
+    }
+}
+
 int CheckCommand::run(const Options& options) {
     const std::string& path = options.common.file;
     // The loads of undone copies fork from a process that has loaded nothing yet.
@@ -270,25 +270,28 @@ int CheckCommand::run(const Options& options) {
     const int status = report.readFailed || errors > 0  ? kExitError
                        : warnings > 0 && options.strict ? kExitFindings
                                                         : kExitOk;
-    Json document = {
-        {"file", path}, {"findings", listed}, {"errors", errors}, {"warnings", warnings}};
     if (report.readFailed) {
         // Says on stderr why the file cannot be read.
         session->readable();
-    } else {
-        document["summary"] = summaryJson(*session);
     }
-    document["status"] = status;
-    if (options.sarif) {
+    if (options.sarif || (report.readFailed && !options.common.json)) {
         return status;
     }
-    if (options.common.json) {
-        ToolOutput::printJson(document);
-    } else if (!report.readFailed) {
-        ToolOutput::print(findingsText(path, listed, !options.noEffects, options.common.verbose) +
-                          (findings.empty() ? path + ": no findings\n\n" : "\n") +
-                          summaryText(document["summary"], errors, warnings));
+    const std::unique_ptr<Printer> out = Printer::make(options.common.json);
+    out->json("file", path);
+    printFindings(*out, path, listed, !options.noEffects,
+                  options.common.verbose || options.common.json);
+    if (findings.empty()) {
+        out->text(path + ": no findings");
     }
+    out->json("errors", errors);
+    out->json("warnings", warnings);
+    if (!report.readFailed) {
+        printSummary(*out, summaryJson(*session),
+                     counted(errors, "error") + ", " + counted(warnings, "warning"));
+    }
+    out->json("status", status);
+    out->flush();
     return status;
 }
 

@@ -7,6 +7,7 @@
 
 #include "tools/lint/Finding.h"
 #include "tools/load/StoreSession.h"
+#include "tools/render/Printer.h"
 #include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
@@ -28,6 +29,14 @@ public:
     // made of a file it could read.
     static Json findingsJson(const std::vector<Finding>& findings, const LoadReport& report);
     static Json summaryJson(const StoreSession& session);
+    // The findings of findingsJson, each under its cause's place in path with its notes and,
+    // when effects, its undo and measured effect; the findings its undo clears are listed when
+    // listClears, else counted.
+    static void printFindings(Printer& out, const std::string& path, const Json& findings,
+                              bool effects, bool listClears);
+    // A summary of summaryJson or the part of it that the caller has; findings, when not empty,
+    // says how many of each severity there are.
+    static void printSummary(Printer& out, const Json& summary, const std::string& findings);
 };
 
 }  // namespace korva::tool

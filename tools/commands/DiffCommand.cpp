@@ -8,7 +8,6 @@
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
-#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 
@@ -193,97 +192,109 @@ Json DiffCommand::compareStore(const StoreState& a, const StoreState& b) {
     return changes;
 }
 
-Json DiffCommand::compare(const Json& a, const Json& b) {
-    return compare(LoadedFile::fromJson(a), LoadedFile::fromJson(b));
-}
-
-Json DiffCommand::compareStore(const Json& a, const Json& b) {
-    return compareStore(LoadedFile::fromJson({{"store", a}}).store,
-                        LoadedFile::fromJson({{"store", b}}).store);
-}
-
 namespace {
 
-std::string stateText(const Json& changes, const std::string& a, const std::string& b,
-                      size_t width) {
+// The store's state where it differs, a and b as the headers: file names would crowd the table.
+void printStore(Printer& out, const Json& changes) {
     if (changes.empty()) {
-        return "";
+        return out.json("store", changes);
     }
-    TextTable table({"store", a, b});
-    const auto cell = [](const std::string& text) { return text.empty() ? "(none)" : text; };
+    Printer::Table table{{{"", "store"}, {"", "a", false, "old"}, {"", "b", false, "new"}}, {}};
+    const auto shown = [](const Json& side) { return side == "" ? Json("(none)") : side; };
     for (const Json& change : changes) {
-        table.addRow({change["what"], cell(change["a"]), cell(change["b"])});
+        table.addRow({change["what"], shown(change["a"]), shown(change["b"])}, change);
     }
-    return table.render("", width);
+    out.table("store", table);
 }
 
-// One changed entry: its sources on both sides, then what changed, by band or row.
-std::string changedText(const Json& entry, size_t width) {
-    std::string text = "  " + entry["change"].get<std::string>() + " " +
-                       entry["device_name"].get<std::string>() + " " +
-                       entry["code"].get<std::string>() + "\n";
-    const std::string a = entry.value("source_a", std::string());
-    const std::string b = entry.value("source_b", std::string());
-    if (!a.empty() && a == b) {
-        text += "    from " + a + "\n";
-    } else {
-        text += a.empty() ? "" : "    a: from " + a + "\n";
-        text += b.empty() ? "" : "    b: from " + b + "\n";
-    }
-    if (entry.contains("values")) {
-        TextTable table({"where", "line", "old", "new"});
-        for (const Json& value : entry["values"]) {
-            // A band's own row: one line when both files have it in the same place.
-            std::string line;
-            if (value.contains("line_a")) {
-                const long a = value["line_a"].get<long>();
-                const long b = value["line_b"].get<long>();
-                line = a == b ? std::to_string(a) : std::to_string(a) + "/" + std::to_string(b);
-            }
-            table.addRow({value["where"].get<std::string>(), line,
-                          value["old_text"].get<std::string>(),
-                          value["new_text"].get<std::string>()});
+// What changed in an entry of one length on both sides, by band or row, with the band's own
+// lines: one when both files have it in the same place.
+void printValues(Printer& out, const Json& values) {
+    Printer::Table table{{{"", "where"},
+                          {"", "line", false, "line"},
+                          {"", "old", false, "old"},
+                          {"", "new", false, "new"}},
+                         {}};
+    for (const Json& value : values) {
+        Json line = value.value("line_a", Json(Json::value_t::discarded));
+        if (value.contains("line_b") && value["line_b"] != line) {
+            line = line.dump() + "/" + value["line_b"].dump();
         }
-        return text + table.render("    ", width);
+        table.addRow({value["where"], line, value["old_text"], value["new_text"]}, value);
+    }
+    out.table("values", table);
+}
+
+void printEntry(Printer& out, const Json& entry) {
+    const Printer::Scope scope = out.object("", entry["change"].get<std::string>() + " " +
+                                                    entry["device_name"].get<std::string>() + " " +
+                                                    entry["code"].get<std::string>());
+    for (const char* key : {"change", "device", "device_name", "code"}) {
+        out.json(key, entry[key]);
+    }
+    const bool same =
+        entry.contains("source_a") && entry.value("source_b", "") == entry["source_a"];
+    if (same) {
+        out.json("source_a", entry["source_a"]);
+    } else if (entry.contains("source_a")) {
+        out.field("source_a", "a: from", entry["source_a"]);
+    }
+    if (entry.contains("source_b")) {
+        out.field("source_b", same ? "from" : "b: from", entry["source_b"]);
     }
     for (const char* side : {"old", "new"}) {
-        if (!entry.contains(side)) {
-            continue;
-        }
-        const std::vector<std::string> lines = TextTable::wrap(
-            NumberText::join(entry[side].get<std::vector<int>>()), width > 20 ? width - 9 : 11);
-        for (size_t i = 0; i < lines.size(); i++) {
-            text += (i == 0 ? "    " + std::string(side) + ": " : std::string(9, ' ')) + lines[i] +
-                    "\n";
+        if (entry.contains(side) && entry.contains("values")) {
+            out.json(side, entry[side]);
+        } else if (entry.contains(side)) {
+            out.field(side, side, entry[side],
+                      NumberText::join(entry[side].get<std::vector<int>>()));
         }
     }
-    return text;
+    if (entry.contains("values")) {
+        printValues(out, entry["values"]);
+    }
 }
 
 }  // namespace
 
-std::string DiffCommand::text(const Json& differences, const Json& state, const std::string& a,
-                              const std::string& b, size_t width) {
-    if (differences.empty() && state.empty()) {
-        return "no differences in the blobs of " + a + " and " + b + "\n";
+void DiffCommand::print(Printer& out, const Json& differences, const Json& store,
+                        const std::string& a, const std::string& b) {
+    if (differences.empty() && store.empty()) {
+        out.text("no differences in the blobs of " + a + " and " + b);
     }
-    std::string text = stateText(state, a, b, width);
-    for (const Json& difference : differences) {
-        const std::string change = difference["change"];
-        const std::string title = difference["blob"];
-        if (change != "changed") {
-            text += title + ": only in " + (change == "removed" ? a : b) + " (" +
-                    std::to_string(difference["entries"].get<size_t>()) + " entries)\n";
-            continue;
-        }
-        const size_t count = difference["entries"].size();
-        text += title + ": " + std::to_string(count) +
-                (count == 1 ? " entry differs\n" : " entries differ\n");
-        for (const Json& entry : difference["entries"]) {
-            text += changedText(entry, width);
+    {
+        const Printer::Scope list = out.list("differences");
+        for (const Json& difference : differences) {
+            const std::string change = difference["change"];
+            const Json& entries = difference["entries"];
+            const size_t count = entries.is_array() ? entries.size() : entries.get<size_t>();
+            const std::string title =
+                difference["blob"].get<std::string>() + ": " +
+                (change == "changed"
+                     ? std::to_string(count) + (count == 1 ? " entry differs" : " entries differ")
+                     : "only in " + (change == "removed" ? a : b) + " (" + std::to_string(count) +
+                           " entries)");
+            const Printer::Scope item = out.object("", title);
+            out.json("blob", difference["blob"]);
+            out.json("change", change);
+            if (!entries.is_array()) {
+                out.json("entries", entries);
+                continue;
+            }
+            const Printer::Scope listed = out.list("entries");
+            for (const Json& entry : entries) {
+                printEntry(out, entry);
+            }
         }
     }
-    return text;
+    printStore(out, store);
+}
+
+std::string DiffCommand::text(const Json& differences, const Json& store, const std::string& a,
+                              const std::string& b) {
+    const std::unique_ptr<Printer> out = Printer::make(Printer::Format::kText);
+    print(*out, differences, store, a, b);
+    return out->render();
 }
 
 int DiffCommand::run(const Options& options) {

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "tools/load/LoadedFile.h"
-#include "tools/render/TextTable.h"
+#include "tools/render/Printer.h"
 #include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
@@ -28,13 +28,13 @@ public:
     static Json compare(const LoadedFile& a, const LoadedFile& b);
     // What the store serves besides its blobs, where a and b differ.
     static Json compareStore(const StoreState& a, const StoreState& b);
-    // The same of two LoadedFile::toJson documents, and of their "store" members.
-    static Json compare(const Json& a, const Json& b);
-    static Json compareStore(const Json& a, const Json& b);
-    // The differences and store changes as diff prints them, a and b named as given, its tables
-    // fitted to width.
+    // The differences, then the store changes, as compare and compareStore list them, a and b
+    // named as given: JSON gets them back as they are.
+    static void print(Printer& out, const Json& differences, const Json& store,
+                      const std::string& a, const std::string& b);
+    // The same as text.
     static std::string text(const Json& differences, const Json& store, const std::string& a,
-                            const std::string& b, size_t width = TextTable::kDefaultWidth);
+                            const std::string& b);
 };
 
 }  // namespace korva::tool

@@ -3,9 +3,11 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <regex>
+#include <sstream>
 
 #include "tools/VersionInfo.h"
 #include "tools/commands/CheckCommand.h"
@@ -18,6 +20,7 @@
 #include "tools/render/EntryView.h"
 #include "tools/render/HtmlWriter.h"
 #include "tools/render/NumberText.h"
+#include "tools/render/Printer.h"
 #include "tools/render/SvgPlot.h"
 
 namespace korva::tool {
@@ -48,6 +51,7 @@ pre.source a { display: inline-block; width: 4.5em; padding-right: 1em; text-ali
 tr:target { background: #fff3b0; }
 .file-b { color: #555; } .old { color: #b00020; } .new { color: #1b7a1b; }
 #page-errors { color: #b00020; }
+section div div { margin-left: 1.5em; } p.title { margin: 0.3em 0; }
 )css";
 
 // Records script errors into the page, where a headless browser's DOM dump shows them, and
@@ -81,13 +85,17 @@ std::string lineAnchor(size_t file, long line) {
     return fileTag(file) + "-L" + std::to_string(line);
 }
 
-std::string lineLink(size_t file, long line) {
-    return Html::link(lineAnchor(file, line), "line " + std::to_string(line));
-}
-
 // "A: " and "B: " before what belongs to one of two files.
 std::string side(const std::vector<ReportFile>& files, size_t file) {
     return files.size() == 1 ? "" : file == 0 ? "A: " : "B: ";
+}
+
+// What a printer writes about file f, as HTML whose line numbers link to the file's lines.
+std::string printed(size_t f, const std::function<void(Printer&)>& write) {
+    const std::unique_ptr<Printer> out =
+        Printer::make(Printer::Format::kHtml, [f](long line) { return lineAnchor(f, line); });
+    write(*out);
+    return out->render();
 }
 
 void findingsSection(Html& html, const std::vector<ReportFile>& files) {
@@ -98,24 +106,9 @@ void findingsSection(Html& html, const std::vector<ReportFile>& files) {
         html.element("h3", side(files, f) + files[f].path + ": " +
                                (findings.empty() ? "no findings"
                                                  : std::to_string(findings.size()) + " findings"));
-        std::vector<std::vector<std::string>> rows;
-        for (const Json& finding : findings) {
-            const std::string level = finding.value("severity", "");
-            std::string message = Html::escape(finding.value("message", ""));
-            if (!finding["notes"].empty()) {
-                message += "<ul>";
-                for (const Json& note : finding["notes"]) {
-                    message += "<li>" + lineLink(f, note.value("line", 0L)) + ": " +
-                               Html::escape(note.value("message", "")) + "</li>";
-                }
-                message += "</ul>";
-            }
-            rows.push_back({"<span class=\"" + level + "\">" + level + "</span>",
-                            lineLink(f, finding.value("line", 0L)), message});
-        }
-        if (!rows.empty()) {
-            html.table({"level", "at", "finding"}, rows, {{"class", "findings"}});
-        }
+        html.raw(printed(f, [&](Printer& out) {
+            CheckCommand::printFindings(out, files[f].path, findings, false, true);
+        }));
     }
     html.close("section");
 }
@@ -131,15 +124,24 @@ void portsSection(Html& html, const std::vector<ReportFile>& files) {
             continue;
         }
         html.element("h3", side(files, f) + files[f].path);
-        html.element("p", "format version " + file.formatVersion + ", tool version " +
-                              file.toolVersion +
-                              ", tunings usable: " + (file.store.tuningsUsable ? "yes" : "no"));
-        std::vector<std::vector<std::string>> rows;
+        // The part of check's summary that the loaded file holds.
+        Json ports = Json::array();
         for (const PortState& port : file.store.ports) {
-            rows.push_back({Html::escape(port.port), Html::escape(port.selected),
-                            Html::escape(port.devices.empty() ? "none" : port.devices)});
+            Json devices = Json::array();
+            std::istringstream names(port.devices);
+            for (std::string name; !port.devices.empty() && std::getline(names, name, ' ');) {
+                devices.push_back(name);
+            }
+            if (!devices.empty() || !port.selected.empty()) {
+                ports.push_back(
+                    {{"port", port.port}, {"tuning_devices", devices}, {"selected", port.selected}});
+            }
         }
-        html.table({"port", "selected", "tuning devices"}, rows, {{"class", "ports"}});
+        const Json summary = {{"format_version", file.formatVersion},
+                              {"tool_version", file.toolVersion},
+                              {"ports", ports},
+                              {"tunings_usable", file.store.tuningsUsable}};
+        html.raw(printed(f, [&](Printer& out) { CheckCommand::printSummary(out, summary, ""); }));
     }
     html.close("section");
 }
@@ -307,64 +309,15 @@ void matricesSection(Html& html, const std::vector<ReportFile>& files, const Blo
     html.close("section");
 }
 
-// The cells of one side of a change: its values, the changed ones marked.
-std::string sideCell(const char* side, const std::string& text) {
-    return "<span class=\"" + std::string(side) + "\">" + Html::escape(text) + "</span>";
-}
-
 void diffSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "diff"}});
     html.element("h2", "Differences, A to B");
-    const Json differences = DiffCommand::compare(files[0].loaded, files[1].loaded);
-    const Json store = DiffCommand::compareStore(files[0].loaded.store, files[1].loaded.store);
-    if (differences.empty() && store.empty()) {
-        html.element("p", "The two files give the same blobs and the same store.");
-    }
-    std::vector<std::vector<std::string>> rows;
-    for (const Json& change : store) {
-        rows.push_back({"store", "changed", "", "", Html::escape(change["what"].get<std::string>()),
-                        "", sideCell("old", change["a"]), sideCell("new", change["b"])});
-    }
-    for (const Json& difference : differences) {
-        const std::string blob = Html::escape(difference["blob"].get<std::string>());
-        if (!difference["entries"].is_array()) {
-            rows.push_back({blob, Html::escape(difference["change"].get<std::string>()), "", "", "",
-                            "", "", ""});
-            continue;
-        }
-        for (const Json& entry : difference["entries"]) {
-            const std::vector<std::string> head = {
-                blob, Html::escape(entry["change"].get<std::string>()),
-                Html::escape(entry["device_name"].get<std::string>()),
-                Html::escape(entry["code"].get<std::string>())};
-            if (!entry.contains("values")) {
-                std::vector<std::string> row = head;
-                row.insert(row.end(), {"", ""});
-                for (const char* side : {"old", "new"}) {
-                    row.push_back(
-                        sideCell(side, entry.contains(side)
-                                           ? NumberText::join(entry[side].get<std::vector<int>>())
-                                           : ""));
-                }
-                rows.push_back(row);
-                continue;
-            }
-            // One row per changed band or matrix value, as the command line shows them.
-            for (const Json& value : entry["values"]) {
-                std::vector<std::string> row = head;
-                const long lineB = value.value("line_b", 0L);
-                row.insert(row.end(),
-                           {Html::escape(value["where"].get<std::string>()),
-                            lineB > 0 ? lineLink(1, lineB) : "", sideCell("old", value["old_text"]),
-                            sideCell("new", value["new_text"])});
-                rows.push_back(row);
-            }
-        }
-    }
-    if (!rows.empty()) {
-        html.table({"blob", "change", "device", "code", "where", "line", "A", "B"}, rows,
-                   {{"class", "diff"}});
-    }
+    const LoadedFile& a = files[0].loaded;
+    const LoadedFile& b = files[1].loaded;
+    html.raw(printed(1, [&](Printer& out) {
+        DiffCommand::print(out, DiffCommand::compare(a, b),
+                           DiffCommand::compareStore(a.store, b.store), "A", "B");
+    }));
     html.close("section");
 }
 

@@ -39,27 +39,4 @@ void HtmlWriter::element(const std::string& tag, const std::string& text,
     close(tag);
 }
 
-void HtmlWriter::table(const std::vector<std::string>& headers,
-                       const std::vector<std::vector<std::string>>& rows,
-                       const Attributes& attributes) {
-    open("table", attributes);
-    open("thead");
-    open("tr");
-    for (const std::string& header : headers) {
-        element("th", header);
-    }
-    close("tr");
-    close("thead");
-    open("tbody");
-    for (const std::vector<std::string>& row : rows) {
-        open("tr");
-        for (const std::string& cell : row) {
-            mOut += "<td>" + cell + "</td>";
-        }
-        close("tr");
-    }
-    close("tbody");
-    close("table");
-}
-
 }  // namespace korva::tool

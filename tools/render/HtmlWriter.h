@@ -23,9 +23,6 @@ public:
     void element(const std::string& tag, const std::string& text, const Attributes& attributes = {});
     void text(const std::string& text) { mOut += escape(text); }
     void raw(const std::string& markup) { mOut += markup; }
-    // A table: header cells are text, body cells are markup (escape text first).
-    void table(const std::vector<std::string>& headers,
-               const std::vector<std::vector<std::string>>& rows, const Attributes& attributes = {});
 
     const std::string& str() const { return mOut; }
 

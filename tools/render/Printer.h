@@ -1,5 +1,5 @@
 // One printer per output format: a command writes its content once, through the same calls, and
-// gets aligned text or one JSON document from them.
+// gets aligned text, one JSON document or HTML for the report from them.
 #pragma once
 
 #include <functional>
@@ -13,16 +13,28 @@ namespace korva::tool {
 
 class Printer {
 public:
-    // A column of a table: its key in JSON, its header in text; numbers read best right-aligned.
+    // A column of a table: its key in JSON, its header in text and HTML; numbers read best
+    // right-aligned. A column without a key is not in JSON, one without a header only in JSON. In
+    // HTML, style is the cells' class, and a "line" column's numbers link to the file's lines.
     struct Column {
+        Column(std::string key, std::string header, bool right = false, std::string style = "")
+            : key(std::move(key)),
+              header(std::move(header)),
+              right(right),
+              style(std::move(style)) {}
         std::string key;
         std::string header;
-        bool right = false;
+        bool right;
+        std::string style;
     };
     struct Table {
         std::vector<Column> columns;
-        std::vector<std::vector<Json>> rows;
-        void addRow(std::vector<Json> cells) { rows.push_back(std::move(cells)); }
+        std::vector<std::vector<Json>> rows;  // a discarded cell is blank, and left out of JSON
+        std::vector<Json> objects = {};       // per row: what JSON has of it, when not its cells
+        void addRow(std::vector<Json> cells, Json object = nullptr) {
+            rows.push_back(std::move(cells));
+            objects.push_back(std::move(object));
+        }
     };
 
     // Closes the object or list it opened when it goes out of scope.
@@ -37,7 +49,13 @@ public:
         Printer& mPrinter;
     };
 
-    static std::unique_ptr<Printer> make(bool json);
+    enum class Format { kText, kJson, kHtml };
+    // lineAnchor: the HTML anchor of a line of the file that the content is about.
+    static std::unique_ptr<Printer> make(Format format,
+                                         std::function<std::string(long)> lineAnchor = nullptr);
+    static std::unique_ptr<Printer> make(bool json) {
+        return make(json ? Format::kJson : Format::kText);
+    }
     // What write prints, as a JSON value, for a document that another one takes in.
     static Json document(const std::function<void(Printer&)>& write);
     virtual ~Printer() = default;
@@ -52,8 +70,13 @@ public:
         open(key, title, true);
         return Scope(*this);
     }
+    // An item of a list headed by a place in a file. Text: "path:line: title"; HTML: a link to
+    // the line, then the title; JSON: "line" and, for a lower bound, "at_least": true.
+    [[nodiscard]] Scope placed(const std::string& path, long line, bool atLeast,
+                               const std::string& title);
     // JSON: "key": value. Text: "label  value", aligned with the fields around it; the value's
-    // own text unless one is given (units beside a number, a name for a code).
+    // own text unless one is given (units beside a number, a name for a code). Without a key,
+    // only text and HTML show it; without a label, only JSON.
     virtual void field(const std::string& key, const std::string& label, const Json& value,
                        const std::string& text) = 0;
     void field(const std::string& key, const std::string& label, const Json& value) {
@@ -67,7 +90,8 @@ public:
     // it has one. JSON: a list of objects.
     virtual void table(const std::string& key, const Table& table,
                        const std::string& title = "") = 0;
-    // Only in text: a line, wrapped to 80 columns under the current indent and levels more.
+    // Only in text (a line wrapped to 80 columns under the current indent and levels more) and in
+    // HTML (a paragraph).
     virtual void text(const std::string& line, size_t levels = 0) = 0;
     // Only in JSON.
     virtual void json(const std::string& key, const Json& value) = 0;
@@ -80,6 +104,8 @@ public:
     static std::string textOf(const Json& value);
 
 protected:
+    virtual void openPlaced(const std::string& path, long line, bool atLeast,
+                            const std::string& title) = 0;
     virtual void open(const std::string& key, const std::string& title, bool isList) = 0;
     virtual void close() = 0;
 };
