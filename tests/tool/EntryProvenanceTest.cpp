@@ -218,13 +218,14 @@ TEST(EntryViewTest, ReadsEachLayoutAndSaysWhenTheCountsDoNotMatch) {
          {"enable 1, endpoint 0, orientation 1", "matrix 1: layout 15, 4 coefficients (Q14)",
           "  row 1: 1.0000 0.0000  (16384 0)", "  row 2: 0.5000  (8192)",
           "(the words do not match the layout's counts)"}},
-        {"no layout", "dea", {4}, true, {}},
+        {"no layout", "dea", {4, -1}, true, {"4 -1"}},
     };
     for (const LayoutCase& c : kCases) {
         SCOPED_TRACE(c.name);
         const EntryView view = EntryView::decode(vexParameterCode(c.code), c.words);
         EXPECT_EQ(view.complete, c.complete);
         EXPECT_EQ(view.lines(), c.lines);
+        EXPECT_EQ(view.lines(true), std::vector<std::string>{NumberText::join(c.words)});
         EXPECT_EQ(view.toJson()["raw"], Json(c.words));
     }
 }

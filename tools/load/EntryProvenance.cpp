@@ -62,13 +62,15 @@ std::vector<EntrySource> entriesOf(const std::vector<int>& words) {
                            entry.code,
                            std::vector<int>(entry.values.begin(), entry.values.end()),
                            "",
-                           {}});
+                           {},
+                           ""});
     }
     return entries;
 }
 
-// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON.
-void printElement(Printer& out, const ReadElement& element) {
+// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON, of a band or matrix row
+// only its place when brief.
+void printElement(Printer& out, const ReadElement& element, bool brief) {
     std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
                        " <" + element.name + ">";
     Json attributes = Json::object();
@@ -80,12 +82,16 @@ void printElement(Printer& out, const ReadElement& element) {
         text += " (no " + name + ")";
     }
     out.text(text);
-    out.json("", {{"element", element.name},
-                  {"line", element.line},
-                  {"at_least", element.atLeast},
-                  {"row", element.row},
-                  {"attributes", attributes},
-                  {"absent", element.absent}});
+    Json json = {{"element", element.name}, {"line", element.line}};
+    if (!brief) {
+        json["at_least"] = element.atLeast;
+    }
+    json["row"] = element.row;
+    if (!brief) {
+        json["attributes"] = attributes;
+        json["absent"] = element.absent;
+    }
+    out.json("", json);
 }
 
 // The first line of each file element a parameter's values were read from.
@@ -100,6 +106,11 @@ std::set<long> firstLines(const SourceParameter& parameter) {
 }
 
 }  // namespace
+
+const Json& member(const Json& json, const char* key) {
+    static const Json kNone;
+    return json.is_object() && json.contains(key) ? json[key] : kNone;
+}
 
 EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.nodes.size(); i++) {
@@ -330,6 +341,9 @@ std::vector<long> EntrySource::lines() const {
 }
 
 std::string EntrySource::summary() const {
+    if (!readSummary.empty()) {
+        return readSummary;
+    }
     if (!builtinTable.empty()) {
         return "built-in table \"" + builtinTable + "\"";
     }
@@ -374,8 +388,12 @@ std::string EntrySource::summary() const {
     return text;
 }
 
-void EntrySource::print(Printer& out) const {
-    out.json("entry", entry);
+void EntrySource::print(Printer& out, bool brief) const {
+    // A built-in table's entry has nothing to cut.
+    brief = brief && builtinTable.empty();
+    if (!brief) {
+        out.json("entry", entry);
+    }
     if (!builtinTable.empty()) {
         out.json("builtin_table", builtinTable);
         return out.text("from the built-in table \"" + builtinTable + "\"");
@@ -389,34 +407,78 @@ void EntrySource::print(Printer& out) const {
         const auto item = out.object("", parameter.name + " of " + parameter.recordName +
                                              " (line " + std::to_string(parameter.recordLine) + ")");
         out.json("name", parameter.name);
-        out.json("record", parameter.recordName);
-        out.json("record_line", parameter.recordLine);
+        if (!brief) {
+            out.json("record", parameter.recordName);
+            out.json("record_line", parameter.recordLine);
+        }
         if (parameter.steps.empty()) {
             out.text("no write reported: the record's own value");
         }
         const auto steps = out.list("steps");
         for (const ValueStep& step : parameter.steps) {
+            const bool rows = std::any_of(step.elements.begin(), step.elements.end(),
+                                          [](const ReadElement& element) { return element.row; });
+            if (brief && !rows) {
+                continue;
+            }
             const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
             const auto write =
                 out.object("", (step.rule.empty() ? "read from the file" : step.rule) + record +
                                    ": values " + NumberText::join(step.values));
-            out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
-            if (!step.record.empty()) {
+            if (!brief) {
+                out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
+            }
+            if (!brief && !step.record.empty()) {
                 out.json("record", step.record);
             }
             {
                 const auto elements = out.list("elements");
                 for (const ReadElement& element : step.elements) {
-                    printElement(out, element);
+                    if (!brief || element.row) {
+                        printElement(out, element, brief);
+                    }
                 }
             }
-            out.json("values", step.values);
+            if (!brief) {
+                out.json("values", step.values);
+            }
         }
     }
 }
 
-Json EntrySource::toJson() const {
-    return Printer::document([this](Printer& out) { print(out); });
+Json EntrySource::toJson(bool brief) const {
+    return Printer::document([this, brief](Printer& out) { print(out, brief); });
+}
+
+EntrySource EntrySource::fromJson(const Json& json) {
+    EntrySource source;
+    source.entry = json.value("entry", size_t(0));
+    source.builtinTable = json.value("builtin_table", "");
+    source.readSummary = json.value("summary", "");
+    for (const Json& item : member(json, "parameters")) {
+        SourceParameter& parameter = source.parameters.emplace_back();
+        parameter.name = item.value("name", "");
+        parameter.recordName = item.value("record", "");
+        parameter.recordLine = item.value("record_line", 0L);
+        for (const Json& stepJson : member(item, "steps")) {
+            ValueStep& step = parameter.steps.emplace_back();
+            step.rule = stepJson.value("rule", Json()).is_string() ? stepJson["rule"] : "";
+            step.record = stepJson.value("record", "");
+            step.values = stepJson.value("values", std::vector<int>());
+            for (const Json& read : member(stepJson, "elements")) {
+                ReadElement& element = step.elements.emplace_back();
+                element.name = read.value("element", "");
+                element.line = read.value("line", 0L);
+                element.atLeast = read.value("at_least", false);
+                element.row = read.value("row", false);
+                for (const auto& [name, text] : member(read, "attributes").items()) {
+                    element.attributes.emplace_back(name, text);
+                }
+                element.absent = read.value("absent", std::vector<std::string>());
+            }
+        }
+    }
+    return source;
 }
 
 }  // namespace korva::tool

@@ -59,16 +59,27 @@ struct EntrySource {
     // The built-in table the entry is part of; empty for blobs built from a file.
     std::string builtinTable;
     std::vector<SourceParameter> parameters;
+    // The summary a source read back from JSON carried: it lacks the rules' kinds that summary()
+    // weighs.
+    std::string readSummary;
 
     // One line: the parameters with their lines and the rules, or the built-in table.
     std::string summary() const;
     // The lines of every parameter's file elements, first line of each, ascending.
     std::vector<long> lines() const;
     // Text: each parameter with its record, each write with its rule and values, each element
-    // with its line and attribute texts. JSON: the same as objects, with the summary.
-    void print(Printer& out) const;
-    Json toJson() const;
+    // with its line and attribute texts. JSON: the same as objects, with the summary. brief keeps
+    // of a file's entry its summary, its parameters' names and their band and row elements: what
+    // comparing and the report read, a tenth of the size.
+    void print(Printer& out, bool brief = false) const;
+    Json toJson(bool brief = false) const;
+    // Reads either form back.
+    static EntrySource fromJson(const Json& json);
 };
+
+// A member of an object, or null, which iterates as nothing, when it has none: for reading JSON
+// back.
+const Json& member(const Json& json, const char* key);
 
 class EntryProvenance {
 public:

@@ -58,18 +58,15 @@ ValueCounts valueCounts(const LoadReport& report) {
     return counts;
 }
 
-// The store's matrix of a tuning device, with the rows of the last write the file's elements made
-// of the tuning's matrix.
+// The store's matrix of a tuning device, with the sources of its tuning's orientation and matrix,
+// and the rows of the last write the file's elements made of the matrix.
 MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenance,
                     const ValueCounts& counts, const std::string& device) {
-    MixMatrix matrix{session.store().getXMLTuningMixMatrix(device), {}};
+    MixMatrix matrix{session.store().getXMLTuningMixMatrix(device), {}, {}};
     const int blob = provenance.tuningBlob(device);
-    const int record = blob < 0 ? -1 : provenance.blobRecord(blob);
-    if (record < 0) {
-        return matrix;
-    }
-    const EntrySource source = provenance.ofRecord(record, {OUTPUT_MIX_MATRIX});
-    for (const ValueStep& step : source.parameters[0].steps) {
+    matrix.source = provenance.ofRecord(blob < 0 ? -1 : provenance.blobRecord(blob),
+                                        {ORIENTATION, OUTPUT_MIX_MATRIX});
+    for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
             const auto count = counts.find({element.line, element.name});
@@ -81,61 +78,6 @@ MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenan
         matrix.rows = rows.empty() ? matrix.rows : rows;
     }
     return matrix;
-}
-
-// A member of an object, or null, which iterates as nothing, when it has none.
-const Json& member(const Json& json, const char* key) {
-    static const Json kNone;
-    return json.is_object() && json.contains(key) ? json[key] : kNone;
-}
-
-Json sourceJson(const LoadedEntry& entry, bool brief) {
-    if (!brief || !entry.source.builtinTable.empty()) {
-        return entry.source.toJson();
-    }
-    Json parameters = Json::array();
-    for (const SourceParameter& parameter : entry.source.parameters) {
-        Json rows = Json::array();
-        for (const ValueStep& step : parameter.steps) {
-            for (const ReadElement& element : step.elements) {
-                if (element.row) {
-                    rows.push_back(
-                        {{"element", element.name}, {"line", element.line}, {"row", true}});
-                }
-            }
-        }
-        Json item = Json::object();
-        item["name"] = parameter.name;
-        item["steps"] = Json::array({Json::object({{"elements", std::move(rows)}})});
-        parameters.push_back(std::move(item));
-    }
-    Json source = Json::object();
-    source["summary"] = entry.from;
-    source["parameters"] = std::move(parameters);
-    return source;
-}
-
-// What toJson's brief form carries of a source: the built-in table, or the parameters' names
-// and their row elements.
-EntrySource sourceFromJson(const Json& json) {
-    EntrySource source;
-    source.builtinTable = json.value("builtin_table", "");
-    for (const Json& item : member(json, "parameters")) {
-        SourceParameter& parameter = source.parameters.emplace_back();
-        parameter.name = item.value("name", "");
-        for (const Json& stepJson : member(item, "steps")) {
-            ValueStep& step = parameter.steps.emplace_back();
-            for (const Json& read : member(stepJson, "elements")) {
-                step.elements.push_back({read.value("element", ""),
-                                         read.value("line", 0L),
-                                         read.value("at_least", false),
-                                         read.value("row", false),
-                                         {},
-                                         {}});
-            }
-        }
-    }
-    return source;
 }
 
 }  // namespace
@@ -272,23 +214,34 @@ bool LoadedFile::open(const std::string& path, LoadedFile* file) {
     return true;
 }
 
-LoadedFile LoadedFile::builtin() {
-    using Array = SpatializerParamArray;
-    const auto table = [](int id, const char* name, const int* words, size_t count) {
-        const std::vector<int> list(words, words + count);
-        return makeBlob(Kind::kBuiltin, id, name, list,
-                        [&] { return EntryProvenance::ofBuiltin(name, list); });
-    };
-    LoadedFile file;
-    file.blobs = {
-        table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
-        table(0, "dynamic", Array::mDynamicProfileParams, Array::kProfileTableWords),
-        table(1, "movie", Array::mMovieProfileParams, Array::kProfileTableWords),
-        table(2, "music", Array::mMusicProfileParams, Array::kProfileTableWords),
-        table(3, "cinema", Array::mCinemaProfileParams, Array::kProfileTableWords),
-        table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
-    };
-    return file;
+const LoadedFile& LoadedFile::builtin() {
+    static const LoadedFile kBuiltin = [] {
+        const auto table = [](int id, const char* name, const int* words, size_t count) {
+            const std::vector<int> list(words, words + count);
+            return makeBlob(Kind::kBuiltin, id, name, list,
+                            [&] { return EntryProvenance::ofBuiltin(name, list); });
+        };
+        using Array = SpatializerParamArray;
+        LoadedFile file;
+        file.blobs = {
+            table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
+            table(0, "dynamic", Array::mDynamicProfileParams, Array::kProfileTableWords),
+            table(1, "movie", Array::mMovieProfileParams, Array::kProfileTableWords),
+            table(2, "music", Array::mMusicProfileParams, Array::kProfileTableWords),
+            table(3, "cinema", Array::mCinemaProfileParams, Array::kProfileTableWords),
+            table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
+        };
+        return file;
+    }();
+    return kBuiltin;
+}
+
+const LoadedBlob* LoadedFile::find(Kind kind, int id, const std::string& device) const {
+    const auto found = std::find_if(blobs.begin(), blobs.end(), [&](const LoadedBlob& blob) {
+        return blob.kind == kind &&
+               (kind == Kind::kTuningDevice ? blob.name == device : blob.id == id);
+    });
+    return found != blobs.end() ? &*found : nullptr;
 }
 
 bool LoadedFile::profileId(const std::string& selector, const ProfileNames& names, int* id) {
@@ -303,6 +256,16 @@ bool LoadedFile::profileId(const std::string& selector, const ProfileNames& name
         *id = number ? string2Int(selector) : found->second;
     }
     return number || found != all.end();
+}
+
+LoadedFile::ProfileNames LoadedFile::profileNames() const {
+    ProfileNames names;
+    for (const LoadedBlob& blob : blobs) {
+        if (blob.kind != Kind::kTuningDevice) {
+            names.emplace_back(blob.name, blob.id);
+        }
+    }
+    return names;
 }
 
 LoadedFile::ProfileNames LoadedFile::profileNames(const LoadReport& report) {
@@ -330,7 +293,7 @@ Json LoadedFile::toJson(bool brief) const {
                 json["view"] = view.toJson();
             }
             if (!entry.from.empty()) {
-                json["source"] = sourceJson(entry, brief);
+                json["source"] = entry.source.toJson(brief);
             }
             entries.push_back(std::move(json));
         }
@@ -402,10 +365,8 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
             entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
             entry.values = entryJson.value("values", std::vector<int>());
             if (entryJson.contains("source")) {
-                entry.source = sourceFromJson(entryJson["source"]);
-                entry.from = entry.source.builtinTable.empty()
-                                 ? entryJson["source"].value("summary", "")
-                                 : entry.source.summary();
+                entry.source = EntrySource::fromJson(entryJson["source"]);
+                entry.from = entry.source.summary();
             }
         }
     }
