@@ -155,27 +155,6 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     }
 }
 
-int EntryProvenance::profileBlob(int profileId) const {
-    for (size_t i = 0; i < mReport.blobs.size(); i++) {
-        const LoadReport::Blob& blob = mReport.blobs[i];
-        if (!blob.isTuning && blob.profileId == profileId && blob.fate != BlobFate::kDropped) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
-int EntryProvenance::tuningBlob(const std::string& device) const {
-    // A later blob of the same device replaces an earlier one.
-    int found = -1;
-    for (size_t i = 0; i < mReport.blobs.size(); i++) {
-        if (mReport.blobs[i].isTuning && mReport.blobs[i].device == device) {
-            found = static_cast<int>(i);
-        }
-    }
-    return found;
-}
-
 std::string EntryProvenance::ruleText(ValueSource source, Parameter parameter) const {
     // By ValueSource, in its order.
     static const char* const kRules[] = {
@@ -329,15 +308,6 @@ std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
         entry.builtinTable = table;
     }
     return entries;
-}
-
-std::vector<long> EntrySource::lines() const {
-    std::set<long> lines;
-    for (const SourceParameter& parameter : parameters) {
-        const std::set<long> own = firstLines(parameter);
-        lines.insert(own.begin(), own.end());
-    }
-    return {lines.begin(), lines.end()};
 }
 
 std::string EntrySource::summary() const {

@@ -65,8 +65,6 @@ struct EntrySource {
 
     // One line: the parameters with their lines and the rules, or the built-in table.
     std::string summary() const;
-    // The lines of every parameter's file elements, first line of each, ascending.
-    std::vector<long> lines() const;
     // Text: each parameter with its record, each write with its rule and values, each element
     // with its line and attribute texts. JSON: the same as objects, with the summary. brief keeps
     // of a file's entry its summary, its parameters' names and their band and row elements: what
@@ -84,11 +82,6 @@ const Json& member(const Json& json, const char* key);
 class EntryProvenance {
 public:
     explicit EntryProvenance(const LoadReport& report);
-
-    // The blob of LoadReport::blobs that the store keeps for a profile id or a tuning device,
-    // or -1.
-    int profileBlob(int profileId) const;
-    int tuningBlob(const std::string& device) const;
 
     // The record the load translated first into a blob, or -1: a tuning device blob's tuning.
     int blobRecord(size_t blob) const;

@@ -1,6 +1,7 @@
 #include "tools/load/LoadedFile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "cache/SpatializerParamCache.h"
@@ -60,12 +61,10 @@ ValueCounts valueCounts(const LoadReport& report) {
 
 // The store's matrix of a tuning device, with the sources of its tuning's orientation and matrix,
 // and the rows of the last write the file's elements made of the matrix.
-MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenance,
-                    const ValueCounts& counts, const std::string& device) {
-    MixMatrix matrix{session.store().getXMLTuningMixMatrix(device), {}, {}};
-    const int blob = provenance.tuningBlob(device);
-    matrix.source = provenance.ofRecord(blob < 0 ? -1 : provenance.blobRecord(blob),
-                                        {ORIENTATION, OUTPUT_MIX_MATRIX});
+MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provenance,
+                    const ValueCounts& counts, const std::string& device, int tuning) {
+    MixMatrix matrix{store.getXMLTuningMixMatrix(device), {}, {}};
+    matrix.source = provenance.ofRecord(tuning, {ORIENTATION, OUTPUT_MIX_MATRIX});
     for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
@@ -154,35 +153,33 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
     LoadedFile file;
     file.formatVersion = report.formatVersion;
     file.toolVersion = report.toolVersion;
+    const ValueCounts counts = valueCounts(report);
     std::vector<LoadedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
+        const int record = provenance.blobRecord(i);
+        const auto sources = [&] { return provenance.ofBlob(i); };
         if (blob.fate == BlobFate::kDropped) {
             continue;
         }
         if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
-            const int profile = provenance.blobRecord(i);
             file.blobs.push_back(makeBlob(
-                Kind::kProfile, blob.profileId, profile >= 0 ? report.records[profile].name : "",
-                store.getXMLProfileParams(blob.profileId), [&] { return provenance.ofBlob(i); },
-                known));
-            continue;
+                Kind::kProfile, blob.profileId, record >= 0 ? report.records[record].name : "",
+                store.getXMLProfileParams(blob.profileId), sources, known));
         }
-        const int record = provenance.blobRecord(i);
         if (!blob.isTuning || record < 0 || !store.isXMLTuningValid(blob.device)) {
             continue;
         }
-        const RecordSnapshot* tuning = &report.records[record];
-        LoadedBlob named = makeBlob(
-            Kind::kTuningDevice, 0, blob.device, store.getXMLTuningParams(blob.device),
-            [&] { return provenance.ofBlob(i); }, known);
-        named.tuning = tuning->name;
+        LoadedBlob named = makeBlob(Kind::kTuningDevice, 0, blob.device,
+                                    store.getXMLTuningParams(blob.device), sources, known);
+        named.tuning = report.records[record].name;
         for (const BindingSnapshot& binding : report.bindings) {
-            named.port = binding.device == blob.device && binding.tuning == tuning->name
-                             ? binding.port
-                             : named.port;
+            const bool bound = binding.device == blob.device && binding.tuning == named.tuning;
+            named.port = bound ? binding.port : named.port;
         }
         // A later blob of the same device replaces this one.
+        file.store.mixMatrices[blob.device] =
+            mixMatrix(store, provenance, counts, blob.device, record);
         auto same = std::find_if(devices.begin(), devices.end(),
                                  [&blob](const LoadedBlob& d) { return d.name == blob.device; });
         if (same != devices.end()) {
@@ -191,11 +188,7 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
             devices.push_back(std::move(named));
         }
     }
-    const ValueCounts counts = valueCounts(report);
-    for (LoadedBlob& device : devices) {
-        file.store.mixMatrices[device.name] = mixMatrix(session, provenance, counts, device.name);
-        file.blobs.push_back(std::move(device));
-    }
+    std::move(devices.begin(), devices.end(), std::back_inserter(file.blobs));
     file.store.tuningsUsable = SpatializerParamCache().isTuningAvailable();
     for (int port = 0; port < kNumAndroidDevices; port++) {
         file.store.ports.push_back({kAndroidDeviceNames[port], store.getAvailableTuningDevices(port),
@@ -366,6 +359,7 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
             entry.values = entryJson.value("values", std::vector<int>());
             if (entryJson.contains("source")) {
                 entry.source = EntrySource::fromJson(entryJson["source"]);
+                entry.source.entry = blob.entries.size() - 1;  // the brief form leaves it out
                 entry.from = entry.source.summary();
             }
         }
