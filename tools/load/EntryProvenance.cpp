@@ -15,7 +15,7 @@ namespace {
 // The parameters of the translation that the entry's layout names; the translation's others
 // when the entry has no layout, less those a sibling entry's layout claims.
 std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& translation,
-                                       const std::vector<EntrySource>& entries, size_t entry) {
+                                       const std::vector<BlobEntry>& entries, size_t entry) {
     const auto layoutOf = [&entries](size_t index) {
         return index < entries.size() ? bandListLayout(entries[index].code) : nullptr;
     };
@@ -26,7 +26,7 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     std::vector<Parameter> parameters;
     if (const BandListLayout* layout = layoutOf(entry)) {
         int columns = layout->numColumns;
-        const std::vector<int>& values = entries[entry].values;
+        const std::vector<int32_t>& values = entries[entry].values;
         if (layout->perChannel && values.size() > 1 && values[1] >= 0) {
             columns = std::min(columns, values[1] + 1);
         }
@@ -53,17 +53,11 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     return parameters;
 }
 
-// A blob's entries as its words have them, without their sources.
-std::vector<EntrySource> entriesOf(const std::vector<int>& words) {
-    std::vector<EntrySource> entries;
-    for (const BlobEntry& entry : BlobDecoder::decode(words).entries) {
-        entries.push_back({entries.size(),
-                           entry.deviceId,
-                           entry.code,
-                           std::vector<int>(entry.values.begin(), entry.values.end()),
-                           "",
-                           {},
-                           ""});
+// As many sources as the blob has entries, each knowing its index.
+std::vector<EntrySource> entriesOf(size_t count) {
+    std::vector<EntrySource> entries(count);
+    for (size_t i = 0; i < count; i++) {
+        entries[i].entry = i;
     }
     return entries;
 }
@@ -286,14 +280,15 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
     if (blob >= mReport.blobs.size()) {
         return {};
     }
-    std::vector<EntrySource> entries = entriesOf(mReport.blobs[blob].words);
+    const std::vector<BlobEntry> decoded = BlobDecoder::decode(mReport.blobs[blob].words).entries;
+    std::vector<EntrySource> entries = entriesOf(decoded.size());
     auto translations = mTranslations.find(static_cast<int>(blob));
     for (size_t t :
          translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
         const LoadReport::TranslatedEvent& translation = mReport.translated[t];
         for (int i = std::max(translation.firstEntry, 0);
              i < translation.endEntry && i < static_cast<int>(entries.size()); i++) {
-            for (Parameter parameter : entryParameters(translation, entries, i)) {
+            for (Parameter parameter : entryParameters(translation, decoded, i)) {
                 entries[i].parameters.push_back(sourceParameter(parameter, translation.record, t));
             }
         }
@@ -303,7 +298,7 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
 
 std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
                                                     const std::vector<int>& words) {
-    std::vector<EntrySource> entries = entriesOf(words);
+    std::vector<EntrySource> entries = entriesOf(BlobDecoder::decode(words).entries.size());
     for (EntrySource& entry : entries) {
         entry.builtinTable = table;
     }

@@ -53,9 +53,6 @@ struct SourceParameter {
 
 struct EntrySource {
     size_t entry = 0;  // index in its blob
-    int32_t deviceId = 0;
-    int32_t code = 0;
-    std::vector<int> values;
     // The built-in table the entry is part of; empty for blobs built from a file.
     std::string builtinTable;
     std::vector<SourceParameter> parameters;
