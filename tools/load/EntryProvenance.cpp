@@ -53,15 +53,6 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     return parameters;
 }
 
-// As many sources as the blob has entries, each knowing its index.
-std::vector<EntrySource> entriesOf(size_t count) {
-    std::vector<EntrySource> entries(count);
-    for (size_t i = 0; i < count; i++) {
-        entries[i].entry = i;
-    }
-    return entries;
-}
-
 // One line in text: "line 12 <name> a="1" (no b)"; an object in JSON, of a band or matrix row
 // only its place when brief.
 void printElement(Printer& out, const ReadElement& element, bool brief) {
@@ -281,7 +272,10 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
         return {};
     }
     const std::vector<BlobEntry> decoded = BlobDecoder::decode(mReport.blobs[blob].words).entries;
-    std::vector<EntrySource> entries = entriesOf(decoded.size());
+    std::vector<EntrySource> entries(decoded.size());
+    for (size_t i = 0; i < entries.size(); i++) {
+        entries[i].entry = i;
+    }
     auto translations = mTranslations.find(static_cast<int>(blob));
     for (size_t t :
          translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
@@ -292,15 +286,6 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
                 entries[i].parameters.push_back(sourceParameter(parameter, translation.record, t));
             }
         }
-    }
-    return entries;
-}
-
-std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
-                                                    const std::vector<int>& words) {
-    std::vector<EntrySource> entries = entriesOf(BlobDecoder::decode(words).entries.size());
-    for (EntrySource& entry : entries) {
-        entry.builtinTable = table;
     }
     return entries;
 }

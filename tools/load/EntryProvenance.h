@@ -87,9 +87,6 @@ public:
 
     // Every entry of a blob of the report, in blob order.
     std::vector<EntrySource> ofBlob(size_t blob) const;
-    // Every entry of a built-in table's words.
-    static std::vector<EntrySource> ofBuiltin(const std::string& table,
-                                              const std::vector<int>& words);
 
     // What a source of values means, for a value of the parameter.
     std::string ruleText(ValueSource source, Parameter parameter) const;

@@ -210,9 +210,15 @@ bool LoadedFile::open(const std::string& path, LoadedFile* file) {
 const LoadedFile& LoadedFile::builtin() {
     static const LoadedFile kBuiltin = [] {
         const auto table = [](int id, const char* name, const int* words, size_t count) {
-            const std::vector<int> list(words, words + count);
-            return makeBlob(Kind::kBuiltin, id, name, list,
-                            [&] { return EntryProvenance::ofBuiltin(name, list); });
+            LoadedBlob blob = makeBlob(Kind::kBuiltin, id, name, {words, words + count},
+                                       [] { return std::vector<EntrySource>(); });
+            for (size_t i = 0; i < blob.entries.size(); i++) {
+                EntrySource& source = blob.entries[i].source;
+                source.entry = i;
+                source.builtinTable = name;
+                blob.entries[i].from = source.summary();
+            }
+            return blob;
         };
         using Array = SpatializerParamArray;
         LoadedFile file;
