@@ -54,8 +54,11 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
 }
 
 // One line in text: "line 12 <name> a="1" (no b)"; an object in JSON, of a band or matrix row
-// only its place when brief.
+// only its place when brief (which is JSON only).
 void printElement(Printer& out, const ReadElement& element, bool brief) {
+    if (brief) {
+        return out.json("", {{"element", element.name}, {"line", element.line}, {"row", true}});
+    }
     std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
                        " <" + element.name + ">";
     Json attributes = Json::object();
@@ -67,16 +70,12 @@ void printElement(Printer& out, const ReadElement& element, bool brief) {
         text += " (no " + name + ")";
     }
     out.text(text);
-    Json json = {{"element", element.name}, {"line", element.line}};
-    if (!brief) {
-        json["at_least"] = element.atLeast;
-    }
-    json["row"] = element.row;
-    if (!brief) {
-        json["attributes"] = attributes;
-        json["absent"] = element.absent;
-    }
-    out.json("", json);
+    out.json("", {{"element", element.name},
+                  {"line", element.line},
+                  {"at_least", element.atLeast},
+                  {"row", element.row},
+                  {"attributes", attributes},
+                  {"absent", element.absent}});
 }
 
 // The first line of each file element a parameter's values were read from.
@@ -291,8 +290,8 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
 }
 
 std::string EntrySource::summary() const {
-    if (!readSummary.empty()) {
-        return readSummary;
+    if (!summaryText.empty()) {
+        return summaryText;
     }
     if (!builtinTable.empty()) {
         return "built-in table \"" + builtinTable + "\"";
@@ -354,8 +353,10 @@ void EntrySource::print(Printer& out, bool brief) const {
     }
     const auto list = out.list("parameters");
     for (const SourceParameter& parameter : parameters) {
-        const auto item = out.object("", parameter.name + " of " + parameter.recordName +
-                                             " (line " + std::to_string(parameter.recordLine) + ")");
+        const auto item =
+            out.object("", brief ? ""
+                                 : parameter.name + " of " + parameter.recordName + " (line " +
+                                       std::to_string(parameter.recordLine) + ")");
         out.json("name", parameter.name);
         if (!brief) {
             out.json("record", parameter.recordName);
@@ -373,8 +374,9 @@ void EntrySource::print(Printer& out, bool brief) const {
             }
             const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
             const auto write =
-                out.object("", (step.rule.empty() ? "read from the file" : step.rule) + record +
-                                   ": values " + NumberText::join(step.values));
+                out.object("", brief ? ""
+                                     : (step.rule.empty() ? "read from the file" : step.rule) +
+                                           record + ": values " + NumberText::join(step.values));
             if (!brief) {
                 out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
             }
@@ -404,7 +406,7 @@ EntrySource EntrySource::fromJson(const Json& json) {
     EntrySource source;
     source.entry = json.value("entry", size_t(0));
     source.builtinTable = json.value("builtin_table", "");
-    source.readSummary = json.value("summary", "");
+    source.summaryText = json.value("summary", "");
     for (const Json& item : member(json, "parameters")) {
         SourceParameter& parameter = source.parameters.emplace_back();
         parameter.name = item.value("name", "");

@@ -56,9 +56,9 @@ struct EntrySource {
     // The built-in table the entry is part of; empty for blobs built from a file.
     std::string builtinTable;
     std::vector<SourceParameter> parameters;
-    // The summary a source read back from JSON carried: it lacks the rules' kinds that summary()
-    // weighs.
-    std::string readSummary;
+    // The summary once made, or as read back from JSON (which lacks the rules' kinds that
+    // summary() weighs); summary() returns it when there is one.
+    std::string summaryText;
 
     // One line: the parameters with their lines and the rules, or the built-in table.
     std::string summary() const;

@@ -41,7 +41,7 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
         loaded.values.assign(entry.values.begin(), entry.values.end());
         if (i < made.size()) {
             loaded.source = std::move(made[i]);
-            loaded.from = loaded.source.summary();
+            loaded.from = loaded.source.summaryText = loaded.source.summary();
         }
     }
     return blob;
