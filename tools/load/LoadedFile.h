@@ -24,8 +24,7 @@ struct LoadedEntry {
     int32_t deviceId = 0;
     int32_t code = 0;
     std::vector<int> values;
-    // The source's one-line summary, kept as made: a source read back from JSON lacks the rules'
-    // kinds that summary() weighs.
+    // The source's one-line summary (EntrySource::summary).
     std::string from;
     EntrySource source;
 
