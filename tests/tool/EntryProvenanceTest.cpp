@@ -11,6 +11,7 @@
 #include "model/OutputDevice.h"
 #include "tools/load/EntryProvenance.h"
 #include "tools/load/ExampleFile.h"
+#include "tools/load/LoadedFile.h"
 #include "tools/load/StoreSession.h"
 #include "tools/render/EntryView.h"
 
@@ -19,15 +20,20 @@ namespace {
 
 class ExampleProvenanceTest : public testing::Test {
 protected:
-    static void SetUpTestSuite() { sSession = StoreSession::open(ExampleFile::path()); }
+    static void SetUpTestSuite() {
+        sSession = StoreSession::open(ExampleFile::path());
+        sFile = sSession != nullptr ? LoadedFile::of(*sSession) : LoadedFile();
+    }
 
-    static const LoadReport& report() { return sSession->report(); }
+    static const LoadedBlob* movie() { return sFile.find(LoadedBlob::Kind::kProfile, 1); }
 
     // The entry of a blob with the device and code; fails the test when there is none.
-    static EntrySource entry(const std::vector<EntrySource>& blob, int device, const char* code) {
-        for (const EntrySource& source : blob) {
-            if (source.deviceId == device && source.code == vexParameterCode(code)) {
-                return source;
+    static LoadedEntry entry(const LoadedBlob* blob, int device, const char* code) {
+        for (size_t i = 0; blob != nullptr && i < blob->entries.size(); i++) {
+            const LoadedEntry& entry = blob->entries[i];
+            if (entry.deviceId == device && entry.code == vexParameterCode(code)) {
+                EXPECT_EQ(entry.source.entry, i);
+                return entry;
             }
         }
         ADD_FAILURE() << "no entry " << code << " for device " << device;
@@ -35,9 +41,11 @@ protected:
     }
 
     static std::unique_ptr<StoreSession> sSession;
+    static LoadedFile sFile;
 };
 
 std::unique_ptr<StoreSession> ExampleProvenanceTest::sSession;
+LoadedFile ExampleProvenanceTest::sFile;
 
 // The first element each parameter's first file write was read from.
 struct Expected {
@@ -52,13 +60,9 @@ struct Expected {
 
 TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) {
     ASSERT_NE(sSession, nullptr);
-    const EntryProvenance provenance(report());
-    const int movie = provenance.profileBlob(1);
-    const int speakerTuning = provenance.tuningBlob("");
-    ASSERT_GE(movie, 0);
-    ASSERT_GE(speakerTuning, 0);
-    const std::vector<EntrySource> movieBlob = provenance.ofBlob(movie);
-    const std::vector<EntrySource> tuningBlob = provenance.ofBlob(speakerTuning);
+    const LoadedBlob* speakerTuning = sFile.find(LoadedBlob::Kind::kTuningDevice, 0, "");
+    ASSERT_NE(movie(), nullptr);
+    ASSERT_NE(speakerTuning, nullptr);
 
     // Lines read by hand from the example.
     const Expected kMovie[] = {
@@ -75,10 +79,10 @@ TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) 
         {kOutputDeviceSpeaker, "svm", "speaker_virtualizer_mode", "tuning \"speaker_stereo\"", 685,
          "value", "2"},
     };
-    const auto check = [](const std::vector<EntrySource>& blob, const Expected& expected) {
+    const auto check = [](const LoadedBlob* blob, const Expected& expected) {
         SCOPED_TRACE(std::string(expected.code) + " " + expected.parameter);
         const EntrySource source =
-            ExampleProvenanceTest::entry(blob, expected.device, expected.code);
+            ExampleProvenanceTest::entry(blob, expected.device, expected.code).source;
         const SourceParameter* found = nullptr;
         for (const SourceParameter& parameter : source.parameters) {
             found = parameter.name == expected.parameter ? &parameter : found;
@@ -102,20 +106,18 @@ TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) 
         EXPECT_TRUE(seen);
     };
     for (const Expected& expected : kMovie) {
-        check(movieBlob, expected);
+        check(movie(), expected);
     }
     for (const Expected& expected : kTuning) {
-        check(tuningBlob, expected);
+        check(speakerTuning, expected);
     }
 }
 
 TEST_F(ExampleProvenanceTest, RulesAreNamedWhereTheyChangedAValue) {
     ASSERT_NE(sSession, nullptr);
-    const EntryProvenance provenance(report());
-    const std::vector<EntrySource> movie = provenance.ofBlob(provenance.profileBlob(1));
     // The speaker's "dom" carries the speaker tuning's matrix, which the loader gave the endpoint:
     // the rule first, then the speaker_stereo tuning's output-mode element (hand-read line 694).
-    const EntrySource dom = entry(movie, kOutputDeviceSpeaker, "dom");
+    const EntrySource dom = entry(movie(), kOutputDeviceSpeaker, "dom").source;
     const SourceParameter* matrix = nullptr;
     for (const SourceParameter& parameter : dom.parameters) {
         matrix = parameter.parameter == OUTPUT_MIX_MATRIX ? &parameter : matrix;
@@ -137,19 +139,41 @@ TEST_F(ExampleProvenanceTest, RulesAreNamedWhereTheyChangedAValue) {
     EXPECT_NE(dom.summary().find("loader rule"), std::string::npos) << dom.summary();
 
     // The built-in tables name themselves, not a file.
-    const std::vector<EntrySource> builtin = EntryProvenance::ofBuiltin("movie", {1, 1, 2, 3, 1, 0});
-    ASSERT_EQ(builtin.size(), 1u);
-    EXPECT_EQ(builtin[0].summary(), "built-in table \"movie\"");
-    EXPECT_TRUE(builtin[0].parameters.empty());
+    const LoadedBlob* builtin = LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, 1);
+    ASSERT_NE(builtin, nullptr);
+    const LoadedEntry& first = builtin->entries.at(0);
+    EXPECT_EQ(first.from, "built-in table \"movie\"");
+    EXPECT_TRUE(first.source.parameters.empty());
+}
+
+// Read back, either form of a source writes again what it was written from; the brief one keeps
+// the summary and the rows' lines that comparing reads.
+TEST_F(ExampleProvenanceTest, SourcesReadBackAsTheyWereWritten) {
+    ASSERT_NE(movie(), nullptr);
+    const Json json = sFile.toJson();
+    const LoadedFile full = LoadedFile::fromJson(json);
+    const LoadedFile brief = LoadedFile::fromJson(sFile.toJson(true));
+    EXPECT_EQ(full.toJson(), json);
+    EXPECT_EQ(brief.toJson(true), sFile.toJson(true));
+    for (const char* code : {"iebs", "dea", "dom"}) {
+        SCOPED_TRACE(code);
+        const LoadedEntry own = entry(movie(), kOutputDeviceSpeaker, code);
+        const LoadedEntry cut =
+            entry(brief.find(LoadedBlob::Kind::kProfile, 1), kOutputDeviceSpeaker, code);
+        EXPECT_EQ(cut.from, own.from);
+        EXPECT_EQ(cut.parameterNames(), own.parameterNames());
+        for (int row : {0, 2, 19}) {
+            EXPECT_EQ(cut.rowLine(row), own.rowLine(row));
+        }
+    }
+    // The IEQ preset's third band is on line 57.
+    EXPECT_EQ(entry(movie(), kOutputDeviceSpeaker, "iebs").rowLine(2), 57);
 }
 
 TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
     ASSERT_NE(sSession, nullptr);
-    const EntryProvenance provenance(report());
-    const std::vector<EntrySource> movie = provenance.ofBlob(provenance.profileBlob(1));
-
     // IEQ preset "detailed", first band hand-read from line 55: 47 Hz, target 80 (5 dB).
-    const EntrySource iebs = entry(movie, kOutputDeviceSpeaker, "iebs");
+    const LoadedEntry iebs = entry(movie(), kOutputDeviceSpeaker, "iebs");
     const EntryView bands = EntryView::decode(iebs.code, iebs.values);
     ASSERT_EQ(bands.kind, EntryView::Kind::kBands);
     EXPECT_TRUE(bands.complete);
@@ -162,7 +186,7 @@ TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
 
     // The speaker_stereo matrices (lines 696-724): layout 15 with 24 coefficients first, its
     // third row (c, line 699) 11583 twice, its fifth (ls, line 701) 14189 and 0.
-    const EntrySource dom = entry(movie, kOutputDeviceSpeaker, "dom");
+    const LoadedEntry dom = entry(movie(), kOutputDeviceSpeaker, "dom");
     const EntryView mode = EntryView::decode(dom.code, dom.values);
     ASSERT_EQ(mode.kind, EntryView::Kind::kOutputMode);
     EXPECT_TRUE(mode.complete);
@@ -218,13 +242,14 @@ TEST(EntryViewTest, ReadsEachLayoutAndSaysWhenTheCountsDoNotMatch) {
          {"enable 1, endpoint 0, orientation 1", "matrix 1: layout 15, 4 coefficients (Q14)",
           "  row 1: 1.0000 0.0000  (16384 0)", "  row 2: 0.5000  (8192)",
           "(the words do not match the layout's counts)"}},
-        {"no layout", "dea", {4}, true, {}},
+        {"no layout", "dea", {4, -1}, true, {"4 -1"}},
     };
     for (const LayoutCase& c : kCases) {
         SCOPED_TRACE(c.name);
         const EntryView view = EntryView::decode(vexParameterCode(c.code), c.words);
         EXPECT_EQ(view.complete, c.complete);
         EXPECT_EQ(view.lines(), c.lines);
+        EXPECT_EQ(view.lines(true), std::vector<std::string>{NumberText::join(c.words)});
         EXPECT_EQ(view.toJson()["raw"], Json(c.words));
     }
 }

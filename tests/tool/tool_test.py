@@ -482,7 +482,7 @@ class SimulateTest(unittest.TestCase):
         self.assertRegex(text, r'from profile 1 "movie" #13: geq_frequency, geq_gain line 183\n'
                          r' +with the user\'s GEQ gains of profile 1 "movie"\n'
                          r' +band 1: 47 Hz  gain 3 dB \(48\)\n')
-        self.assertIn('from built-in table "movie" #1\n', text)
+        self.assertIn('from built-in profile 1 "movie" #1\n', text)
         raw = run("simulate", EXAMPLE, "content=on", "--raw").stdout
         self.assertNotIn("band 1:", raw)
         assert_fits_80(self, text, EXAMPLE)

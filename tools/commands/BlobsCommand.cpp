@@ -30,7 +30,7 @@ std::string blobText(const LoadedBlob& blob, bool raw) {
         table.addRow({std::to_string(i + 1), BlobDecoder::deviceName(entry.deviceId),
                       BlobDecoder::codeText(entry.code), std::to_string(entry.values.size()),
                       entry.from});
-        for (const std::string& line : BlobsCommand::valueLines(entry.code, entry.values, raw)) {
+        for (const std::string& line : EntryView::decode(entry.code, entry.values).lines(raw)) {
             table.addRow({"", "", "", "", line});
         }
     }
@@ -38,42 +38,6 @@ std::string blobText(const LoadedBlob& blob, bool raw) {
 }
 
 }  // namespace
-
-std::vector<std::string> BlobsCommand::valueLines(int32_t code, const std::vector<int32_t>& values,
-                                                  bool raw) {
-    const std::vector<int> words(values.begin(), values.end());
-    const EntryView view = EntryView::decode(code, words);
-    if (raw || view.kind == EntryView::Kind::kPlain) {
-        return {NumberText::join(words)};
-    }
-    return view.lines();
-}
-
-std::vector<EntrySource> BlobsCommand::builtinSources(int profileId, std::string* name) {
-    std::vector<EntrySource> sources;
-    for (LoadedBlob& blob : LoadedFile::builtin().blobs) {
-        if (blob.id == profileId) {
-            *name = blob.name;
-            for (LoadedEntry& entry : blob.entries) {
-                sources.push_back(std::move(entry.source));
-            }
-        }
-    }
-    return sources;
-}
-
-Json BlobsCommand::sessionJson(const StoreSession& session, bool brief) {
-    return LoadedFile::of(session).toJson(brief);
-}
-
-int BlobsCommand::collectJson(const std::string& path, Json* document) {
-    LoadedFile file;
-    if (!LoadedFile::open(path, &file)) {
-        return kExitError;
-    }
-    *document = file.toJson();
-    return kExitOk;
-}
 
 int BlobsCommand::run(const Options& options) {
     const std::string& path = options.common.file;
@@ -85,13 +49,7 @@ int BlobsCommand::run(const Options& options) {
     }
     const bool selectProfile = !options.profile.empty();
     int profileId = 0;
-    LoadedFile::ProfileNames names;
-    for (const LoadedBlob& blob : file.blobs) {
-        if (blob.kind != LoadedBlob::Kind::kTuningDevice) {
-            names.emplace_back(blob.name, blob.id);
-        }
-    }
-    if (selectProfile && !LoadedFile::profileId(options.profile, names, &profileId)) {
+    if (selectProfile && !LoadedFile::profileId(options.profile, file.profileNames(), &profileId)) {
         ToolOutput::error(path, "no profile named " + options.profile);
         return kExitError;
     }

@@ -5,9 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
-#include <map>
 #include <memory>
-#include <tuple>
 
 #include "cache/SpatializerParamCache.h"
 #include "engine/RecordingEffect.h"
@@ -15,8 +13,6 @@
 #include "reader/String2Int.h"
 #include "store/LogLevel.h"
 #include "store/SpatializerParamArrayConstants.h"
-#include "tools/commands/BlobsCommand.h"
-#include "tools/load/EntryProvenance.h"
 #include "tools/load/LibraryLog.h"
 #include "tools/load/LoadedFile.h"
 #include "tools/load/StoreSession.h"
@@ -210,43 +206,31 @@ std::string parseStep(const std::string& text, const StoreSession& session, Step
 // provenance, and what the cache put in place of the entry's values.
 class SourceText {
 public:
-    SourceText(const LoadReport& report, SpatializerParamArray& store)
-        : mReport(report), mProvenance(report), mStore(store) {}
+    SourceText(const StoreSession& session)
+        : mFile(LoadedFile::of(session)), mStore(session.store()) {}
 
     // Written once for both outputs: the JSON, and the notes under the call's row.
     Json json(const EffectCall& call, const CallSource& source,
               std::vector<std::string>* notes) const;
 
 private:
-    struct Blob {
-        std::string title;  // profile 1 "movie", built-in table "movie", tuning device "x"
-        std::vector<EntrySource> entries;
-    };
-
-    const Blob& blob(const CallSource& source) const {
-        const auto key = std::make_tuple(source.blob, source.profileId, source.device);
-        auto found = mBlobs.find(key);
-        if (found != mBlobs.end()) {
-            return found->second;
-        }
-        Blob blob;
-        if (source.blob == DeliveredBlob::kBuiltinProfile) {
-            blob.entries = BlobsCommand::builtinSources(source.profileId, &blob.title);
-            blob.title = "built-in table \"" + blob.title + "\"";
-        } else if (source.blob == DeliveredBlob::kFileProfile) {
-            blob.entries = mProvenance.ofBlob(mProvenance.profileBlob(source.profileId));
-            blob.title = mReport.blobTitle(false, source.profileId, "");
-        } else {
-            blob.entries = mProvenance.ofBlob(mProvenance.tuningBlob(source.device));
-            blob.title = mReport.blobTitle(true, 0, source.device);
-        }
-        return mBlobs.emplace(key, std::move(blob)).first->second;
+    // The blob the cache sent from.
+    const LoadedBlob* blob(const CallSource& source) const {
+        using Kind = LoadedBlob::Kind;
+        const Kind kinds[] = {Kind::kBuiltin, Kind::kProfile, Kind::kTuningDevice};
+        const Kind kind = kinds[static_cast<int>(source.blob)];
+        return (kind == Kind::kBuiltin ? LoadedFile::builtin() : mFile)
+            .find(kind, source.profileId, source.device);
+    }
+    // A profile by its id: the file's, else the built-in table's.
+    std::string profileTitle(int id) const {
+        const LoadedBlob* blob = mFile.find(LoadedBlob::Kind::kProfile, id);
+        blob = blob != nullptr ? blob : LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, id);
+        return blob != nullptr ? blob->title() : "profile " + std::to_string(id);
     }
 
-    const LoadReport& mReport;
-    const EntryProvenance mProvenance;
+    const LoadedFile mFile;
     SpatializerParamArray& mStore;
-    mutable std::map<std::tuple<DeliveredBlob, int, std::string>, Blob> mBlobs;
 };
 
 Json SourceText::json(const EffectCall& call, const CallSource& source,
@@ -257,40 +241,40 @@ Json SourceText::json(const EffectCall& call, const CallSource& source,
     Json blobJson = {
         {"kind", source.fromBlob ? kBlobKinds[static_cast<int>(source.blob)] : "effect"}};
     std::string origin = "the effect's own " + BlobDecoder::codeText(call.code) + ", read back";
-    const EntrySource* entry = nullptr;
+    const LoadedEntry* entry = nullptr;
     if (source.fromBlob) {
         const bool device = source.blob == DeliveredBlob::kTuningDevice;
         blobJson[device ? "device" : "id"] = device ? Json(source.device) : Json(source.profileId);
-        const Blob& from = blob(source);
-        origin = from.title + " #" + std::to_string(source.entry + 1);
-        const bool inBlob =
-            source.entry >= 0 && static_cast<size_t>(source.entry) < from.entries.size();
-        entry = inBlob ? &from.entries[source.entry] : nullptr;
+        const LoadedBlob* from = blob(source);
+        origin = (from != nullptr ? from->title() : profileTitle(source.profileId)) + " #" +
+                 std::to_string(source.entry + 1);
+        const bool inBlob = from != nullptr && source.entry >= 0 &&
+                            static_cast<size_t>(source.entry) < from->entries.size();
+        entry = inBlob ? &from->entries[source.entry] : nullptr;
     }
     Json json = {{"text", origin}, {"blob", blobJson}};
     if (entry != nullptr) {
         json["entry"] = source.entry;
-        json["provenance"] = entry->toJson();
+        json["provenance"] = entry->source.toJson();
     }
     const DeliveryWords& words = kDeliveries[static_cast<int>(source.how)];
     std::string substitution = words.instead == nullptr ? "" : words.instead;
     Json delivery = {{"kind", words.name}};
     if (source.how == Delivery::kUserGeqGains) {
-        substitution =
-            "the user's GEQ gains of " + mReport.blobTitle(false, source.gainsProfile, "");
+        substitution = "the user's GEQ gains of " + profileTitle(source.gainsProfile);
         delivery["profile"] = source.gainsProfile;
         delivery["gains"] =
             mStore.getProfileGeqGains(static_cast<KrvSpatializerProfileId>(source.gainsProfile));
     } else if (source.how == Delivery::kTuningMixMatrix) {
         // The tuning device's tuning: its orientation and matrix.
-        const int tuning = mProvenance.tuningBlob(source.matrixDevice);
-        const EntrySource matrix = mProvenance.ofRecord(
-            tuning < 0 ? -1 : mProvenance.blobRecord(tuning), {ORIENTATION, OUTPUT_MIX_MATRIX});
-        substitution =
-            "the mix matrix of tuning device \"" + source.matrixDevice + "\": " + matrix.summary();
+        const auto matrix = mFile.store.mixMatrices.find(source.matrixDevice);
+        const MixMatrix none;
+        const MixMatrix& from = matrix != mFile.store.mixMatrices.end() ? matrix->second : none;
+        substitution = "the mix matrix of tuning device \"" + source.matrixDevice +
+                       "\": " + from.source.summary();
         delivery["device"] = source.matrixDevice;
-        delivery["words"] = mStore.getXMLTuningMixMatrix(source.matrixDevice);
-        delivery["provenance"] = matrix.toJson();
+        delivery["words"] = from.words;
+        delivery["provenance"] = from.source.toJson();
     }
     if (!substitution.empty()) {
         delivery["text"] = substitution;
@@ -305,8 +289,8 @@ Json SourceText::json(const EffectCall& call, const CallSource& source,
         return json;
     }
     // A built-in entry's origin names its table already.
-    const bool fromFile = entry != nullptr && entry->builtinTable.empty();
-    notes->push_back("from " + origin + (fromFile ? ": " + entry->summary() : ""));
+    const bool fromFile = entry != nullptr && entry->source.builtinTable.empty();
+    notes->push_back("from " + origin + (fromFile ? ": " + entry->from : ""));
     if (!substitution.empty()) {
         notes->push_back((words.instead != nullptr ? "instead: " : "with ") + substitution);
     }
@@ -356,7 +340,7 @@ void addCall(const EffectCall& call, const EffectCall* previous, const CallSourc
         }
         // A refused getParam answered nothing.
         if (!get || call.result == 0) {
-            for (const std::string& line : BlobsCommand::valueLines(call.code, values, raw)) {
+            for (const std::string& line : view.lines(raw)) {
                 notes.push_back(line);
             }
         }
@@ -483,7 +467,7 @@ int SimulateCommand::run(const Options& options) {
     }
     DeliveryLog deliveries(effect);
     const DeliveryObserver::Scope listening(&deliveries);
-    const SourceText sources(session->report(), session->store());
+    const SourceText sources(*session);
     LibraryLog::takeErrors();
     const bool tuningsUsable = Cache().isTuningAvailable();
     Json document = {{"file", path},

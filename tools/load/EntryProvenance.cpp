@@ -15,7 +15,7 @@ namespace {
 // The parameters of the translation that the entry's layout names; the translation's others
 // when the entry has no layout, less those a sibling entry's layout claims.
 std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& translation,
-                                       const std::vector<EntrySource>& entries, size_t entry) {
+                                       const std::vector<BlobEntry>& entries, size_t entry) {
     const auto layoutOf = [&entries](size_t index) {
         return index < entries.size() ? bandListLayout(entries[index].code) : nullptr;
     };
@@ -26,7 +26,7 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     std::vector<Parameter> parameters;
     if (const BandListLayout* layout = layoutOf(entry)) {
         int columns = layout->numColumns;
-        const std::vector<int>& values = entries[entry].values;
+        const std::vector<int32_t>& values = entries[entry].values;
         if (layout->perChannel && values.size() > 1 && values[1] >= 0) {
             columns = std::min(columns, values[1] + 1);
         }
@@ -53,22 +53,12 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     return parameters;
 }
 
-// A blob's entries as its words have them, without their sources.
-std::vector<EntrySource> entriesOf(const std::vector<int>& words) {
-    std::vector<EntrySource> entries;
-    for (const BlobEntry& entry : BlobDecoder::decode(words).entries) {
-        entries.push_back({entries.size(),
-                           entry.deviceId,
-                           entry.code,
-                           std::vector<int>(entry.values.begin(), entry.values.end()),
-                           "",
-                           {}});
+// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON, of a band or matrix row
+// only its place when brief (which is JSON only).
+void printElement(Printer& out, const ReadElement& element, bool brief) {
+    if (brief) {
+        return out.json("", {{"element", element.name}, {"line", element.line}, {"row", true}});
     }
-    return entries;
-}
-
-// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON.
-void printElement(Printer& out, const ReadElement& element) {
     std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
                        " <" + element.name + ">";
     Json attributes = Json::object();
@@ -100,6 +90,11 @@ std::set<long> firstLines(const SourceParameter& parameter) {
 }
 
 }  // namespace
+
+const Json& member(const Json& json, const char* key) {
+    static const Json kNone;
+    return json.is_object() && json.contains(key) ? json[key] : kNone;
+}
 
 EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.nodes.size(); i++) {
@@ -142,27 +137,6 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
             mGlobalSettings.push_back(event.node);
         }
     }
-}
-
-int EntryProvenance::profileBlob(int profileId) const {
-    for (size_t i = 0; i < mReport.blobs.size(); i++) {
-        const LoadReport::Blob& blob = mReport.blobs[i];
-        if (!blob.isTuning && blob.profileId == profileId && blob.fate != BlobFate::kDropped) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
-int EntryProvenance::tuningBlob(const std::string& device) const {
-    // A later blob of the same device replaces an earlier one.
-    int found = -1;
-    for (size_t i = 0; i < mReport.blobs.size(); i++) {
-        if (mReport.blobs[i].isTuning && mReport.blobs[i].device == device) {
-            found = static_cast<int>(i);
-        }
-    }
-    return found;
 }
 
 std::string EntryProvenance::ruleText(ValueSource source, Parameter parameter) const {
@@ -296,14 +270,18 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
     if (blob >= mReport.blobs.size()) {
         return {};
     }
-    std::vector<EntrySource> entries = entriesOf(mReport.blobs[blob].words);
+    const std::vector<BlobEntry> decoded = BlobDecoder::decode(mReport.blobs[blob].words).entries;
+    std::vector<EntrySource> entries(decoded.size());
+    for (size_t i = 0; i < entries.size(); i++) {
+        entries[i].entry = i;
+    }
     auto translations = mTranslations.find(static_cast<int>(blob));
     for (size_t t :
          translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
         const LoadReport::TranslatedEvent& translation = mReport.translated[t];
         for (int i = std::max(translation.firstEntry, 0);
              i < translation.endEntry && i < static_cast<int>(entries.size()); i++) {
-            for (Parameter parameter : entryParameters(translation, entries, i)) {
+            for (Parameter parameter : entryParameters(translation, decoded, i)) {
                 entries[i].parameters.push_back(sourceParameter(parameter, translation.record, t));
             }
         }
@@ -311,25 +289,10 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
     return entries;
 }
 
-std::vector<EntrySource> EntryProvenance::ofBuiltin(const std::string& table,
-                                                    const std::vector<int>& words) {
-    std::vector<EntrySource> entries = entriesOf(words);
-    for (EntrySource& entry : entries) {
-        entry.builtinTable = table;
-    }
-    return entries;
-}
-
-std::vector<long> EntrySource::lines() const {
-    std::set<long> lines;
-    for (const SourceParameter& parameter : parameters) {
-        const std::set<long> own = firstLines(parameter);
-        lines.insert(own.begin(), own.end());
-    }
-    return {lines.begin(), lines.end()};
-}
-
 std::string EntrySource::summary() const {
+    if (!summaryText.empty()) {
+        return summaryText;
+    }
     if (!builtinTable.empty()) {
         return "built-in table \"" + builtinTable + "\"";
     }
@@ -374,8 +337,12 @@ std::string EntrySource::summary() const {
     return text;
 }
 
-void EntrySource::print(Printer& out) const {
-    out.json("entry", entry);
+void EntrySource::print(Printer& out, bool brief) const {
+    // A built-in table's entry has nothing to cut.
+    brief = brief && builtinTable.empty();
+    if (!brief) {
+        out.json("entry", entry);
+    }
     if (!builtinTable.empty()) {
         out.json("builtin_table", builtinTable);
         return out.text("from the built-in table \"" + builtinTable + "\"");
@@ -386,37 +353,84 @@ void EntrySource::print(Printer& out) const {
     }
     const auto list = out.list("parameters");
     for (const SourceParameter& parameter : parameters) {
-        const auto item = out.object("", parameter.name + " of " + parameter.recordName +
-                                             " (line " + std::to_string(parameter.recordLine) + ")");
+        const auto item =
+            out.object("", brief ? ""
+                                 : parameter.name + " of " + parameter.recordName + " (line " +
+                                       std::to_string(parameter.recordLine) + ")");
         out.json("name", parameter.name);
-        out.json("record", parameter.recordName);
-        out.json("record_line", parameter.recordLine);
+        if (!brief) {
+            out.json("record", parameter.recordName);
+            out.json("record_line", parameter.recordLine);
+        }
         if (parameter.steps.empty()) {
             out.text("no write reported: the record's own value");
         }
         const auto steps = out.list("steps");
         for (const ValueStep& step : parameter.steps) {
+            const bool rows = std::any_of(step.elements.begin(), step.elements.end(),
+                                          [](const ReadElement& element) { return element.row; });
+            if (brief && !rows) {
+                continue;
+            }
             const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
             const auto write =
-                out.object("", (step.rule.empty() ? "read from the file" : step.rule) + record +
-                                   ": values " + NumberText::join(step.values));
-            out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
-            if (!step.record.empty()) {
+                out.object("", brief ? ""
+                                     : (step.rule.empty() ? "read from the file" : step.rule) +
+                                           record + ": values " + NumberText::join(step.values));
+            if (!brief) {
+                out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
+            }
+            if (!brief && !step.record.empty()) {
                 out.json("record", step.record);
             }
             {
                 const auto elements = out.list("elements");
                 for (const ReadElement& element : step.elements) {
-                    printElement(out, element);
+                    if (!brief || element.row) {
+                        printElement(out, element, brief);
+                    }
                 }
             }
-            out.json("values", step.values);
+            if (!brief) {
+                out.json("values", step.values);
+            }
         }
     }
 }
 
-Json EntrySource::toJson() const {
-    return Printer::document([this](Printer& out) { print(out); });
+Json EntrySource::toJson(bool brief) const {
+    return Printer::document([this, brief](Printer& out) { print(out, brief); });
+}
+
+EntrySource EntrySource::fromJson(const Json& json) {
+    EntrySource source;
+    source.entry = json.value("entry", size_t(0));
+    source.builtinTable = json.value("builtin_table", "");
+    source.summaryText = json.value("summary", "");
+    for (const Json& item : member(json, "parameters")) {
+        SourceParameter& parameter = source.parameters.emplace_back();
+        parameter.name = item.value("name", "");
+        parameter.recordName = item.value("record", "");
+        parameter.recordLine = item.value("record_line", 0L);
+        for (const Json& stepJson : member(item, "steps")) {
+            ValueStep& step = parameter.steps.emplace_back();
+            step.rule = stepJson.value("rule", Json()).is_string() ? stepJson["rule"] : "";
+            step.record = stepJson.value("record", "");
+            step.values = stepJson.value("values", std::vector<int>());
+            for (const Json& read : member(stepJson, "elements")) {
+                ReadElement& element = step.elements.emplace_back();
+                element.name = read.value("element", "");
+                element.line = read.value("line", 0L);
+                element.atLeast = read.value("at_least", false);
+                element.row = read.value("row", false);
+                for (const auto& [name, text] : member(read, "attributes").items()) {
+                    element.attributes.emplace_back(name, text);
+                }
+                element.absent = read.value("absent", std::vector<std::string>());
+            }
+        }
+    }
+    return source;
 }
 
 }  // namespace korva::tool

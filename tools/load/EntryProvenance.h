@@ -53,31 +53,32 @@ struct SourceParameter {
 
 struct EntrySource {
     size_t entry = 0;  // index in its blob
-    int32_t deviceId = 0;
-    int32_t code = 0;
-    std::vector<int> values;
     // The built-in table the entry is part of; empty for blobs built from a file.
     std::string builtinTable;
     std::vector<SourceParameter> parameters;
+    // The summary once made, or as read back from JSON (which lacks the rules' kinds that
+    // summary() weighs); summary() returns it when there is one.
+    std::string summaryText;
 
     // One line: the parameters with their lines and the rules, or the built-in table.
     std::string summary() const;
-    // The lines of every parameter's file elements, first line of each, ascending.
-    std::vector<long> lines() const;
     // Text: each parameter with its record, each write with its rule and values, each element
-    // with its line and attribute texts. JSON: the same as objects, with the summary.
-    void print(Printer& out) const;
-    Json toJson() const;
+    // with its line and attribute texts. JSON: the same as objects, with the summary. brief keeps
+    // of a file's entry its summary, its parameters' names and their band and row elements: what
+    // comparing and the report read, a tenth of the size.
+    void print(Printer& out, bool brief = false) const;
+    Json toJson(bool brief = false) const;
+    // Reads either form back.
+    static EntrySource fromJson(const Json& json);
 };
+
+// A member of an object, or null, which iterates as nothing, when it has none: for reading JSON
+// back.
+const Json& member(const Json& json, const char* key);
 
 class EntryProvenance {
 public:
     explicit EntryProvenance(const LoadReport& report);
-
-    // The blob of LoadReport::blobs that the store keeps for a profile id or a tuning device,
-    // or -1.
-    int profileBlob(int profileId) const;
-    int tuningBlob(const std::string& device) const;
 
     // The record the load translated first into a blob, or -1: a tuning device blob's tuning.
     int blobRecord(size_t blob) const;
@@ -86,9 +87,6 @@ public:
 
     // Every entry of a blob of the report, in blob order.
     std::vector<EntrySource> ofBlob(size_t blob) const;
-    // Every entry of a built-in table's words.
-    static std::vector<EntrySource> ofBuiltin(const std::string& table,
-                                              const std::vector<int>& words);
 
     // What a source of values means, for a value of the parameter.
     std::string ruleText(ValueSource source, Parameter parameter) const;

@@ -68,18 +68,6 @@ int LoadReport::recordOfNode(int element) const {
     return -1;
 }
 
-std::string LoadReport::blobTitle(bool isTuning, int profileId, const std::string& device) const {
-    if (isTuning) {
-        return "tuning device \"" + device + "\"";
-    }
-    for (const RecordSnapshot* profile : ofKind(RecordKind::kProfile)) {
-        if (profile->profileId == profileId) {
-            return profile->title();
-        }
-    }
-    return "profile " + std::to_string(profileId);
-}
-
 int LoadReport::nodeIndex(const xmlNode* node) {
     if (node == nullptr) {
         return -1;

@@ -168,9 +168,6 @@ struct LoadReport : public LoadObserver {
     const ReportedNode& node(int index) const;
     // The record made from the element, or -1.
     int recordOfNode(int node) const;
-    // A stored blob's title: "profile 1 \"movie\"" (the first profile of the id), "profile 9"
-    // when no profile of the file has the id, or "tuning device \"usb_dac\"".
-    std::string blobTitle(bool isTuning, int profileId, const std::string& device) const;
 
     void onReadFailed(const std::string& path, int status, const xmlError* error) override;
     void onStructure(const xmlNode* node, Structure what) override;

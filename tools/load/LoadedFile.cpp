@@ -1,6 +1,7 @@
 #include "tools/load/LoadedFile.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include "cache/SpatializerParamCache.h"
@@ -40,7 +41,7 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
         loaded.values.assign(entry.values.begin(), entry.values.end());
         if (i < made.size()) {
             loaded.source = std::move(made[i]);
-            loaded.from = loaded.source.summary();
+            loaded.from = loaded.source.summaryText = loaded.source.summary();
         }
     }
     return blob;
@@ -58,18 +59,13 @@ ValueCounts valueCounts(const LoadReport& report) {
     return counts;
 }
 
-// The store's matrix of a tuning device, with the rows of the last write the file's elements made
-// of the tuning's matrix.
-MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenance,
-                    const ValueCounts& counts, const std::string& device) {
-    MixMatrix matrix{session.store().getXMLTuningMixMatrix(device), {}};
-    const int blob = provenance.tuningBlob(device);
-    const int record = blob < 0 ? -1 : provenance.blobRecord(blob);
-    if (record < 0) {
-        return matrix;
-    }
-    const EntrySource source = provenance.ofRecord(record, {OUTPUT_MIX_MATRIX});
-    for (const ValueStep& step : source.parameters[0].steps) {
+// The store's matrix of a tuning device, with the sources of its tuning's orientation and matrix,
+// and the rows of the last write the file's elements made of the matrix.
+MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provenance,
+                    const ValueCounts& counts, const std::string& device, int tuning) {
+    MixMatrix matrix{store.getXMLTuningMixMatrix(device), {}, {}};
+    matrix.source = provenance.ofRecord(tuning, {ORIENTATION, OUTPUT_MIX_MATRIX});
+    for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
             const auto count = counts.find({element.line, element.name});
@@ -81,61 +77,6 @@ MixMatrix mixMatrix(const StoreSession& session, const EntryProvenance& provenan
         matrix.rows = rows.empty() ? matrix.rows : rows;
     }
     return matrix;
-}
-
-// A member of an object, or null, which iterates as nothing, when it has none.
-const Json& member(const Json& json, const char* key) {
-    static const Json kNone;
-    return json.is_object() && json.contains(key) ? json[key] : kNone;
-}
-
-Json sourceJson(const LoadedEntry& entry, bool brief) {
-    if (!brief || !entry.source.builtinTable.empty()) {
-        return entry.source.toJson();
-    }
-    Json parameters = Json::array();
-    for (const SourceParameter& parameter : entry.source.parameters) {
-        Json rows = Json::array();
-        for (const ValueStep& step : parameter.steps) {
-            for (const ReadElement& element : step.elements) {
-                if (element.row) {
-                    rows.push_back(
-                        {{"element", element.name}, {"line", element.line}, {"row", true}});
-                }
-            }
-        }
-        Json item = Json::object();
-        item["name"] = parameter.name;
-        item["steps"] = Json::array({Json::object({{"elements", std::move(rows)}})});
-        parameters.push_back(std::move(item));
-    }
-    Json source = Json::object();
-    source["summary"] = entry.from;
-    source["parameters"] = std::move(parameters);
-    return source;
-}
-
-// What toJson's brief form carries of a source: the built-in table, or the parameters' names
-// and their row elements.
-EntrySource sourceFromJson(const Json& json) {
-    EntrySource source;
-    source.builtinTable = json.value("builtin_table", "");
-    for (const Json& item : member(json, "parameters")) {
-        SourceParameter& parameter = source.parameters.emplace_back();
-        parameter.name = item.value("name", "");
-        for (const Json& stepJson : member(item, "steps")) {
-            ValueStep& step = parameter.steps.emplace_back();
-            for (const Json& read : member(stepJson, "elements")) {
-                step.elements.push_back({read.value("element", ""),
-                                         read.value("line", 0L),
-                                         read.value("at_least", false),
-                                         read.value("row", false),
-                                         {},
-                                         {}});
-            }
-        }
-    }
-    return source;
 }
 
 }  // namespace
@@ -212,35 +153,33 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
     LoadedFile file;
     file.formatVersion = report.formatVersion;
     file.toolVersion = report.toolVersion;
+    const ValueCounts counts = valueCounts(report);
     std::vector<LoadedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
+        const int record = provenance.blobRecord(i);
+        const auto sources = [&] { return provenance.ofBlob(i); };
         if (blob.fate == BlobFate::kDropped) {
             continue;
         }
         if (!blob.isTuning && store.isXMLProfileValid(blob.profileId)) {
-            const int profile = provenance.blobRecord(i);
             file.blobs.push_back(makeBlob(
-                Kind::kProfile, blob.profileId, profile >= 0 ? report.records[profile].name : "",
-                store.getXMLProfileParams(blob.profileId), [&] { return provenance.ofBlob(i); },
-                known));
-            continue;
+                Kind::kProfile, blob.profileId, record >= 0 ? report.records[record].name : "",
+                store.getXMLProfileParams(blob.profileId), sources, known));
         }
-        const int record = provenance.blobRecord(i);
         if (!blob.isTuning || record < 0 || !store.isXMLTuningValid(blob.device)) {
             continue;
         }
-        const RecordSnapshot* tuning = &report.records[record];
-        LoadedBlob named = makeBlob(
-            Kind::kTuningDevice, 0, blob.device, store.getXMLTuningParams(blob.device),
-            [&] { return provenance.ofBlob(i); }, known);
-        named.tuning = tuning->name;
+        LoadedBlob named = makeBlob(Kind::kTuningDevice, 0, blob.device,
+                                    store.getXMLTuningParams(blob.device), sources, known);
+        named.tuning = report.records[record].name;
         for (const BindingSnapshot& binding : report.bindings) {
-            named.port = binding.device == blob.device && binding.tuning == tuning->name
-                             ? binding.port
-                             : named.port;
+            const bool bound = binding.device == blob.device && binding.tuning == named.tuning;
+            named.port = bound ? binding.port : named.port;
         }
         // A later blob of the same device replaces this one.
+        file.store.mixMatrices[blob.device] =
+            mixMatrix(store, provenance, counts, blob.device, record);
         auto same = std::find_if(devices.begin(), devices.end(),
                                  [&blob](const LoadedBlob& d) { return d.name == blob.device; });
         if (same != devices.end()) {
@@ -249,11 +188,7 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
             devices.push_back(std::move(named));
         }
     }
-    const ValueCounts counts = valueCounts(report);
-    for (LoadedBlob& device : devices) {
-        file.store.mixMatrices[device.name] = mixMatrix(session, provenance, counts, device.name);
-        file.blobs.push_back(std::move(device));
-    }
+    std::move(devices.begin(), devices.end(), std::back_inserter(file.blobs));
     file.store.tuningsUsable = SpatializerParamCache().isTuningAvailable();
     for (int port = 0; port < kNumAndroidDevices; port++) {
         file.store.ports.push_back({kAndroidDeviceNames[port], store.getAvailableTuningDevices(port),
@@ -272,23 +207,40 @@ bool LoadedFile::open(const std::string& path, LoadedFile* file) {
     return true;
 }
 
-LoadedFile LoadedFile::builtin() {
-    using Array = SpatializerParamArray;
-    const auto table = [](int id, const char* name, const int* words, size_t count) {
-        const std::vector<int> list(words, words + count);
-        return makeBlob(Kind::kBuiltin, id, name, list,
-                        [&] { return EntryProvenance::ofBuiltin(name, list); });
-    };
-    LoadedFile file;
-    file.blobs = {
-        table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
-        table(0, "dynamic", Array::mDynamicProfileParams, Array::kProfileTableWords),
-        table(1, "movie", Array::mMovieProfileParams, Array::kProfileTableWords),
-        table(2, "music", Array::mMusicProfileParams, Array::kProfileTableWords),
-        table(3, "cinema", Array::mCinemaProfileParams, Array::kProfileTableWords),
-        table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
-    };
-    return file;
+const LoadedFile& LoadedFile::builtin() {
+    static const LoadedFile kBuiltin = [] {
+        const auto table = [](int id, const char* name, const int* words, size_t count) {
+            LoadedBlob blob = makeBlob(Kind::kBuiltin, id, name, {words, words + count},
+                                       [] { return std::vector<EntrySource>(); });
+            for (size_t i = 0; i < blob.entries.size(); i++) {
+                EntrySource& source = blob.entries[i].source;
+                source.entry = i;
+                source.builtinTable = name;
+                blob.entries[i].from = source.summary();
+            }
+            return blob;
+        };
+        using Array = SpatializerParamArray;
+        LoadedFile file;
+        file.blobs = {
+            table(-1, "common", Array::mCommonParams, Array::kCommonTableWords),
+            table(0, "dynamic", Array::mDynamicProfileParams, Array::kProfileTableWords),
+            table(1, "movie", Array::mMovieProfileParams, Array::kProfileTableWords),
+            table(2, "music", Array::mMusicProfileParams, Array::kProfileTableWords),
+            table(3, "cinema", Array::mCinemaProfileParams, Array::kProfileTableWords),
+            table(4, "custom", Array::mCustomProfileParams, Array::kProfileTableWords),
+        };
+        return file;
+    }();
+    return kBuiltin;
+}
+
+const LoadedBlob* LoadedFile::find(Kind kind, int id, const std::string& device) const {
+    const auto found = std::find_if(blobs.begin(), blobs.end(), [&](const LoadedBlob& blob) {
+        return blob.kind == kind &&
+               (kind == Kind::kTuningDevice ? blob.name == device : blob.id == id);
+    });
+    return found != blobs.end() ? &*found : nullptr;
 }
 
 bool LoadedFile::profileId(const std::string& selector, const ProfileNames& names, int* id) {
@@ -303,6 +255,16 @@ bool LoadedFile::profileId(const std::string& selector, const ProfileNames& name
         *id = number ? string2Int(selector) : found->second;
     }
     return number || found != all.end();
+}
+
+LoadedFile::ProfileNames LoadedFile::profileNames() const {
+    ProfileNames names;
+    for (const LoadedBlob& blob : blobs) {
+        if (blob.kind != Kind::kTuningDevice) {
+            names.emplace_back(blob.name, blob.id);
+        }
+    }
+    return names;
 }
 
 LoadedFile::ProfileNames LoadedFile::profileNames(const LoadReport& report) {
@@ -330,7 +292,7 @@ Json LoadedFile::toJson(bool brief) const {
                 json["view"] = view.toJson();
             }
             if (!entry.from.empty()) {
-                json["source"] = sourceJson(entry, brief);
+                json["source"] = entry.source.toJson(brief);
             }
             entries.push_back(std::move(json));
         }
@@ -402,10 +364,9 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
             entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
             entry.values = entryJson.value("values", std::vector<int>());
             if (entryJson.contains("source")) {
-                entry.source = sourceFromJson(entryJson["source"]);
-                entry.from = entry.source.builtinTable.empty()
-                                 ? entryJson["source"].value("summary", "")
-                                 : entry.source.summary();
+                entry.source = EntrySource::fromJson(entryJson["source"]);
+                entry.source.entry = blob.entries.size() - 1;  // the brief form leaves it out
+                entry.from = entry.source.summary();
             }
         }
     }

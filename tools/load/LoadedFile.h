@@ -24,8 +24,7 @@ struct LoadedEntry {
     int32_t deviceId = 0;
     int32_t code = 0;
     std::vector<int> values;
-    // The source's one-line summary, kept as made: a source read back from JSON lacks the rules'
-    // kinds that summary() weighs.
+    // The source's one-line summary (EntrySource::summary).
     std::string from;
     EntrySource source;
 
@@ -71,6 +70,8 @@ struct MatrixRow {
 struct MixMatrix {
     std::vector<int> words;
     std::vector<MatrixRow> rows;
+    // Where the tuning's orientation and matrix came from; made by of(), not carried in JSON.
+    EntrySource source;
 
     // The row element that holds the value at index of words; null for the lead words.
     const MatrixRow* rowOf(size_t index) const;
@@ -107,16 +108,19 @@ struct LoadedFile {
     // The file loaded by this process's store, its path kept; false after one line on stderr
     // when the store could not read it.
     static bool open(const std::string& path, LoadedFile* file);
-    static LoadedFile builtin();
+    // The built-in tables, made once.
+    static const LoadedFile& builtin();
+    // The blob of a kind with a profile id or a tuning device's name, or null.
+    const LoadedBlob* find(LoadedBlob::Kind kind, int id, const std::string& device = "") const;
     // The profile id a selector names: a number, one of a file's profile names (with their ids),
     // or a built-in table's name, in that order; false when it names none.
     using ProfileNames = std::vector<std::pair<std::string, int>>;
     static bool profileId(const std::string& selector, const ProfileNames& names, int* id);
-    // The profile names of a file's report, for profileId.
+    // The profile names of a file's report, or of the blobs, for profileId.
     static ProfileNames profileNames(const LoadReport& report);
+    ProfileNames profileNames() const;
 
-    // brief keeps of the entries' sources their summary, parameter names and row elements: what
-    // comparing and the report read, a tenth of the size. fromJson reads that much of a source.
+    // brief writes the entries' sources brief (EntrySource::print) and leaves out their views.
     Json toJson(bool brief = false) const;
     static LoadedFile fromJson(const Json& json);
 };

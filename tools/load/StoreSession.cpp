@@ -14,8 +14,8 @@
 
 #include "platform/LocalProperties.h"
 #include "store/SpatializerParamArrayConstants.h"
-#include "tools/render/ToolOutput.h"
 #include "tools/load/TemporaryPaths.h"
+#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -122,7 +122,10 @@ std::string EntryView::q14Text(int coefficient) {
     return text;
 }
 
-std::vector<std::string> EntryView::lines() const {
+std::vector<std::string> EntryView::lines(bool words) const {
+    if (words || kind == Kind::kPlain) {
+        return {NumberText::join(raw)};
+    }
     std::vector<std::string> out;
     for (int band = 0; kind == Kind::kBands && band < bands; band++) {
         std::string line = "band " + std::to_string(band + 1) + ":";
@@ -152,7 +155,7 @@ std::vector<std::string> EntryView::lines() const {
                           NumberText::join(matrices[m].rows[r]) + ")");
         }
     }
-    if (kind != Kind::kPlain && !complete) {
+    if (!complete) {
         out.push_back("(the words do not match the layout's counts)");
     }
     return out;

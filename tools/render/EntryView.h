@@ -53,8 +53,9 @@ struct EntryView {
     static std::string valueText(ListUnit unit, int raw);
     static std::string q14Text(int coefficient);
 
-    // One line per band or matrix row, with the units and the raw words; nothing for plain ones.
-    std::vector<std::string> lines() const;
+    // One line per band or matrix row, with the units and the raw words; the words alone, on one
+    // line, for plain entries or when words.
+    std::vector<std::string> lines(bool words = false) const;
     // Where the value at index sits ("band 3 (234 Hz) target", "matrix 1 (layout 15) row 2 right",
     // or "value 7" for plain entries and words past the layout), and the value in its unit beside
     // its word ("1.5 dB (24)", "0.7070 (11583)", or the word alone).
