@@ -227,7 +227,6 @@ void LoadReport::onValue(const xmlNode* element, const ParameterValues& record, 
 }
 
 void LoadReport::onParsed(TuningFileParser& parser) {
-    parsed = true;
     profileElements = parser.getNumOfProfiles();
     DeviceData* data = parser.getDeviceData();
     if (data == nullptr) {
@@ -259,8 +258,7 @@ void LoadReport::onTranslated(Translator& translator, const ParameterValues& rec
                           firstEntry, endEntry, translator.getSrcParams()});
 }
 
-void LoadReport::onSpeakerTuning(const DeviceTuning* binding, const ParameterValues* tuning) {
-    speakerBound = binding != nullptr;
+void LoadReport::onSpeakerTuning(const DeviceTuning*, const ParameterValues* tuning) {
     speakerTuning = tuning != nullptr ? recordIndex(*tuning) : -1;
 }
 
@@ -282,16 +280,11 @@ void LoadReport::onBlobFiled(const BlobKey&, const std::vector<int>& words, Blob
     if (!blobs.empty()) {
         blobs.back().words = words;
         blobs.back().fate = fate;
-        blobs.back().filed = true;
     }
 }
 
 void LoadReport::onDefaultSelectionMissing(int port, const std::string& device) {
     defaultSelectionsMissing.emplace_back(port, device);
-}
-
-void LoadReport::onLoadEnd() {
-    loadEnded = true;
 }
 
 }  // namespace korva::tool

@@ -109,7 +109,6 @@ struct LoadReport : public LoadObserver {
         std::string device;
         std::vector<int> words;
         BlobFate fate = BlobFate::kStored;
-        bool filed = false;
     };
     struct PartnerEvent {
         MissingPartner what;
@@ -121,8 +120,6 @@ struct LoadReport : public LoadObserver {
     bool readFailed = false;
     std::string readError;  // libxml2's message
     long readErrorLine = 0;
-    bool parsed = false;
-    bool loadEnded = false;
 
     // The document and what the reader made of it, in the order it was reported.
     std::vector<ReportedNode> nodes;
@@ -149,7 +146,6 @@ struct LoadReport : public LoadObserver {
     std::vector<PartnerEvent> partnersMissing;
     std::vector<LoaderDefault> loaderDefaults;
     int speakerTuning = -1;
-    bool speakerBound = false;
     std::vector<std::pair<int, std::string>> defaultSelectionsMissing;
 
     // Set before the load to keep a copy of the document the library read, taken while it holds
@@ -198,7 +194,6 @@ struct LoadReport : public LoadObserver {
                           const DeviceTuning* binding) override;
     void onBlobFiled(const BlobKey& blob, const std::vector<int>& words, BlobFate fate) override;
     void onDefaultSelectionMissing(int port, const std::string& device) override;
-    void onLoadEnd() override;
 
 private:
     int nodeIndex(const xmlNode* node);
