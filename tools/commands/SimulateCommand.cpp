@@ -255,7 +255,7 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
     out.json("blob", blobJson);
     if (entry != nullptr) {
         out.json("entry", source.entry);
-        out.json("provenance", entry->source.toJson());
+        out.json("provenance", entry->sourceJson());
     }
     const DeliveryWords& words = kDeliveries[static_cast<int>(source.how)];
     std::string substitution = words.instead == nullptr ? "" : words.instead;
@@ -274,7 +274,7 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
                        "\": " + from.source.summary();
         delivery["device"] = source.matrixDevice;
         delivery["words"] = from.words;
-        delivery["provenance"] = from.source.toJson();
+        delivery["provenance"] = from.source.sourceJson();
     }
     if (!substitution.empty()) {
         delivery["text"] = substitution;
@@ -288,7 +288,7 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
                             : "read back, to send with " + substitution);
     }
     // A built-in entry's origin names its table already.
-    const bool fromFile = entry != nullptr && entry->source.builtinTable.empty();
+    const bool fromFile = entry != nullptr && entry->builtinTable.empty();
     out.text("from " + origin + (fromFile ? ": " + entry->from : ""));
     if (!substitution.empty()) {
         out.text((words.instead != nullptr ? "instead: " : "with ") + substitution);

@@ -32,17 +32,16 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
         blob.same = true;
         return blob;
     }
-    std::vector<EntrySource> made = sources();
+    blob.entries = sources();
+    blob.entries.resize(decoded.entries.size());
     for (size_t i = 0; i < decoded.entries.size(); i++) {
         const BlobEntry& entry = decoded.entries[i];
-        LoadedEntry& loaded = blob.entries.emplace_back();
+        LoadedEntry& loaded = blob.entries[i];
         loaded.deviceId = entry.deviceId;
         loaded.code = entry.code;
         loaded.values.assign(entry.values.begin(), entry.values.end());
-        if (i < made.size()) {
-            loaded.source = std::move(made[i]);
-            loaded.from = loaded.source.summaryText = loaded.source.summary();
-        }
+        loaded.entry = i;
+        loaded.from = loaded.summary();
     }
     return blob;
 }
@@ -65,6 +64,7 @@ MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provena
                     const ValueCounts& counts, const std::string& device, int tuning) {
     MixMatrix matrix{store.getXMLTuningMixMatrix(device), {}, {}};
     matrix.source = provenance.ofRecord(tuning, {ORIENTATION, OUTPUT_MIX_MATRIX});
+    matrix.source.from = matrix.source.summary();
     for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
@@ -82,7 +82,7 @@ MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provena
 }  // namespace
 
 long LoadedEntry::rowLine(int row) const {
-    for (const SourceParameter& parameter : source.parameters) {
+    for (const SourceParameter& parameter : parameters) {
         for (const ValueStep& step : parameter.steps) {
             int at = 0;
             for (const ReadElement& element : step.elements) {
@@ -97,7 +97,7 @@ long LoadedEntry::rowLine(int row) const {
 
 std::string LoadedEntry::parameterNames() const {
     std::string names;
-    for (const SourceParameter& parameter : source.parameters) {
+    for (const SourceParameter& parameter : parameters) {
         names += (names.empty() ? "" : ", ") + parameter.name;
     }
     return names;
@@ -210,15 +210,10 @@ bool LoadedFile::open(const std::string& path, LoadedFile* file) {
 const LoadedFile& LoadedFile::builtin() {
     static const LoadedFile kBuiltin = [] {
         const auto table = [](int id, const char* name, const int* words, size_t count) {
-            LoadedBlob blob = makeBlob(Kind::kBuiltin, id, name, {words, words + count},
-                                       [] { return std::vector<EntrySource>(); });
-            for (size_t i = 0; i < blob.entries.size(); i++) {
-                EntrySource& source = blob.entries[i].source;
-                source.entry = i;
-                source.builtinTable = name;
-                blob.entries[i].from = source.summary();
-            }
-            return blob;
+            const auto sources = [&] {
+                return std::vector<LoadedEntry>(count, LoadedEntry{0, 0, {}, "", 0, name, {}});
+            };
+            return makeBlob(Kind::kBuiltin, id, name, {words, words + count}, sources);
         };
         using Array = SpatializerParamArray;
         LoadedFile file;
@@ -338,7 +333,7 @@ Json LoadedFile::toJson(bool brief) const {
                 out["view"] = view.toJson();
             }
             if (!entry.from.empty()) {
-                out["source"] = entry.source.toJson(brief);
+                out["source"] = entry.sourceJson(brief);
             }
         }
     }
@@ -353,29 +348,25 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
     for (const Json& item : member(json, "blobs")) {
         const auto kind = std::find(std::begin(kKindNames), std::end(kKindNames),
                                     item.value("kind", std::string()));
-        LoadedBlob& blob = file.blobs.emplace_back(LoadedBlob{
-            kind == std::end(kKindNames) ? Kind::kProfile
-                                         : static_cast<Kind>(kind - std::begin(kKindNames)),
-            item.value("id", 0),
-            item.value("name", ""),
-            item.value("port", ""),
-            item.value("tuning", ""),
-            item.value("words", size_t(0)),
-            item.value("valid", false),
-            item.value("header", 0),
-            {},
-            item.value("same", false)});
+        LoadedBlob& blob = file.blobs.emplace_back();
+        blob.kind = kind == std::end(kKindNames) ? Kind::kProfile
+                                                 : static_cast<Kind>(kind - std::begin(kKindNames));
+        blob.id = item.value("id", 0);
+        blob.name = item.value("name", "");
+        blob.port = item.value("port", "");
+        blob.tuning = item.value("tuning", "");
+        blob.words = item.value("words", size_t(0));
+        blob.valid = item.value("valid", false);
+        blob.header = item.value("header", 0);
+        blob.same = item.value("same", false);
         for (const Json& entryJson : member(item, "entries")) {
-            LoadedEntry& entry = blob.entries.emplace_back(
-                LoadedEntry{entryJson.value("device", 0),
-                            vexParameterCode(entryJson.value("code", std::string()).c_str()),
-                            entryJson.value("values", std::vector<int>()),
-                            "",
-                            {}});
+            LoadedEntry& entry = blob.entries.emplace_back();
+            entry.deviceId = entryJson.value("device", 0);
+            entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
+            entry.values = entryJson.value("values", std::vector<int>());
+            entry.entry = blob.entries.size() - 1;  // the brief form leaves it out
             if (entryJson.contains("source")) {
-                entry.source = EntrySource::fromJson(entryJson["source"]);
-                entry.source.entry = blob.entries.size() - 1;  // the brief form leaves it out
-                entry.from = entry.source.summary();
+                entry.readSource(entryJson["source"]);
             }
         }
     }
