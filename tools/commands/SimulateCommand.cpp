@@ -39,8 +39,7 @@ namespace {
 using Cache = SpatializerParamCache;
 
 const char* const kStepPrefixes[] = {"profile=", "content=", "select=", "load=", "geq="};
-const char* const kCallNames[] = {"setParam", "getParam", "commit"};       // by EffectCall::Kind
-const char* const kBlobKinds[] = {"builtin", "profile", "tuning_device"};  // by DeliveredBlob
+const char* const kCallNames[] = {"setParam", "getParam", "commit"};  // by EffectCall::Kind
 // By Delivery: its JSON name, and for those that send other values than the entry's, which.
 struct DeliveryWords {
     const char* name;
@@ -117,6 +116,13 @@ private:
     CallSource mBlob;
     std::vector<std::pair<size_t, CallSource>> mMarks;
 };
+
+// What the cache delivered, as a loaded blob's kind.
+LoadedBlob::Kind kindOf(DeliveredBlob blob) {
+    using Kind = LoadedBlob::Kind;
+    const Kind kinds[] = {Kind::kBuiltin, Kind::kProfile, Kind::kTuningDevice};  // by DeliveredBlob
+    return kinds[static_cast<int>(blob)];
+}
 
 // Whether a command-line word is a step (so that the first word that is not is the file).
 bool isStep(const std::string& word) {
@@ -215,10 +221,8 @@ public:
 private:
     // The blob the cache sent from.
     const LoadedBlob* blob(const CallSource& source) const {
-        using Kind = LoadedBlob::Kind;
-        const Kind kinds[] = {Kind::kBuiltin, Kind::kProfile, Kind::kTuningDevice};
-        const Kind kind = kinds[static_cast<int>(source.blob)];
-        return (kind == Kind::kBuiltin ? LoadedFile::builtin() : mFile)
+        const LoadedBlob::Kind kind = kindOf(source.blob);
+        return (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : mFile)
             .find(kind, source.profileId, source.device);
     }
     // A profile by its id: the file's, else the built-in table's.
@@ -238,7 +242,7 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
     }
     const auto object = out.object("source");
     Json blobJson = {
-        {"kind", source.fromBlob ? kBlobKinds[static_cast<int>(source.blob)] : "effect"}};
+        {"kind", source.fromBlob ? LoadedBlob::kindName(kindOf(source.blob)) : "effect"}};
     std::string origin = "the effect's own " + BlobDecoder::codeText(call.code) + ", read back";
     const LoadedEntry* entry = nullptr;
     if (source.fromBlob) {

@@ -103,9 +103,12 @@ std::string LoadedEntry::parameterNames() const {
     return names;
 }
 
+const char* LoadedBlob::kindName(Kind kind) {
+    return kKindNames[static_cast<int>(kind)];
+}
+
 std::string LoadedBlob::key() const {
-    return kKindNames[static_cast<int>(kind)] +
-           (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
+    return kindName(kind) + (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
 }
 
 std::string LoadedBlob::title() const {
@@ -303,7 +306,7 @@ Json LoadedFile::toJson(bool brief) const {
     for (const LoadedBlob& blob : blobs) {
         const bool device = blob.kind == Kind::kTuningDevice;
         Json& item = json["blobs"].emplace_back(Json::object());
-        item["kind"] = kKindNames[static_cast<int>(blob.kind)];
+        item["kind"] = LoadedBlob::kindName(blob.kind);
         if (!device) {
             item["id"] = blob.id;
         }

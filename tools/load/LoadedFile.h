@@ -36,6 +36,8 @@ struct LoadedBlob {
     // Known to the reader already (LoadedFile::of's known): only its identity is kept.
     bool same = false;
 
+    // "builtin", "profile", "tuning_device": the kind as JSON names it.
+    static const char* kindName(Kind kind);
     // The blob's identity across two files ("profile:1", "tuning_device:usb_dac").
     std::string key() const;
     // "profile 1 \"movie\"", "built-in profile 1 \"movie\"", "tuning device \"usb_dac\"".
