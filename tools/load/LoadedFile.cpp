@@ -33,6 +33,7 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
         return blob;
     }
     blob.entries = sources();
+    const size_t made = blob.entries.size();  // an entry past them has no source to show
     blob.entries.resize(decoded.entries.size());
     for (size_t i = 0; i < decoded.entries.size(); i++) {
         const BlobEntry& entry = decoded.entries[i];
@@ -41,7 +42,7 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
         loaded.code = entry.code;
         loaded.values.assign(entry.values.begin(), entry.values.end());
         loaded.entry = i;
-        loaded.from = loaded.summary();
+        loaded.from = i < made ? loaded.summary() : "";
     }
     return blob;
 }
