@@ -32,7 +32,7 @@ protected:
         for (size_t i = 0; blob != nullptr && i < blob->entries.size(); i++) {
             const LoadedEntry& entry = blob->entries[i];
             if (entry.deviceId == device && entry.code == vexParameterCode(code)) {
-                EXPECT_EQ(entry.source.entry, i);
+                EXPECT_EQ(entry.entry, i);
                 return entry;
             }
         }
@@ -81,8 +81,8 @@ TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) 
     };
     const auto check = [](const LoadedBlob* blob, const Expected& expected) {
         SCOPED_TRACE(std::string(expected.code) + " " + expected.parameter);
-        const EntrySource source =
-            ExampleProvenanceTest::entry(blob, expected.device, expected.code).source;
+        const LoadedEntry source =
+            ExampleProvenanceTest::entry(blob, expected.device, expected.code);
         const SourceParameter* found = nullptr;
         for (const SourceParameter& parameter : source.parameters) {
             found = parameter.name == expected.parameter ? &parameter : found;
@@ -117,7 +117,7 @@ TEST_F(ExampleProvenanceTest, RulesAreNamedWhereTheyChangedAValue) {
     ASSERT_NE(sSession, nullptr);
     // The speaker's "dom" carries the speaker tuning's matrix, which the loader gave the endpoint:
     // the rule first, then the speaker_stereo tuning's output-mode element (hand-read line 694).
-    const EntrySource dom = entry(movie(), kOutputDeviceSpeaker, "dom").source;
+    const LoadedEntry dom = entry(movie(), kOutputDeviceSpeaker, "dom");
     const SourceParameter* matrix = nullptr;
     for (const SourceParameter& parameter : dom.parameters) {
         matrix = parameter.parameter == OUTPUT_MIX_MATRIX ? &parameter : matrix;
@@ -143,7 +143,7 @@ TEST_F(ExampleProvenanceTest, RulesAreNamedWhereTheyChangedAValue) {
     ASSERT_NE(builtin, nullptr);
     const LoadedEntry& first = builtin->entries.at(0);
     EXPECT_EQ(first.from, "built-in table \"movie\"");
-    EXPECT_TRUE(first.source.parameters.empty());
+    EXPECT_TRUE(first.parameters.empty());
 }
 
 // Read back, either form of a source writes again what it was written from; the brief one keeps

@@ -74,7 +74,7 @@ int ExplainCommand::run(const Options& options) {
                     out->text(line, 1);
                 }
                 const auto trace = out->object("source");
-                entry.source.print(*out);
+                entry.print(*out);
             }
         }
     }

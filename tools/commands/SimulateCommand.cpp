@@ -19,7 +19,7 @@
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
-#include "tools/render/TextTable.h"
+#include "tools/render/Printer.h"
 #include "translator/GeqLayout.h"
 
 namespace korva::tool {
@@ -39,8 +39,7 @@ namespace {
 using Cache = SpatializerParamCache;
 
 const char* const kStepPrefixes[] = {"profile=", "content=", "select=", "load=", "geq="};
-const char* const kCallNames[] = {"setParam", "getParam", "commit"};       // by EffectCall::Kind
-const char* const kBlobKinds[] = {"builtin", "profile", "tuning_device"};  // by DeliveredBlob
+const char* const kCallNames[] = {"setParam", "getParam", "commit"};  // by EffectCall::Kind
 // By Delivery: its JSON name, and for those that send other values than the entry's, which.
 struct DeliveryWords {
     const char* name;
@@ -117,6 +116,13 @@ private:
     CallSource mBlob;
     std::vector<std::pair<size_t, CallSource>> mMarks;
 };
+
+// What the cache delivered, as a loaded blob's kind.
+LoadedBlob::Kind kindOf(DeliveredBlob blob) {
+    using Kind = LoadedBlob::Kind;
+    const Kind kinds[] = {Kind::kBuiltin, Kind::kProfile, Kind::kTuningDevice};  // by DeliveredBlob
+    return kinds[static_cast<int>(blob)];
+}
 
 // Whether a command-line word is a step (so that the first word that is not is the file).
 bool isStep(const std::string& word) {
@@ -209,17 +215,14 @@ public:
     SourceText(const StoreSession& session)
         : mFile(LoadedFile::of(session)), mStore(session.store()) {}
 
-    // Written once for both outputs: the JSON, and the notes under the call's row.
-    Json json(const EffectCall& call, const CallSource& source,
-              std::vector<std::string>* notes) const;
+    // The source in JSON; in text, the notes under the call.
+    void print(Printer& out, const EffectCall& call, const CallSource& source) const;
 
 private:
     // The blob the cache sent from.
     const LoadedBlob* blob(const CallSource& source) const {
-        using Kind = LoadedBlob::Kind;
-        const Kind kinds[] = {Kind::kBuiltin, Kind::kProfile, Kind::kTuningDevice};
-        const Kind kind = kinds[static_cast<int>(source.blob)];
-        return (kind == Kind::kBuiltin ? LoadedFile::builtin() : mFile)
+        const LoadedBlob::Kind kind = kindOf(source.blob);
+        return (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : mFile)
             .find(kind, source.profileId, source.device);
     }
     // A profile by its id: the file's, else the built-in table's.
@@ -233,13 +236,13 @@ private:
     SpatializerParamArray& mStore;
 };
 
-Json SourceText::json(const EffectCall& call, const CallSource& source,
-                      std::vector<std::string>* notes) const {
+void SourceText::print(Printer& out, const EffectCall& call, const CallSource& source) const {
     if (!source.reported) {
-        return nullptr;
+        return out.json("source", nullptr);
     }
+    const auto object = out.object("source");
     Json blobJson = {
-        {"kind", source.fromBlob ? kBlobKinds[static_cast<int>(source.blob)] : "effect"}};
+        {"kind", source.fromBlob ? LoadedBlob::kindName(kindOf(source.blob)) : "effect"}};
     std::string origin = "the effect's own " + BlobDecoder::codeText(call.code) + ", read back";
     const LoadedEntry* entry = nullptr;
     if (source.fromBlob) {
@@ -252,10 +255,11 @@ Json SourceText::json(const EffectCall& call, const CallSource& source,
                             static_cast<size_t>(source.entry) < from->entries.size();
         entry = inBlob ? &from->entries[source.entry] : nullptr;
     }
-    Json json = {{"text", origin}, {"blob", blobJson}};
+    out.json("text", origin);
+    out.json("blob", blobJson);
     if (entry != nullptr) {
-        json["entry"] = source.entry;
-        json["provenance"] = entry->source.toJson();
+        out.json("entry", source.entry);
+        out.json("provenance", entry->sourceJson());
     }
     const DeliveryWords& words = kDeliveries[static_cast<int>(source.how)];
     std::string substitution = words.instead == nullptr ? "" : words.instead;
@@ -274,82 +278,75 @@ Json SourceText::json(const EffectCall& call, const CallSource& source,
                        "\": " + from.source.summary();
         delivery["device"] = source.matrixDevice;
         delivery["words"] = from.words;
-        delivery["provenance"] = from.source.toJson();
+        delivery["provenance"] = from.source.sourceJson();
     }
     if (!substitution.empty()) {
         delivery["text"] = substitution;
     }
-    json["delivery"] = delivery;
+    out.json("delivery", delivery);
 
     if (call.kind == EffectCall::kGetParam) {
         // What the effect answers is its own; the report says what the cache reads it for.
-        notes->push_back(words.instead != nullptr
-                             ? "read back, to send instead of " + origin + ": " + substitution
-                             : "read back, to send with " + substitution);
-        return json;
+        return out.text(words.instead != nullptr
+                            ? "read back, to send instead of " + origin + ": " + substitution
+                            : "read back, to send with " + substitution);
     }
     // A built-in entry's origin names its table already.
-    const bool fromFile = entry != nullptr && entry->source.builtinTable.empty();
-    notes->push_back("from " + origin + (fromFile ? ": " + entry->from : ""));
+    const bool fromFile = entry != nullptr && entry->builtinTable.empty();
+    out.text("from " + origin + (fromFile ? ": " + entry->from : ""));
     if (!substitution.empty()) {
-        notes->push_back((words.instead != nullptr ? "instead: " : "with ") + substitution);
+        out.text((words.instead != nullptr ? "instead: " : "with ") + substitution);
     }
-    return json;
 }
 
-// One call, written once into both the table and the JSON list; only one of them is printed.
-// previous is the call before it in the step, if any.
-void addCall(const EffectCall& call, const EffectCall* previous, const CallSource& source,
-             const SourceText& sources, bool raw, TextTable* table, Json* list) {
+// One call, titled in text by what the effect was asked and answered. previous is the call
+// before it in the step, if any.
+void printCall(Printer& out, size_t number, const EffectCall& call, const EffectCall* previous,
+               const CallSource& source, const SourceText& sources, bool raw) {
     const bool commit = call.kind == EffectCall::kCommit;
     const bool get = call.kind == EffectCall::kGetParam;
     const std::vector<int>& values = get ? call.answer : call.values;
+    const std::string device = BlobDecoder::deviceName(call.deviceId);
+    const std::string code = BlobDecoder::codeText(call.code);
     // getParam shows what the effect wrote back beside what it was asked for ("-": refused).
     const std::string count =
         (get ? (call.result == 0 ? std::to_string(call.returned) : "-") + " of " : "") +
         std::to_string(call.count);
-    table->addRow({std::to_string(list->size() + 1), kCallNames[call.kind],
-                   BlobDecoder::deviceName(call.deviceId),
-                   commit ? "" : BlobDecoder::codeText(call.code), commit ? "" : count,
-                   std::to_string(call.result)});
-    Json json = {{"call", kCallNames[call.kind]},
-                 {"device", call.deviceId},
-                 {"device_name", BlobDecoder::deviceName(call.deviceId)}};
+    const auto item = out.object("", std::to_string(number) + ". " + kCallNames[call.kind] + " " +
+                                         device + (commit ? "" : " " + code + ", count " + count) +
+                                         ": result " + std::to_string(call.result));
+    out.json("call", kCallNames[call.kind]);
+    out.json("device", call.deviceId);
+    out.json("device_name", device);
     if (!commit) {
-        json["code"] = BlobDecoder::codeText(call.code);
-        json[get ? "capacity" : "count"] = call.count;
+        out.json("code", code);
+        out.json(get ? "capacity" : "count", call.count);
         if (get) {
-            json["returned"] = call.returned;
+            out.json("returned", call.returned);
         }
-        json["values"] = values;
+        out.json("values", values);
         const EntryView view = EntryView::decode(call.code, values);
         if (view.kind != EntryView::Kind::kPlain) {
-            json["view"] = view.toJson();
+            out.json("view", view.toJson());
         }
-        std::vector<std::string> notes;
-        json["source"] = sources.json(call, source, &notes);
+        sources.print(out, call, source);
         // A setParam right after its own getParam failed sends the buffer that read left.
         if (!get && previous != nullptr && previous->kind == EffectCall::kGetParam &&
             previous->result != 0 && previous->deviceId == call.deviceId &&
             previous->code == call.code) {
             const bool zeroed =
                 std::all_of(values.begin(), values.end(), [](int v) { return v == 0; });
-            json["read_failed"] = true;
-            notes.push_back(std::string("getParam failed: the ") + (zeroed ? "zeroed" : "unread") +
-                            " buffer is sent");
+            out.json("read_failed", true);
+            out.text(std::string("getParam failed: the ") + (zeroed ? "zeroed" : "unread") +
+                     " buffer is sent");
         }
         // A refused getParam answered nothing.
-        if (!get || call.result == 0) {
-            for (const std::string& line : view.lines(raw)) {
-                notes.push_back(line);
-            }
-        }
-        for (const std::string& note : notes) {
-            table->addNote(note);
+        for (const std::string& line :
+             !get || call.result == 0 ? view.lines(raw) : std::vector<std::string>()) {
+            out.text(line);
         }
     }
-    json["result"] = call.result;
-    list->push_back(std::move(json));
+    out.json("result", call.result);
 }
 
 // Why a step failed, in one line: the library's own error line, else the effect's refusal, else
@@ -470,47 +467,50 @@ int SimulateCommand::run(const Options& options) {
     const SourceText sources(*session);
     LibraryLog::takeErrors();
     const bool tuningsUsable = Cache().isTuningAvailable();
-    Json document = {{"file", path},
-                     {"properties", props},
-                     {"tunings_usable", tuningsUsable},
-                     {"effect_start", options.effectFromBuiltin ? "builtin" : "empty"},
-                     {"steps", Json::array()}};
-    TextTable facts({"", ""});
-    facts.addPathRow({"tuning file", path});
-    facts.addRow({"properties", shownProperties.empty() ? "none" : shownProperties});
-    facts.addRow({"tunings usable", tuningsUsable ? "yes" : "no"});
-    facts.addRow(
-        {"effect starts", options.effectFromBuiltin ? "from the built-in common table" : "empty"});
-    std::string text = facts.render();
-    for (const Step& step : steps) {
+    const std::unique_ptr<Printer> out = Printer::make(options.common.json);
+    out->path("file", "tuning file", path);
+    out->field("properties", "properties", props,
+               shownProperties.empty() ? "none" : shownProperties);
+    out->field("tunings_usable", "tunings usable", tuningsUsable, tuningsUsable ? "yes" : "no");
+    const bool builtin = options.effectFromBuiltin;
+    out->field("effect_start", "effect starts", builtin ? "builtin" : "empty",
+               builtin ? "from the built-in common table" : "empty");
+    const auto list = out->list("steps");
+    for (size_t s = 0; s < steps.size(); s++) {
         Cache cache;
-        const int result = step.run(cache, &effect);
+        const int result = steps[s].run(cache, &effect);
         const std::vector<EffectCall> calls = effect.takeCalls();
         const std::vector<CallSource> from = deliveries.take(calls);
         const std::vector<std::string> errors = LibraryLog::takeErrors();
-        const std::string why = result == 0 ? "" : whyFailed(step, calls, errors);
-        // The empty last column lets the result align right; the notes hold the rest.
-        TextTable table({"#", "call", "device", "code", "count", "result", ""});
-        for (size_t column : {0, 4, 5}) {
-            table.alignRight(column);
-        }
-        Json json = {{"step", step.text}, {"result", result}, {"calls", Json::array()}};
-        for (size_t i = 0; i < calls.size(); i++) {
-            addCall(calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], sources, options.raw,
-                    &table, &json["calls"]);
-        }
-        text += "\nstep " + std::to_string(document["steps"].size() + 1) + ": " + step.text +
-                "  result " + std::to_string(result) + "\n";
-        for (const auto& [key, line] : {std::make_pair("why", why), {"note", step.note}}) {
+        const std::string why = result == 0 ? "" : whyFailed(steps[s], calls, errors);
+        const auto step = out->object("", "step " + std::to_string(s + 1) + ": " + steps[s].text +
+                                              "  result " + std::to_string(result));
+        out->json("step", steps[s].text);
+        out->json("result", result);
+        // In text above the calls, in JSON after them.
+        const std::pair<const char*, std::string> lines[] = {{"why", why}, {"note", steps[s].note}};
+        for (const auto& [key, line] : lines) {
             if (!line.empty()) {
-                json[key] = line;
-                text += std::string("  ") + key + ": " + line + "\n";
+                out->text(std::string(key) + ": " + line);
             }
         }
-        text += calls.empty() ? "  (no calls)\n" : table.render("  ");
-        document["steps"].push_back(std::move(json));
+        if (calls.empty()) {
+            out->text("(no calls)");
+        }
+        {
+            const auto callList = out->list("calls");
+            for (size_t i = 0; i < calls.size(); i++) {
+                printCall(*out, i + 1, calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], sources,
+                          options.raw);
+            }
+        }
+        for (const auto& [key, line] : lines) {
+            if (!line.empty()) {
+                out->json(key, line);
+            }
+        }
     }
-    options.common.json ? ToolOutput::printJson(document) : ToolOutput::print(text);
+    out->flush();
     return kExitOk;
 }
 

@@ -257,8 +257,8 @@ int EntryProvenance::blobRecord(size_t blob) const {
     return mReport.translated[translations->second.front()].record;
 }
 
-EntrySource EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {
-    EntrySource source;
+LoadedEntry EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {
+    LoadedEntry source;
     for (Parameter parameter : parameters) {
         // Every write the load made, the last translation's included.
         source.parameters.push_back(sourceParameter(parameter, record, mReport.translated.size()));
@@ -266,12 +266,12 @@ EntrySource EntryProvenance::ofRecord(int record, const std::vector<Parameter>& 
     return source;
 }
 
-std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
+std::vector<LoadedEntry> EntryProvenance::ofBlob(size_t blob) const {
     if (blob >= mReport.blobs.size()) {
         return {};
     }
     const std::vector<BlobEntry> decoded = BlobDecoder::decode(mReport.blobs[blob].words).entries;
-    std::vector<EntrySource> entries(decoded.size());
+    std::vector<LoadedEntry> entries(decoded.size());
     for (size_t i = 0; i < entries.size(); i++) {
         entries[i].entry = i;
     }
@@ -289,10 +289,7 @@ std::vector<EntrySource> EntryProvenance::ofBlob(size_t blob) const {
     return entries;
 }
 
-std::string EntrySource::summary() const {
-    if (!summaryText.empty()) {
-        return summaryText;
-    }
+std::string LoadedEntry::summary() const {
     if (!builtinTable.empty()) {
         return "built-in table \"" + builtinTable + "\"";
     }
@@ -337,7 +334,7 @@ std::string EntrySource::summary() const {
     return text;
 }
 
-void EntrySource::print(Printer& out, bool brief) const {
+void LoadedEntry::print(Printer& out, bool brief) const {
     // A built-in table's entry has nothing to cut.
     brief = brief && builtinTable.empty();
     if (!brief) {
@@ -347,7 +344,7 @@ void EntrySource::print(Printer& out, bool brief) const {
         out.json("builtin_table", builtinTable);
         return out.text("from the built-in table \"" + builtinTable + "\"");
     }
-    out.json("summary", summary());
+    out.json("summary", from.empty() ? summary() : from);
     if (parameters.empty()) {
         out.text("the load reported no source for it");
     }
@@ -398,17 +395,16 @@ void EntrySource::print(Printer& out, bool brief) const {
     }
 }
 
-Json EntrySource::toJson(bool brief) const {
+Json LoadedEntry::sourceJson(bool brief) const {
     return Printer::document([this, brief](Printer& out) { print(out, brief); });
 }
 
-EntrySource EntrySource::fromJson(const Json& json) {
-    EntrySource source;
-    source.entry = json.value("entry", size_t(0));
-    source.builtinTable = json.value("builtin_table", "");
-    source.summaryText = json.value("summary", "");
+void LoadedEntry::readSource(const Json& json) {
+    entry = json.value("entry", entry);
+    builtinTable = json.value("builtin_table", "");
+    from = json.value("summary", "");
     for (const Json& item : member(json, "parameters")) {
-        SourceParameter& parameter = source.parameters.emplace_back();
+        SourceParameter& parameter = parameters.emplace_back();
         parameter.name = item.value("name", "");
         parameter.recordName = item.value("record", "");
         parameter.recordLine = item.value("record_line", 0L);
@@ -430,7 +426,7 @@ EntrySource EntrySource::fromJson(const Json& json) {
             }
         }
     }
-    return source;
+    from = from.empty() ? summary() : from;
 }
 
 }  // namespace korva::tool

@@ -51,25 +51,33 @@ struct SourceParameter {
     std::vector<ValueStep> steps;
 };
 
-struct EntrySource {
+// One entry of a blob, and where it came from.
+struct LoadedEntry {
+    int32_t deviceId = 0;
+    int32_t code = 0;
+    std::vector<int> values;
+    // One line: the parameters with their lines and the rules, or the built-in table. Made once
+    // by whoever makes the entry, or read back from JSON (which lacks what summary() weighs).
+    std::string from;
     size_t entry = 0;  // index in its blob
     // The built-in table the entry is part of; empty for blobs built from a file.
     std::string builtinTable;
     std::vector<SourceParameter> parameters;
-    // The summary once made, or as read back from JSON (which lacks the rules' kinds that
-    // summary() weighs); summary() returns it when there is one.
-    std::string summaryText;
 
-    // One line: the parameters with their lines and the rules, or the built-in table.
+    // The summary that from holds, made from the parameters.
     std::string summary() const;
-    // Text: each parameter with its record, each write with its rule and values, each element
-    // with its line and attribute texts. JSON: the same as objects, with the summary. brief keeps
-    // of a file's entry its summary, its parameters' names and their band and row elements: what
-    // comparing and the report read, a tenth of the size.
+    // The file line of the row element a list's band (or row) was read from; 0 when none.
+    long rowLine(int row) const;
+    // The parameters the entry was translated from, comma-separated.
+    std::string parameterNames() const;
+    // The source. Text: each parameter with its record, each write with its rule and values, each
+    // element with its line and attribute texts. JSON: the same as objects, with the summary.
+    // brief keeps of a file's entry its summary, its parameters' names and their band and row
+    // elements: what comparing and the report read, a tenth of the size.
     void print(Printer& out, bool brief = false) const;
-    Json toJson(bool brief = false) const;
-    // Reads either form back.
-    static EntrySource fromJson(const Json& json);
+    Json sourceJson(bool brief = false) const;
+    // Reads either form of the source back.
+    void readSource(const Json& json);
 };
 
 // A member of an object, or null, which iterates as nothing, when it has none: for reading JSON
@@ -83,10 +91,10 @@ public:
     // The record the load translated first into a blob, or -1: a tuning device blob's tuning.
     int blobRecord(size_t blob) const;
     // Where a record's values of some parameters came from, as one entry made of them would say.
-    EntrySource ofRecord(int record, const std::vector<Parameter>& parameters) const;
+    LoadedEntry ofRecord(int record, const std::vector<Parameter>& parameters) const;
 
     // Every entry of a blob of the report, in blob order.
-    std::vector<EntrySource> ofBlob(size_t blob) const;
+    std::vector<LoadedEntry> ofBlob(size_t blob) const;
 
     // What a source of values means, for a value of the parameter.
     std::string ruleText(ValueSource source, Parameter parameter) const;

@@ -32,17 +32,17 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
         blob.same = true;
         return blob;
     }
-    std::vector<EntrySource> made = sources();
+    blob.entries = sources();
+    const size_t made = blob.entries.size();  // an entry past them has no source to show
+    blob.entries.resize(decoded.entries.size());
     for (size_t i = 0; i < decoded.entries.size(); i++) {
         const BlobEntry& entry = decoded.entries[i];
-        LoadedEntry& loaded = blob.entries.emplace_back();
+        LoadedEntry& loaded = blob.entries[i];
         loaded.deviceId = entry.deviceId;
         loaded.code = entry.code;
         loaded.values.assign(entry.values.begin(), entry.values.end());
-        if (i < made.size()) {
-            loaded.source = std::move(made[i]);
-            loaded.from = loaded.source.summaryText = loaded.source.summary();
-        }
+        loaded.entry = i;
+        loaded.from = i < made ? loaded.summary() : "";
     }
     return blob;
 }
@@ -65,6 +65,7 @@ MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provena
                     const ValueCounts& counts, const std::string& device, int tuning) {
     MixMatrix matrix{store.getXMLTuningMixMatrix(device), {}, {}};
     matrix.source = provenance.ofRecord(tuning, {ORIENTATION, OUTPUT_MIX_MATRIX});
+    matrix.source.from = matrix.source.summary();
     for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
@@ -82,7 +83,7 @@ MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provena
 }  // namespace
 
 long LoadedEntry::rowLine(int row) const {
-    for (const SourceParameter& parameter : source.parameters) {
+    for (const SourceParameter& parameter : parameters) {
         for (const ValueStep& step : parameter.steps) {
             int at = 0;
             for (const ReadElement& element : step.elements) {
@@ -97,15 +98,18 @@ long LoadedEntry::rowLine(int row) const {
 
 std::string LoadedEntry::parameterNames() const {
     std::string names;
-    for (const SourceParameter& parameter : source.parameters) {
+    for (const SourceParameter& parameter : parameters) {
         names += (names.empty() ? "" : ", ") + parameter.name;
     }
     return names;
 }
 
+const char* LoadedBlob::kindName(Kind kind) {
+    return kKindNames[static_cast<int>(kind)];
+}
+
 std::string LoadedBlob::key() const {
-    return kKindNames[static_cast<int>(kind)] +
-           (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
+    return kindName(kind) + (":" + (kind == Kind::kTuningDevice ? name : std::to_string(id)));
 }
 
 std::string LoadedBlob::title() const {
@@ -210,15 +214,10 @@ bool LoadedFile::open(const std::string& path, LoadedFile* file) {
 const LoadedFile& LoadedFile::builtin() {
     static const LoadedFile kBuiltin = [] {
         const auto table = [](int id, const char* name, const int* words, size_t count) {
-            LoadedBlob blob = makeBlob(Kind::kBuiltin, id, name, {words, words + count},
-                                       [] { return std::vector<EntrySource>(); });
-            for (size_t i = 0; i < blob.entries.size(); i++) {
-                EntrySource& source = blob.entries[i].source;
-                source.entry = i;
-                source.builtinTable = name;
-                blob.entries[i].from = source.summary();
-            }
-            return blob;
+            const auto sources = [&] {
+                return std::vector<LoadedEntry>(count, LoadedEntry{0, 0, {}, "", 0, name, {}});
+            };
+            return makeBlob(Kind::kBuiltin, id, name, {words, words + count}, sources);
         };
         using Array = SpatializerParamArray;
         LoadedFile file;
@@ -275,68 +274,74 @@ LoadedFile::ProfileNames LoadedFile::profileNames(const LoadReport& report) {
     return names;
 }
 
+// The store's state, in both directions.
+void to_json(Json& json, const PortState& port) {
+    json = {{"port", port.port}, {"tuning_devices", port.devices}, {"selected", port.selected}};
+}
+void from_json(const Json& json, PortState& port) {
+    port = {json.value("port", ""), json.value("tuning_devices", ""), json.value("selected", "")};
+}
+void to_json(Json& json, const MatrixRow& row) {
+    json = {{"element", row.element}, {"line", row.line}, {"count", row.count}};
+}
+void from_json(const Json& json, MatrixRow& row) {
+    row = {json.value("element", ""), json.value("line", 0L), json.value("count", size_t(0))};
+}
+void to_json(Json& json, const MixMatrix& matrix) {
+    json = {{"words", matrix.words}, {"rows", matrix.rows}};
+}
+void from_json(const Json& json, MixMatrix& matrix) {
+    matrix.words = json.value("words", std::vector<int>());
+    matrix.rows = json.value("rows", std::vector<MatrixRow>());
+}
+
 Json LoadedFile::toJson(bool brief) const {
-    Json blobList = Json::array();
+    Json json = {{"file", path.empty() ? Json(nullptr) : Json(path)},
+                 {"format_version", formatVersion},
+                 {"tool_version", toolVersion},
+                 {"store",
+                  {{"tunings_usable", store.tuningsUsable},
+                   {"ports", store.ports},
+                   {"mix_matrices", store.mixMatrices}}},
+                 {"blobs", Json::array()}};
     for (const LoadedBlob& blob : blobs) {
-        Json entries = Json::array();
-        for (const LoadedEntry& entry : blob.entries) {
-            // Built member by member: an initializer list would copy every value.
-            Json json = Json::object();
-            json["device"] = entry.deviceId;
-            json["device_name"] = BlobDecoder::deviceName(entry.deviceId);
-            json["code"] = BlobDecoder::codeText(entry.code);
-            json["count"] = entry.values.size();
-            json["values"] = entry.values;
-            const EntryView view = brief ? EntryView() : EntryView::decode(entry.code, entry.values);
-            if (view.kind != EntryView::Kind::kPlain) {
-                json["view"] = view.toJson();
-            }
-            if (!entry.from.empty()) {
-                json["source"] = entry.source.toJson(brief);
-            }
-            entries.push_back(std::move(json));
+        const bool device = blob.kind == Kind::kTuningDevice;
+        Json& item = json["blobs"].emplace_back(Json::object());
+        item["kind"] = LoadedBlob::kindName(blob.kind);
+        if (!device) {
+            item["id"] = blob.id;
         }
-        Json json = Json::object();
-        json["kind"] = kKindNames[static_cast<int>(blob.kind)];
-        if (blob.kind != Kind::kTuningDevice) {
-            json["id"] = blob.id;
-        }
-        json["name"] = blob.name;
-        if (blob.kind == Kind::kTuningDevice) {
-            json["port"] = blob.port;
-            json["tuning"] = blob.tuning;
+        item["name"] = blob.name;
+        if (device) {
+            item["port"] = blob.port;
+            item["tuning"] = blob.tuning;
         }
         if (blob.same) {
-            json["same"] = true;
-            blobList.push_back(std::move(json));
+            item["same"] = true;
             continue;
         }
-        json["words"] = blob.words;
-        json["valid"] = blob.valid;
-        json["header"] = blob.header;
-        json["entries"] = std::move(entries);
-        blobList.push_back(std::move(json));
-    }
-    Json ports = Json::array();
-    for (const PortState& port : store.ports) {
-        ports.push_back(
-            {{"port", port.port}, {"tuning_devices", port.devices}, {"selected", port.selected}});
-    }
-    Json matrices = Json::object();
-    for (const auto& [device, matrix] : store.mixMatrices) {
-        Json rows = Json::array();
-        for (const MatrixRow& row : matrix.rows) {
-            rows.push_back({{"element", row.element}, {"line", row.line}, {"count", row.count}});
+        item["words"] = blob.words;
+        item["valid"] = blob.valid;
+        item["header"] = blob.header;
+        Json& entries = item["entries"] = Json::array();
+        for (const LoadedEntry& entry : blob.entries) {
+            // Built member by member: an initializer list would copy every value.
+            Json& out = entries.emplace_back(Json::object());
+            out["device"] = entry.deviceId;
+            out["device_name"] = BlobDecoder::deviceName(entry.deviceId);
+            out["code"] = BlobDecoder::codeText(entry.code);
+            out["count"] = entry.values.size();
+            out["values"] = entry.values;
+            const EntryView view = brief ? EntryView() : EntryView::decode(entry.code, entry.values);
+            if (view.kind != EntryView::Kind::kPlain) {
+                out["view"] = view.toJson();
+            }
+            if (!entry.from.empty()) {
+                out["source"] = entry.sourceJson(brief);
+            }
         }
-        matrices[device] = {{"words", matrix.words}, {"rows", rows}};
     }
-    return {
-        {"file", path.empty() ? Json(nullptr) : Json(path)},
-        {"format_version", formatVersion},
-        {"tool_version", toolVersion},
-        {"store",
-         {{"tunings_usable", store.tuningsUsable}, {"ports", ports}, {"mix_matrices", matrices}}},
-        {"blobs", std::move(blobList)}};
+    return json;
 }
 
 LoadedFile LoadedFile::fromJson(const Json& json) {
@@ -345,9 +350,9 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
     file.formatVersion = json.value("format_version", "");
     file.toolVersion = json.value("tool_version", "");
     for (const Json& item : member(json, "blobs")) {
-        LoadedBlob& blob = file.blobs.emplace_back();
         const auto kind = std::find(std::begin(kKindNames), std::end(kKindNames),
                                     item.value("kind", std::string()));
+        LoadedBlob& blob = file.blobs.emplace_back();
         blob.kind = kind == std::end(kKindNames) ? Kind::kProfile
                                                  : static_cast<Kind>(kind - std::begin(kKindNames));
         blob.id = item.value("id", 0);
@@ -363,27 +368,16 @@ LoadedFile LoadedFile::fromJson(const Json& json) {
             entry.deviceId = entryJson.value("device", 0);
             entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
             entry.values = entryJson.value("values", std::vector<int>());
+            entry.entry = blob.entries.size() - 1;  // the brief form leaves it out
             if (entryJson.contains("source")) {
-                entry.source = EntrySource::fromJson(entryJson["source"]);
-                entry.source.entry = blob.entries.size() - 1;  // the brief form leaves it out
-                entry.from = entry.source.summary();
+                entry.readSource(entryJson["source"]);
             }
         }
     }
     const Json& store = member(json, "store");
-    file.store.tuningsUsable = store.value("tunings_usable", false);
-    for (const Json& port : member(store, "ports")) {
-        file.store.ports.push_back(
-            {port.value("port", ""), port.value("tuning_devices", ""), port.value("selected", "")});
-    }
-    for (const auto& [device, matrixJson] : member(store, "mix_matrices").items()) {
-        MixMatrix& matrix = file.store.mixMatrices[device];
-        matrix.words = matrixJson.value("words", std::vector<int>());
-        for (const Json& row : member(matrixJson, "rows")) {
-            matrix.rows.push_back(
-                {row.value("element", ""), row.value("line", 0L), row.value("count", size_t(0))});
-        }
-    }
+    file.store = {store.value("tunings_usable", false),
+                  store.value("ports", std::vector<PortState>()),
+                  store.value("mix_matrices", std::map<std::string, MixMatrix>())};
     return file;
 }
 

@@ -20,20 +20,6 @@ namespace korva::tool {
 class StoreSession;
 struct LoadReport;
 
-struct LoadedEntry {
-    int32_t deviceId = 0;
-    int32_t code = 0;
-    std::vector<int> values;
-    // The source's one-line summary (EntrySource::summary).
-    std::string from;
-    EntrySource source;
-
-    // The file line of the row element a list's band (or row) was read from; 0 when none.
-    long rowLine(int row) const;
-    // The parameters the entry was translated from, comma-separated.
-    std::string parameterNames() const;
-};
-
 struct LoadedBlob {
     enum class Kind { kBuiltin, kProfile, kTuningDevice };
 
@@ -50,6 +36,8 @@ struct LoadedBlob {
     // Known to the reader already (LoadedFile::of's known): only its identity is kept.
     bool same = false;
 
+    // "builtin", "profile", "tuning_device": the kind as JSON names it.
+    static const char* kindName(Kind kind);
     // The blob's identity across two files ("profile:1", "tuning_device:usb_dac").
     std::string key() const;
     // "profile 1 \"movie\"", "built-in profile 1 \"movie\"", "tuning device \"usb_dac\"".
@@ -71,7 +59,7 @@ struct MixMatrix {
     std::vector<int> words;
     std::vector<MatrixRow> rows;
     // Where the tuning's orientation and matrix came from; made by of(), not carried in JSON.
-    EntrySource source;
+    LoadedEntry source;
 
     // The row element that holds the value at index of words; null for the lead words.
     const MatrixRow* rowOf(size_t index) const;
@@ -120,7 +108,7 @@ struct LoadedFile {
     static ProfileNames profileNames(const LoadReport& report);
     ProfileNames profileNames() const;
 
-    // brief writes the entries' sources brief (EntrySource::print) and leaves out their views.
+    // brief writes the entries' sources brief (LoadedEntry::print) and leaves out their views.
     Json toJson(bool brief = false) const;
     static LoadedFile fromJson(const Json& json);
 };
