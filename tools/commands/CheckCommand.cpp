@@ -53,42 +53,30 @@ Json portDevices(SpatializerParamArray& store, int port) {
     return out;
 }
 
-// The line, and at_least: true where the node is on that line or a later one.
-Json placed(const FileLine& at, const Json& fields) {
-    Json object = {{"line", at.line}};
-    if (at.atLeast) {
-        object["at_least"] = true;
-    }
-    object.update(fields);
-    return object;
-}
-
 // "1 warning", "2 warnings".
 std::string counted(size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // A note, or a finding that another's undo clears, under its place.
-void printNote(Printer& out, const std::string& path, const Json& note, const std::string& kind) {
-    const std::string message = note["message"];
-    const Printer::Scope item = out.placed(path, note["line"], note.value("at_least", false),
-                                           kind.empty() ? message : kind + ": " + message);
-    out.json("message", message);
+void printNote(Printer& out, const std::string& path, const Note& note, const std::string& kind) {
+    const Printer::Scope item = out.placed(path, note.at.line, note.at.atLeast,
+                                           kind.empty() ? note.message : kind + ": " + note.message);
+    out.json("message", note.message);
 }
 
-void printEffect(Printer& out, const Json& effect) {
-    if (effect.is_null()) {
-        return out.json("effect", effect);
+void printEffect(Printer& out, const std::optional<Differences>& effect) {
+    if (!effect) {
+        return out.json("effect", nullptr);
     }
-    const bool none = effect["differences"].empty() && effect["store"].empty();
-    const Printer::Scope scope =
-        out.object("effect", none ? "effect: none, nothing that reaches the effect changes"
+    const Printer::Scope scope = out.object(
+        "effect", effect->empty() ? "effect: none, nothing that reaches the effect changes"
                                   : "effect, undone (a) against as written (b):");
-    if (!none) {
-        DiffCommand::print(out, effect["differences"], effect["store"], "undone", "as written");
+    if (!effect->empty()) {
+        effect->print(out, "undone", "as written");
     } else {
-        out.json("differences", effect["differences"]);
-        out.json("store", effect["store"]);
+        out.json("differences", Json::array());
+        out.json("store", Json::array());
     }
 }
 
@@ -106,34 +94,6 @@ void showProgress(size_t done, size_t total) {
 }
 
 }  // namespace
-
-Json CheckCommand::findingsJson(const std::vector<Finding>& findings, const LoadReport& report) {
-    const auto notes = [](const std::vector<Note>& list) {
-        Json out = Json::array();
-        for (const Note& note : list) {
-            out.push_back(placed(note.at, {{"message", note.message}}));
-        }
-        return out;
-    };
-    Json list = Json::array();
-    for (const Finding& finding : findings) {
-        Json json = placed(finding.at, {{"rule", finding.rule},
-                                        {"severity", severityName(finding.severity)},
-                                        {"message", finding.message},
-                                        {"notes", notes(finding.notes)},
-                                        {"undo", nullptr},
-                                        {"effect", finding.effect}});
-        if (finding.undo) {
-            json["undo"] = UndoEdit::toJson(report, *finding.undo);
-        }
-        if (finding.effect.is_null() && !finding.unmeasured.empty()) {
-            json["effect_not_measured"] = finding.unmeasured;
-        }
-        json["clears"] = notes(finding.follows);
-        list.push_back(json);
-    }
-    return list;
-}
 
 Json CheckCommand::summaryJson(const StoreSession& session) {
     const LoadReport& report = session.report();
@@ -173,40 +133,40 @@ Json CheckCommand::summaryJson(const StoreSession& session) {
             {"tunings_usable", SpatializerParamCache().isTuningAvailable()}};
 }
 
-void CheckCommand::printFindings(Printer& out, const std::string& path, const Json& findings,
+void CheckCommand::printFindings(Printer& out, const std::string& path,
+                                 const std::vector<Finding>& findings, const LoadReport& report,
                                  bool effects, bool listClears) {
     const Printer::Scope list = out.list("findings");
-    for (const Json& finding : findings) {
-        const Printer::Scope item = out.placed(
-            path, finding["line"], finding.value("at_least", false),
-            finding["severity"].get<std::string>() + ": " + finding["message"].get<std::string>());
-        for (const char* key : {"rule", "severity", "message"}) {
-            out.json(key, finding[key]);
-        }
+    for (const Finding& finding : findings) {
+        const Printer::Scope item =
+            out.placed(path, finding.at.line, finding.at.atLeast,
+                       std::string(severityName(finding.severity)) + ": " + finding.message);
+        out.json("rule", finding.rule);
+        out.json("severity", severityName(finding.severity));
+        out.json("message", finding.message);
         {
             const Printer::Scope notes = out.list("notes");
-            for (const Json& note : finding["notes"]) {
+            for (const Note& note : finding.notes) {
                 printNote(out, path, note, "note");
             }
         }
-        const Json& undo = finding["undo"];
+        const Json undo = finding.undo ? UndoEdit::toJson(report, *finding.undo) : Json();
         out.json("undo", undo);
-        if (effects && !undo.is_null()) {
+        if (effects && finding.undo) {
             out.text("undo: " + undo["description"].get<std::string>());
         }
-        printEffect(out, finding["effect"]);
-        if (finding.contains("effect_not_measured")) {
+        printEffect(out, finding.effect);
+        if (!finding.effect && !finding.unmeasured.empty()) {
             out.field("effect_not_measured", effects ? "effect not measured" : "",
-                      finding["effect_not_measured"]);
+                      finding.unmeasured);
         }
-        const Json& clears = finding["clears"];
-        const Printer::Scope cleared =
-            out.list("clears", clears.empty() ? ""
-                                              : "undoing it also clears " +
-                                                    counted(clears.size(), "other finding") +
-                                                    (listClears ? ":" : " (--verbose lists them)"));
-        for (size_t i = 0; listClears && i < clears.size(); i++) {
-            printNote(out, path, clears[i], "");
+        const size_t clears = finding.follows.size();
+        const Printer::Scope cleared = out.list(
+            "clears", clears == 0 ? ""
+                                  : "undoing it also clears " + counted(clears, "other finding") +
+                                        (listClears ? ":" : " (--verbose lists them)"));
+        for (size_t i = 0; listClears && i < clears; i++) {
+            printNote(out, path, finding.follows[i], "");
         }
     }
 }
@@ -259,9 +219,11 @@ int CheckCommand::run(const Options& options) {
         Effects::skip(&findings);
     }
     loads.reset();
-    const Json listed = findingsJson(findings, report);
     if (options.sarif) {
-        ToolOutput::printJson(SarifLog::make(path, listed));
+        ToolOutput::printJson(SarifLog::make(path, Printer::document([&](Printer& out) {
+                                                 printFindings(out, path, findings, report, true,
+                                                               true);
+                                             })["findings"]));
     }
     const size_t errors = std::count_if(findings.begin(), findings.end(), [](const Finding& f) {
         return f.severity == Severity::kError;
@@ -279,7 +241,7 @@ int CheckCommand::run(const Options& options) {
     }
     const std::unique_ptr<Printer> out = Printer::make(options.common.json);
     out->json("file", path);
-    printFindings(*out, path, listed, !options.noEffects,
+    printFindings(*out, path, findings, report, !options.noEffects,
                   options.common.verbose || options.common.json);
     if (findings.empty()) {
         out->text(path + ": no findings");

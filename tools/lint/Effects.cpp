@@ -63,13 +63,9 @@ int serve(size_t, int parent) {
 // One load of an undone copy: what changed against the file (null when the copy could not be
 // loaded), and which of the file's findings the copy no longer has.
 struct Measured {
-    Json effect;
+    std::optional<Differences> effect;
     std::vector<bool> clears;
 };
-
-bool changesNothing(const Json& effect) {
-    return effect["differences"].empty() && effect["store"].empty();
-}
 
 // What the load of an undone copy (null when it failed) changes against the file.
 Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
@@ -99,8 +95,7 @@ Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findi
     copy.blobs.erase(std::remove_if(copy.blobs.begin(), copy.blobs.end(),
                                     [](const LoadedBlob& b) { return b.same; }),
                      copy.blobs.end());
-    measured.effect = {{"differences", DiffCommand::compare(copy, written)},
-                       {"store", DiffCommand::compareStore(copy.store, written.store)}};
+    measured.effect = DiffCommand::compare(copy, written);
     // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
@@ -185,7 +180,7 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     bool quietMatter = false;
     if (!quiet.empty()) {
         const Measured together = measureEdits(report, file, all, quiet, loads, &why);
-        quietMatter = together.effect.is_null() || !changesNothing(together.effect);
+        quietMatter = !together.effect || !together.effect->empty();
         for (size_t i = 0; i < together.clears.size(); i++) {
             quietMatter = quietMatter || (together.clears[i] && !all[i].onlyIfEffect);
         }
@@ -238,8 +233,8 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
         why = unmade[i];
         measured[i] = why.empty() ? compareUndone(file, all, ahead[i], &why) : Measured();
         ahead.erase(i);
-        all[i].effect = measured[i].effect;
-        all[i].unmeasured = all[i].effect.is_null() ? why : "";
+        all[i].effect = std::move(measured[i].effect);
+        all[i].unmeasured = all[i].effect ? "" : why;
         for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
             cleared[f] = cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
         }
@@ -275,8 +270,8 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     std::vector<Finding> kept;
     for (size_t f = 0; f < all.size(); f++) {
         const Finding& finding = all[f];
-        const bool nothing = !finding.effect.is_null() && changesNothing(finding.effect);
-        const bool quietNothing = finding.onlyIfEffect && (finding.effect.is_null() || nothing);
+        const bool nothing = finding.effect && finding.effect->empty();
+        const bool quietNothing = finding.onlyIfEffect && (!finding.effect || nothing);
         if (causeOf[f] < 0 && !(quietNothing && finding.follows.empty()) &&
             !(nothing && finding.follows.empty() && finding.severity != Severity::kError &&
               !verbose)) {
