@@ -21,20 +21,20 @@ namespace korva::tool {
 
 namespace {
 
+// The summary's record counts: of the records of a kind, or without one the device tunings.
 struct RecordCount {
     const char* key;
     const char* label;
+    std::optional<RecordKind> kind;
 };
-
-// The summary's record counts, by the records' kinds, then the device tunings.
 constexpr RecordCount kRecordCounts[] = {
-    {"ieq_presets", "IEQ presets"}, {"geq_presets", "GEQ presets"},
-    {"profiles", "profiles"},       {"profile_endpoints", "profile endpoints"},
-    {"tunings", "tunings"},         {"device_tunings", "device tunings"},
+    {"ieq_presets", "IEQ presets", RecordKind::kIeqPreset},
+    {"geq_presets", "GEQ presets", RecordKind::kGeqPreset},
+    {"profiles", "profiles", RecordKind::kProfile},
+    {"profile_endpoints", "profile endpoints", RecordKind::kProfileEndpoint},
+    {"tunings", "tunings", RecordKind::kTuning},
+    {"device_tunings", "device tunings", std::nullopt},
 };
-constexpr RecordKind kCountedKinds[] = {RecordKind::kIeqPreset, RecordKind::kGeqPreset,
-                                        RecordKind::kProfile, RecordKind::kProfileEndpoint,
-                                        RecordKind::kTuning};
 
 // The store's device list of a port, split on its single blanks. An empty-named device sorts
 // first and shows as an empty first name (" spk_alt"); alone it is the empty string, which only
@@ -99,10 +99,10 @@ Json CheckCommand::summaryJson(const StoreSession& session) {
     const LoadReport& report = session.report();
     SpatializerParamArray& store = session.store();
     Json counts = Json::object();
-    for (size_t i = 0; i < std::size(kCountedKinds); i++) {
-        counts[kRecordCounts[i].key] = report.ofKind(kCountedKinds[i]).size();
+    for (const RecordCount& record : kRecordCounts) {
+        counts[record.key] =
+            record.kind ? report.ofKind(*record.kind).size() : report.bindings.size();
     }
-    counts[kRecordCounts[std::size(kCountedKinds)].key] = report.bindings.size();
     std::set<int> seen;
     Json profileBlobs = Json::array();
     for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {

@@ -221,6 +221,9 @@ Differences DiffCommand::compare(const LoadedFile& a, const LoadedFile& b) {
     for (const LoadedBlob& blob : a.blobs) {
         seen.insert(blob.key());
         auto other = inB.find(blob.key());
+        if (blob.same) {
+            continue;
+        }
         if (other == inB.end()) {
             differences.blobs.push_back({blob.title(), "removed", blob.entries.size(), {}});
             continue;

@@ -83,7 +83,8 @@ public:
 
     static int run(const Options& options);
 
-    // The differences between the blobs and store states of two loaded files.
+    // The differences between the blobs and store states of two loaded files; a blob of a that
+    // is known only by its identity (LoadedBlob::same) is alike in b.
     static Differences compare(const LoadedFile& a, const LoadedFile& b);
 };
 

@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <set>
 #include <string>
 
 #include "tools/commands/DiffCommand.h"
@@ -75,27 +74,8 @@ Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findi
         *why = "the undone copy could not be loaded";
         return measured;
     }
-    // The blobs both have alike differ in nothing: each side is compared without them.
-    LoadedFile copy = LoadedFile::fromJson(undone);
-    std::set<std::string> same;
-    for (const LoadedBlob& blob : copy.blobs) {
-        if (blob.same) {
-            same.insert(blob.key());
-        }
-    }
-    // The file's side keeps only what the copy sent in full: copying every blob would cost more
-    // than the comparison.
-    LoadedFile written;
-    written.store = file.store;
-    for (const LoadedBlob& blob : file.blobs) {
-        if (same.count(blob.key()) == 0) {
-            written.blobs.push_back(blob);
-        }
-    }
-    copy.blobs.erase(std::remove_if(copy.blobs.begin(), copy.blobs.end(),
-                                    [](const LoadedBlob& b) { return b.same; }),
-                     copy.blobs.end());
-    measured.effect = DiffCommand::compare(copy, written);
+    // The blobs both have alike came back by their identity only, which compare passes over.
+    measured.effect = DiffCommand::compare(LoadedFile::fromJson(undone), file);
     // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
