@@ -21,8 +21,8 @@ std::vector<Differences::Value> changedValues(const LoadedEntry& a, const Loaded
     for (size_t i = 0; i < a.values.size(); i++) {
         if (a.values[i] != b.values[i]) {
             const EntryView::Place was = oldView.place(i);
-            changes.push_back({i, was.where, a.values[i], b.values[i], was.value,
-                               newView.place(i).value, a.rowLine(was.band), b.rowLine(was.band)});
+            changes.push_back({i, was.where, was.value, newView.place(i).value, a.rowLine(was.band),
+                               b.rowLine(was.band)});
         }
     }
     return changes;
@@ -157,16 +157,19 @@ void printStore(Printer& out, const std::vector<Differences::StoreChange>& chang
 
 // What changed in an entry of one length on both sides, by band or row, with the band's own
 // lines: one when both files have it in the same place.
-void printValues(Printer& out, const std::vector<Differences::Value>& values) {
+void printValues(Printer& out, const Differences::Entry& entry) {
     Printer::Table table{{{"", "where"},
                           {"", "line", false, "line"},
                           {"", "old", false, "old"},
                           {"", "new", false, "new"}},
                          {}};
-    for (const Differences::Value& value : values) {
-        Json object = {{"index", value.index},      {"where", value.where},
-                       {"old", value.oldWord},      {"new", value.newWord},
-                       {"old_text", value.oldText}, {"new_text", value.newText}};
+    for (const Differences::Value& value : *entry.values) {
+        Json object = {{"index", value.index},
+                       {"where", value.where},
+                       {"old", entry.a->values[value.index]},
+                       {"new", entry.b->values[value.index]},
+                       {"old_text", value.oldText},
+                       {"new_text", value.newText}};
         Json line(Json::value_t::discarded);
         if (value.lineA > 0 || value.lineB > 0) {
             object.update({{"line_a", value.lineA}, {"line_b", value.lineB}});
@@ -205,7 +208,7 @@ void printEntry(Printer& out, const Differences::Entry& entry) {
         }
     }
     if (entry.values) {
-        printValues(out, *entry.values);
+        printValues(out, entry);
     }
 }
 

@@ -19,12 +19,11 @@ namespace korva::tool {
 // What differs between the loads of two files, a and b: made once by comparing their models,
 // printed by print as text, JSON or HTML.
 struct Differences {
-    // A value of an entry of one length on both sides; lines of a band's own row, 0 when none.
+    // A value of an entry of one length on both sides (its words are the sides' at index); lines
+    // of a band's own row, 0 when none.
     struct Value {
         size_t index;
         std::string where;
-        int oldWord;
-        int newWord;
         std::string oldText;
         std::string newText;
         long lineA;
