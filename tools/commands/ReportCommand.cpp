@@ -7,7 +7,6 @@
 #include <map>
 #include <memory>
 #include <regex>
-#include <sstream>
 
 #include "tools/VersionInfo.h"
 #include "tools/commands/CheckCommand.h"
@@ -74,6 +73,7 @@ struct ReportFile {
     std::string text;
     size_t findings;
     std::string findingsHtml;  // as check prints them, without effects
+    std::string summaryHtml;   // check's summary, but for the records that the blobs show
     bool readable = false;
     LoadedFile loaded;
 };
@@ -116,31 +116,13 @@ void portsSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "ports"}});
     html.element("h2", "Ports and tuning devices");
     for (size_t f = 0; f < files.size(); f++) {
-        const LoadedFile& file = files[f].loaded;
         if (!files[f].readable) {
             html.element("p",
                          side(files, f) + files[f].path + ": the store could not read the file");
             continue;
         }
         html.element("h3", side(files, f) + files[f].path);
-        // The part of check's summary that the loaded file holds.
-        Json ports = Json::array();
-        for (const PortState& port : file.store.ports) {
-            Json devices = Json::array();
-            std::istringstream names(port.devices);
-            for (std::string name; !port.devices.empty() && std::getline(names, name, ' ');) {
-                devices.push_back(name);
-            }
-            if (!devices.empty() || !port.selected.empty()) {
-                ports.push_back(
-                    {{"port", port.port}, {"tuning_devices", devices}, {"selected", port.selected}});
-            }
-        }
-        const Json summary = {{"format_version", file.formatVersion},
-                              {"tool_version", file.toolVersion},
-                              {"ports", ports},
-                              {"tunings_usable", file.store.tuningsUsable}};
-        html.raw(printed(f, [&](Printer& out) { CheckCommand::printSummary(out, summary, ""); }));
+        html.raw(files[f].summaryHtml);
     }
     html.close("section");
 }
@@ -465,6 +447,11 @@ int ReportCommand::collect(const std::string& path, size_t file, Json* document)
                       CheckCommand::printFindings(out, path, findings, report, false, true);
                   })}};
     if (!report.readFailed) {
+        Json summary = CheckCommand::summaryJson(*session);
+        summary.erase("records");
+        summary.erase("profile_blobs");
+        (*document)["summary_html"] =
+            printed(file, [&](Printer& out) { CheckCommand::printSummary(out, summary, ""); });
         (*document)["loaded"] = LoadedFile::of(*session).toJson(true);
     }
     return kExitOk;
@@ -482,7 +469,8 @@ int ReportCommand::run(const Options& options) {
         // A file the store could not read has no loaded model.
         const bool loaded = document.contains("loaded");
         files.push_back({path, document["text"], document["findings"], document["findings_html"],
-                         loaded, loaded ? LoadedFile::fromJson(document["loaded"]) : LoadedFile()});
+                         document.value("summary_html", ""), loaded,
+                         loaded ? LoadedFile::fromJson(document["loaded"]) : LoadedFile()});
     }
     std::ofstream out(options.output, std::ios::binary | std::ios::trunc);
     out << page(files);
