@@ -95,44 +95,6 @@ void showProgress(size_t done, size_t total) {
 
 }  // namespace
 
-Json CheckCommand::summaryJson(const StoreSession& session) {
-    const LoadReport& report = session.report();
-    SpatializerParamArray& store = session.store();
-    Json counts = Json::object();
-    for (const RecordCount& record : kRecordCounts) {
-        counts[record.key] =
-            record.kind ? report.ofKind(*record.kind).size() : report.bindings.size();
-    }
-    std::set<int> seen;
-    Json profileBlobs = Json::array();
-    for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
-        if (store.isXMLProfileValid(profile->profileId) && seen.insert(profile->profileId).second) {
-            profileBlobs.push_back(profile->profileId);
-        }
-    }
-    // The ports whose selection the store checks when it loads: the speaker's, looked up by the
-    // loader, and the preselected defaults.
-    std::set<int> selectable(kDefaultTuningPorts.begin(), kDefaultTuningPorts.end());
-    selectable.insert(DEVICE_INTERNAL_SPEAKER);
-    Json ports = Json::array();
-    for (int port = 0; port < kNumAndroidDevices; port++) {
-        Json devices = portDevices(store, port);
-        if (selectable.count(port) > 0 || !devices.empty()) {
-            ports.push_back(
-                {{"port", kAndroidDeviceNames[port]},
-                 {"tuning_devices", devices},
-                 {"selected", selectable.count(port) > 0 ? Json(store.getSelectedTuningDevice(port))
-                                                         : Json(nullptr)}});
-        }
-    }
-    return {{"format_version", report.formatVersion},
-            {"tool_version", report.toolVersion},
-            {"records", counts},
-            {"profile_blobs", profileBlobs},
-            {"ports", ports},
-            {"tunings_usable", SpatializerParamCache().isTuningAvailable()}};
-}
-
 void CheckCommand::printFindings(Printer& out, const std::string& path,
                                  const std::vector<Finding>& findings, const LoadReport& report,
                                  bool effects, bool listClears) {
@@ -171,32 +133,54 @@ void CheckCommand::printFindings(Printer& out, const std::string& path,
     }
 }
 
-void CheckCommand::printSummary(Printer& out, const Json& summary, const std::string& findings) {
+void CheckCommand::printSummary(Printer& out, const StoreSession& session, bool records,
+                                const std::string& findings) {
+    const LoadReport& report = session.report();
+    SpatializerParamArray& store = session.store();
     const Printer::Scope scope = out.object("summary", "summary");
-    for (const char* key : {"format_version", "tool_version"}) {
-        out.field(key, summary[key]);
-    }
-    if (summary.contains("records")) {
-        std::string counts;
+    out.field("format_version", report.formatVersion);
+    out.field("tool_version", report.toolVersion);
+    if (records) {
+        Json counts = Json::object();
+        std::string text;
         for (const RecordCount& record : kRecordCounts) {
-            counts += (counts.empty() ? "" : ", ") + summary["records"][record.key].dump() + " " +
-                      record.label;
+            const size_t count =
+                record.kind ? report.ofKind(*record.kind).size() : report.bindings.size();
+            counts[record.key] = count;
+            text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + record.label;
         }
-        out.field("records", "records", summary["records"], counts);
-        const Json& blobs = summary["profile_blobs"];
+        out.field("records", "records", counts, text);
+        std::set<int> seen;
+        Json blobs = Json::array();
+        for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
+            if (store.isXMLProfileValid(profile->profileId) &&
+                seen.insert(profile->profileId).second) {
+                blobs.push_back(profile->profileId);
+            }
+        }
         out.field("profile_blobs", "profile blobs", blobs,
                   blobs.empty() ? "none" : Printer::textOf(blobs));
     }
-    // Text shows a port's selection before its devices, whose list may wrap.
+    // The ports whose selection the store checks when it loads: the speaker's, looked up by the
+    // loader, and the preselected defaults. Text shows a port's selection before its devices,
+    // whose list may wrap.
+    std::set<int> selectable(kDefaultTuningPorts.begin(), kDefaultTuningPorts.end());
+    selectable.insert(DEVICE_INTERNAL_SPEAKER);
     Printer::Table ports{{{"", "port"}, {"", "selected"}, {"", "tuning devices"}}, {}};
-    for (const Json& port : summary["ports"]) {
-        const Json& devices = port["tuning_devices"];
-        ports.addRow({port["port"], port["selected"].is_null() ? Json("-") : port["selected"],
-                      devices.empty() ? Json("none") : devices},
-                     port);
+    for (int port = 0; port < kNumAndroidDevices; port++) {
+        const Json devices = portDevices(store, port);
+        const bool checked = selectable.count(port) > 0;
+        const Json selected = checked ? Json(store.getSelectedTuningDevice(port)) : Json();
+        if (checked || !devices.empty()) {
+            ports.addRow({kAndroidDeviceNames[port], checked ? selected : Json("-"),
+                          devices.empty() ? Json("none") : devices},
+                         {{"port", kAndroidDeviceNames[port]},
+                          {"tuning_devices", devices},
+                          {"selected", selected}});
+        }
     }
     out.table("ports", ports);
-    const bool usable = summary["tunings_usable"];
+    const bool usable = SpatializerParamCache().isTuningAvailable();
     out.field("tunings_usable", "tunings usable", usable, usable ? "yes" : "no");
     if (!findings.empty()) {
         out.field("", "findings", findings);
@@ -249,7 +233,7 @@ int CheckCommand::run(const Options& options) {
     out->json("errors", errors);
     out->json("warnings", warnings);
     if (!report.readFailed) {
-        printSummary(*out, summaryJson(*session),
+        printSummary(*out, *session, true,
                      counted(errors, "error") + ", " + counted(warnings, "warning"));
     }
     out->json("status", status);

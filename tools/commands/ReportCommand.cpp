@@ -73,7 +73,7 @@ struct ReportFile {
     std::string text;
     size_t findings;
     std::string findingsHtml;  // as check prints them, without effects
-    std::string summaryHtml;   // check's summary, but for the records that the blobs show
+    std::string summaryHtml;   // check's summary without the records, which the blobs show
     bool readable = false;
     LoadedFile loaded;
 };
@@ -447,11 +447,8 @@ int ReportCommand::collect(const std::string& path, size_t file, Json* document)
                       CheckCommand::printFindings(out, path, findings, report, false, true);
                   })}};
     if (!report.readFailed) {
-        Json summary = CheckCommand::summaryJson(*session);
-        summary.erase("records");
-        summary.erase("profile_blobs");
-        (*document)["summary_html"] =
-            printed(file, [&](Printer& out) { CheckCommand::printSummary(out, summary, ""); });
+        (*document)["summary_html"] = printed(
+            file, [&](Printer& out) { CheckCommand::printSummary(out, *session, false, ""); });
         (*document)["loaded"] = LoadedFile::of(*session).toJson(true);
     }
     return kExitOk;
