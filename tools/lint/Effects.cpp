@@ -87,16 +87,6 @@ Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findi
     return measured;
 }
 
-Measured measureEdits(const LoadReport& report, const LoadedFile& file,
-                      const std::vector<Finding>& findings, const std::vector<Undo>& edits,
-                      ChildLoads& loads, std::string* why) {
-    std::string text;
-    if (!UndoEdit::apply(report, edits, &text, why)) {
-        return {};
-    }
-    return compareUndone(file, findings, loads.ask({text}).front(), why);
-}
-
 }  // namespace
 
 std::unique_ptr<ChildLoads> Effects::start() {
@@ -159,7 +149,10 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     }
     bool quietMatter = false;
     if (!quiet.empty()) {
-        const Measured together = measureEdits(report, file, all, quiet, loads, &why);
+        std::string text;
+        const Measured together = UndoEdit::apply(report, quiet, &text, &why)
+                                      ? compareUndone(file, all, loads.ask({text}).front(), &why)
+                                      : Measured();
         quietMatter = !together.effect || !together.effect->empty();
         for (size_t i = 0; i < together.clears.size(); i++) {
             quietMatter = quietMatter || (together.clears[i] && !all[i].onlyIfEffect);
