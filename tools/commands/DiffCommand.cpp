@@ -1,7 +1,8 @@
 #include "tools/commands/DiffCommand.h"
 
 #include <map>
-#include <set>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "tools/load/ChildLoads.h"
 #include "tools/render/BlobDecoder.h"
@@ -215,15 +216,16 @@ void printEntry(Printer& out, const Differences::Entry& entry) {
 }  // namespace
 
 Differences DiffCommand::compare(const LoadedFile& a, const LoadedFile& b) {
-    std::map<std::string, const LoadedBlob*> inB;
+    // Each key made once and hashed: check compares files of thousands of blobs once per cause.
+    std::vector<std::string> keysB;
+    std::unordered_map<std::string, const LoadedBlob*> inB;
     for (const LoadedBlob& blob : b.blobs) {
-        inB[blob.key()] = &blob;
+        inB[keysB.emplace_back(blob.key())] = &blob;
     }
-    std::set<std::string> seen;
+    std::unordered_set<std::string> seen;
     Differences differences;
     for (const LoadedBlob& blob : a.blobs) {
-        seen.insert(blob.key());
-        auto other = inB.find(blob.key());
+        const auto other = inB.find(*seen.insert(blob.key()).first);
         if (blob.same) {
             continue;
         }
@@ -237,9 +239,10 @@ Differences DiffCommand::compare(const LoadedFile& a, const LoadedFile& b) {
                 {blob.title(), "changed", changes.size(), std::move(changes)});
         }
     }
-    for (const LoadedBlob& blob : b.blobs) {
-        if (seen.count(blob.key()) == 0) {
-            differences.blobs.push_back({blob.title(), "added", blob.entries.size(), {}});
+    for (size_t i = 0; i < b.blobs.size(); i++) {
+        if (seen.count(keysB[i]) == 0) {
+            differences.blobs.push_back(
+                {b.blobs[i].title(), "added", b.blobs[i].entries.size(), {}});
         }
     }
     compareStore(a.store, b.store, &differences.store);
