@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "engine/RecordingEffect.h"
+#include "tools/commands/DiffCommand.h"
 #include "tools/lint/LintRules.h"
 #include "tools/lint/UndoEdit.h"
 #include "tools/load/ChildLoads.h"
@@ -305,6 +306,71 @@ TEST(PrinterTest, EachFormatShowsOnlyWhatIsMeantForIt) {
               "<tr><td>band 3</td><td class=\"line\"><a href=\"#L7\">line 7</a></td>"
               "<td class=\"old\">x</td></tr>\n"
               "</table>\n</div>\n");
+}
+
+// A profile blob of plain entries (a code no layout reads), each a device, its words and where.
+LoadedBlob plainBlob(int id, const std::vector<std::pair<int, std::vector<int>>>& entries) {
+    LoadedBlob blob;
+    blob.id = id;
+    for (const auto& [device, values] : entries) {
+        blob.entries.push_back({device, 0x7a7a7a7a, values, "line " + std::to_string(device), {}});
+    }
+    return blob;
+}
+
+TEST(DifferencesTest, PairsEntriesByOccurrenceAndPassesOverBlobsKnownAlike) {
+    LoadedFile a;
+    LoadedFile b;
+    // The second occurrence of device 1 changes one word; device 2 goes, device 3 comes.
+    a.blobs = {plainBlob(0, {{1, {5, 6}}, {1, {7, 8}}, {2, {9}}}), plainBlob(1, {{1, {1}}}),
+               plainBlob(2, {{1, {1}}}), plainBlob(3, {{1, {1}}}), plainBlob(4, {{1, {1}}})};
+    b.blobs = {plainBlob(0, {{1, {5, 6}}, {1, {7, 9}}, {3, {4}}}), plainBlob(1, {{1, {2}}}),
+               plainBlob(4, {{1, {1, 2}}}), plainBlob(5, {{1, {1}}, {2, {2}}})};
+    // Blob 1 differs, but a says it is alike in b: only its identity came.
+    a.blobs[1].entries.clear();
+    a.blobs[1].same = true;
+    a.store.ports = {{"usb", "dac", "dac"}};
+    b.store.ports = {{"usb", "dac other", "dac"}};
+    a.store.mixMatrices["dac"].words = {1, 2, 3};
+    b.store.mixMatrices["dac"].words = {1, 2};
+    const Differences differences = DiffCommand::compare(a, b);
+
+    std::vector<std::string> blobs;
+    for (const Differences::Blob& blob : differences.blobs) {
+        blobs.push_back(blob.change + " " + std::to_string(blob.count));
+    }
+    EXPECT_EQ(blobs, (std::vector<std::string>{"changed 3", "removed 1", "removed 1", "changed 1",
+                                               "added 2"}));
+    const std::vector<Differences::Entry>& entries = differences.blobs[0].entries;
+    ASSERT_EQ(entries.size(), 3u);
+    ASSERT_TRUE(entries[0].a && entries[0].b && entries[0].values);
+    EXPECT_EQ(entries[0].a->values, (std::vector<int>{7, 8}));
+    ASSERT_EQ(entries[0].values->size(), 1u);
+    EXPECT_EQ((*entries[0].values)[0].index, 1u);
+    EXPECT_EQ((*entries[0].values)[0].where, "value 2");
+    // An entry only one side has comes with that side alone.
+    EXPECT_TRUE(entries[1].a && !entries[1].b && entries[1].deviceId == 2);
+    EXPECT_TRUE(!entries[2].a && entries[2].b && entries[2].deviceId == 3);
+    // Of two lengths, an entry has no values by place.
+    const Differences::Entry& longer = differences.blobs[3].entries.at(0);
+    EXPECT_TRUE(longer.a && longer.b && !longer.values);
+    std::vector<std::string> store;
+    for (const Differences::StoreChange& change : differences.store) {
+        store.push_back(change.what + ": " + change.a + " -> " + change.b);
+    }
+    EXPECT_EQ(store, (std::vector<std::string>{"tuning devices of usb: dac -> dac other",
+                                               "mix matrix of \"dac\": 1 2 3 -> 1 2"}));
+    EXPECT_TRUE(DiffCommand::compare(b, b).empty());
+
+    // JSON keeps diff --json's shape: an entry's values hold both words, store changes name
+    // the tuning device.
+    const Json document = Printer::document([&](Printer& out) { differences.print(out, "a", "b"); });
+    EXPECT_EQ(document["differences"][0]["entries"][0]["values"][0],
+              Json::parse(R"({"index": 1, "where": "value 2", "old": 8, "new": 9,
+                              "old_text": "8", "new_text": "9"})"));
+    EXPECT_EQ(document["differences"][1], Json::parse(R"({"blob": "profile 2 \"\"", "change":
+                                                         "removed", "entries": 1})"));
+    EXPECT_EQ(document["store"][1]["tuning_device"], "dac");
 }
 
 TEST(HtmlWriterTest, TextCannotBreakOutOfItsElementOrAttribute) {

@@ -828,6 +828,16 @@ class CommandLineTest(unittest.TestCase):
                           "profile 1 &quot;movie&quot;"):
                 self.assertTrue(words in text, words)
 
+    def test_a_reports_ports_are_those_of_checks_summary(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = os.path.join(folder, "report.html")
+            self.assertEqual(run("report", VERSION_OVERRIDES, "-o", page).returncode, 0)
+            with open(page, encoding="utf-8") as f:
+                text = f.read()
+        ports = text[text.index('id="ports"'):text.index('id="curves"')]
+        # A port whose one tuning device has an empty name is listed, as check lists it.
+        self.assertIn("<td>internal_speaker</td><td>&quot;&quot;</td><td>&quot;&quot;</td>", ports)
+
     def test_version_and_help(self):
         result = run("--version")
         self.assertEqual(result.returncode, 0)

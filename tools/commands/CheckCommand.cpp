@@ -21,20 +21,20 @@ namespace korva::tool {
 
 namespace {
 
+// The summary's record counts: of the records of a kind, or without one the device tunings.
 struct RecordCount {
     const char* key;
     const char* label;
+    std::optional<RecordKind> kind;
 };
-
-// The summary's record counts, by the records' kinds, then the device tunings.
 constexpr RecordCount kRecordCounts[] = {
-    {"ieq_presets", "IEQ presets"}, {"geq_presets", "GEQ presets"},
-    {"profiles", "profiles"},       {"profile_endpoints", "profile endpoints"},
-    {"tunings", "tunings"},         {"device_tunings", "device tunings"},
+    {"ieq_presets", "IEQ presets", RecordKind::kIeqPreset},
+    {"geq_presets", "GEQ presets", RecordKind::kGeqPreset},
+    {"profiles", "profiles", RecordKind::kProfile},
+    {"profile_endpoints", "profile endpoints", RecordKind::kProfileEndpoint},
+    {"tunings", "tunings", RecordKind::kTuning},
+    {"device_tunings", "device tunings", std::nullopt},
 };
-constexpr RecordKind kCountedKinds[] = {RecordKind::kIeqPreset, RecordKind::kGeqPreset,
-                                        RecordKind::kProfile, RecordKind::kProfileEndpoint,
-                                        RecordKind::kTuning};
 
 // The store's device list of a port, split on its single blanks. An empty-named device sorts
 // first and shows as an empty first name (" spk_alt"); alone it is the empty string, which only
@@ -53,42 +53,30 @@ Json portDevices(SpatializerParamArray& store, int port) {
     return out;
 }
 
-// The line, and at_least: true where the node is on that line or a later one.
-Json placed(const FileLine& at, const Json& fields) {
-    Json object = {{"line", at.line}};
-    if (at.atLeast) {
-        object["at_least"] = true;
-    }
-    object.update(fields);
-    return object;
-}
-
 // "1 warning", "2 warnings".
 std::string counted(size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // A note, or a finding that another's undo clears, under its place.
-void printNote(Printer& out, const std::string& path, const Json& note, const std::string& kind) {
-    const std::string message = note["message"];
-    const Printer::Scope item = out.placed(path, note["line"], note.value("at_least", false),
-                                           kind.empty() ? message : kind + ": " + message);
-    out.json("message", message);
+void printNote(Printer& out, const std::string& path, const Note& note, const std::string& kind) {
+    const Printer::Scope item = out.placed(path, note.at.line, note.at.atLeast,
+                                           kind.empty() ? note.message : kind + ": " + note.message);
+    out.json("message", note.message);
 }
 
-void printEffect(Printer& out, const Json& effect) {
-    if (effect.is_null()) {
-        return out.json("effect", effect);
+void printEffect(Printer& out, const std::optional<Differences>& effect) {
+    if (!effect) {
+        return out.json("effect", nullptr);
     }
-    const bool none = effect["differences"].empty() && effect["store"].empty();
-    const Printer::Scope scope =
-        out.object("effect", none ? "effect: none, nothing that reaches the effect changes"
+    const Printer::Scope scope = out.object(
+        "effect", effect->empty() ? "effect: none, nothing that reaches the effect changes"
                                   : "effect, undone (a) against as written (b):");
-    if (!none) {
-        DiffCommand::print(out, effect["differences"], effect["store"], "undone", "as written");
+    if (!effect->empty()) {
+        effect->print(out, "undone", "as written");
     } else {
-        out.json("differences", effect["differences"]);
-        out.json("store", effect["store"]);
+        out.json("differences", Json::array());
+        out.json("store", Json::array());
     }
 }
 
@@ -107,136 +95,92 @@ void showProgress(size_t done, size_t total) {
 
 }  // namespace
 
-Json CheckCommand::findingsJson(const std::vector<Finding>& findings, const LoadReport& report) {
-    const auto notes = [](const std::vector<Note>& list) {
-        Json out = Json::array();
-        for (const Note& note : list) {
-            out.push_back(placed(note.at, {{"message", note.message}}));
-        }
-        return out;
-    };
-    Json list = Json::array();
-    for (const Finding& finding : findings) {
-        Json json = placed(finding.at, {{"rule", finding.rule},
-                                        {"severity", severityName(finding.severity)},
-                                        {"message", finding.message},
-                                        {"notes", notes(finding.notes)},
-                                        {"undo", nullptr},
-                                        {"effect", finding.effect}});
-        if (finding.undo) {
-            json["undo"] = UndoEdit::toJson(report, *finding.undo);
-        }
-        if (finding.effect.is_null() && !finding.unmeasured.empty()) {
-            json["effect_not_measured"] = finding.unmeasured;
-        }
-        json["clears"] = notes(finding.follows);
-        list.push_back(json);
-    }
-    return list;
-}
-
-Json CheckCommand::summaryJson(const StoreSession& session) {
-    const LoadReport& report = session.report();
-    SpatializerParamArray& store = session.store();
-    Json counts = Json::object();
-    for (size_t i = 0; i < std::size(kCountedKinds); i++) {
-        counts[kRecordCounts[i].key] = report.ofKind(kCountedKinds[i]).size();
-    }
-    counts[kRecordCounts[std::size(kCountedKinds)].key] = report.bindings.size();
-    std::set<int> seen;
-    Json profileBlobs = Json::array();
-    for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
-        if (store.isXMLProfileValid(profile->profileId) && seen.insert(profile->profileId).second) {
-            profileBlobs.push_back(profile->profileId);
-        }
-    }
-    // The ports whose selection the store checks when it loads: the speaker's, looked up by the
-    // loader, and the preselected defaults.
-    std::set<int> selectable(kDefaultTuningPorts.begin(), kDefaultTuningPorts.end());
-    selectable.insert(DEVICE_INTERNAL_SPEAKER);
-    Json ports = Json::array();
-    for (int port = 0; port < kNumAndroidDevices; port++) {
-        Json devices = portDevices(store, port);
-        if (selectable.count(port) > 0 || !devices.empty()) {
-            ports.push_back(
-                {{"port", kAndroidDeviceNames[port]},
-                 {"tuning_devices", devices},
-                 {"selected", selectable.count(port) > 0 ? Json(store.getSelectedTuningDevice(port))
-                                                         : Json(nullptr)}});
-        }
-    }
-    return {{"format_version", report.formatVersion},
-            {"tool_version", report.toolVersion},
-            {"records", counts},
-            {"profile_blobs", profileBlobs},
-            {"ports", ports},
-            {"tunings_usable", SpatializerParamCache().isTuningAvailable()}};
-}
-
-void CheckCommand::printFindings(Printer& out, const std::string& path, const Json& findings,
+void CheckCommand::printFindings(Printer& out, const std::string& path,
+                                 const std::vector<Finding>& findings, const LoadReport& report,
                                  bool effects, bool listClears) {
     const Printer::Scope list = out.list("findings");
-    for (const Json& finding : findings) {
-        const Printer::Scope item = out.placed(
-            path, finding["line"], finding.value("at_least", false),
-            finding["severity"].get<std::string>() + ": " + finding["message"].get<std::string>());
-        for (const char* key : {"rule", "severity", "message"}) {
-            out.json(key, finding[key]);
-        }
+    for (const Finding& finding : findings) {
+        const Printer::Scope item =
+            out.placed(path, finding.at.line, finding.at.atLeast,
+                       std::string(severityName(finding.severity)) + ": " + finding.message);
+        out.json("rule", finding.rule);
+        out.json("severity", severityName(finding.severity));
+        out.json("message", finding.message);
         {
             const Printer::Scope notes = out.list("notes");
-            for (const Json& note : finding["notes"]) {
+            for (const Note& note : finding.notes) {
                 printNote(out, path, note, "note");
             }
         }
-        const Json& undo = finding["undo"];
+        const Json undo = finding.undo ? UndoEdit::toJson(report, *finding.undo) : Json();
         out.json("undo", undo);
-        if (effects && !undo.is_null()) {
+        if (effects && finding.undo) {
             out.text("undo: " + undo["description"].get<std::string>());
         }
-        printEffect(out, finding["effect"]);
-        if (finding.contains("effect_not_measured")) {
+        printEffect(out, finding.effect);
+        if (!finding.effect && !finding.unmeasured.empty()) {
             out.field("effect_not_measured", effects ? "effect not measured" : "",
-                      finding["effect_not_measured"]);
+                      finding.unmeasured);
         }
-        const Json& clears = finding["clears"];
-        const Printer::Scope cleared =
-            out.list("clears", clears.empty() ? ""
-                                              : "undoing it also clears " +
-                                                    counted(clears.size(), "other finding") +
-                                                    (listClears ? ":" : " (--verbose lists them)"));
-        for (size_t i = 0; listClears && i < clears.size(); i++) {
-            printNote(out, path, clears[i], "");
+        const size_t clears = finding.follows.size();
+        const Printer::Scope cleared = out.list(
+            "clears", clears == 0 ? ""
+                                  : "undoing it also clears " + counted(clears, "other finding") +
+                                        (listClears ? ":" : " (--verbose lists them)"));
+        for (size_t i = 0; listClears && i < clears; i++) {
+            printNote(out, path, finding.follows[i], "");
         }
     }
 }
 
-void CheckCommand::printSummary(Printer& out, const Json& summary, const std::string& findings) {
+void CheckCommand::printSummary(Printer& out, const StoreSession& session, bool records,
+                                const std::string& findings) {
+    const LoadReport& report = session.report();
+    SpatializerParamArray& store = session.store();
     const Printer::Scope scope = out.object("summary", "summary");
-    for (const char* key : {"format_version", "tool_version"}) {
-        out.field(key, summary[key]);
-    }
-    if (summary.contains("records")) {
-        std::string counts;
+    out.field("format_version", report.formatVersion);
+    out.field("tool_version", report.toolVersion);
+    if (records) {
+        Json counts = Json::object();
+        std::string text;
         for (const RecordCount& record : kRecordCounts) {
-            counts += (counts.empty() ? "" : ", ") + summary["records"][record.key].dump() + " " +
-                      record.label;
+            const size_t count =
+                record.kind ? report.ofKind(*record.kind).size() : report.bindings.size();
+            counts[record.key] = count;
+            text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + record.label;
         }
-        out.field("records", "records", summary["records"], counts);
-        const Json& blobs = summary["profile_blobs"];
+        out.field("records", "records", counts, text);
+        std::set<int> seen;
+        Json blobs = Json::array();
+        for (const RecordSnapshot* profile : report.ofKind(RecordKind::kProfile)) {
+            if (store.isXMLProfileValid(profile->profileId) &&
+                seen.insert(profile->profileId).second) {
+                blobs.push_back(profile->profileId);
+            }
+        }
         out.field("profile_blobs", "profile blobs", blobs,
                   blobs.empty() ? "none" : Printer::textOf(blobs));
     }
-    // Text shows a port's selection before its devices, whose list may wrap.
+    // The ports whose selection the store checks when it loads: the speaker's, looked up by the
+    // loader, and the preselected defaults. Text shows a port's selection before its devices,
+    // whose list may wrap.
+    std::set<int> selectable(kDefaultTuningPorts.begin(), kDefaultTuningPorts.end());
+    selectable.insert(DEVICE_INTERNAL_SPEAKER);
     Printer::Table ports{{{"", "port"}, {"", "selected"}, {"", "tuning devices"}}, {}};
-    for (const Json& port : summary["ports"]) {
-        const Json& devices = port["tuning_devices"];
-        ports.addRow({port["port"], port["selected"].is_null() ? Json("-") : port["selected"],
-                      devices.empty() ? Json("none") : devices},
-                     port);
+    for (int port = 0; port < kNumAndroidDevices; port++) {
+        const Json devices = portDevices(store, port);
+        const bool checked = selectable.count(port) > 0;
+        const Json selected = checked ? Json(store.getSelectedTuningDevice(port)) : Json();
+        if (checked || !devices.empty()) {
+            ports.addRow({kAndroidDeviceNames[port], checked ? selected : Json("-"),
+                          devices.empty() ? Json("none") : devices},
+                         {{"port", kAndroidDeviceNames[port]},
+                          {"tuning_devices", devices},
+                          {"selected", selected}});
+        }
     }
     out.table("ports", ports);
-    const bool usable = summary["tunings_usable"];
+    const bool usable = SpatializerParamCache().isTuningAvailable();
     out.field("tunings_usable", "tunings usable", usable, usable ? "yes" : "no");
     if (!findings.empty()) {
         out.field("", "findings", findings);
@@ -259,9 +203,11 @@ int CheckCommand::run(const Options& options) {
         Effects::skip(&findings);
     }
     loads.reset();
-    const Json listed = findingsJson(findings, report);
     if (options.sarif) {
-        ToolOutput::printJson(SarifLog::make(path, listed));
+        ToolOutput::printJson(SarifLog::make(path, Printer::document([&](Printer& out) {
+                                                 printFindings(out, path, findings, report, true,
+                                                               true);
+                                             })["findings"]));
     }
     const size_t errors = std::count_if(findings.begin(), findings.end(), [](const Finding& f) {
         return f.severity == Severity::kError;
@@ -279,7 +225,7 @@ int CheckCommand::run(const Options& options) {
     }
     const std::unique_ptr<Printer> out = Printer::make(options.common.json);
     out->json("file", path);
-    printFindings(*out, path, listed, !options.noEffects,
+    printFindings(*out, path, findings, report, !options.noEffects,
                   options.common.verbose || options.common.json);
     if (findings.empty()) {
         out->text(path + ": no findings");
@@ -287,7 +233,7 @@ int CheckCommand::run(const Options& options) {
     out->json("errors", errors);
     out->json("warnings", warnings);
     if (!report.readFailed) {
-        printSummary(*out, summaryJson(*session),
+        printSummary(*out, *session, true,
                      counted(errors, "error") + ", " + counted(warnings, "warning"));
     }
     out->json("status", status);

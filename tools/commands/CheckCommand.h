@@ -25,18 +25,17 @@ public:
 
     static int run(const Options& options);
 
-    // What check --json says, for the report: the findings, and the summary of what the store
-    // made of a file it could read.
-    static Json findingsJson(const std::vector<Finding>& findings, const LoadReport& report);
-    static Json summaryJson(const StoreSession& session);
-    // The findings of findingsJson, each under its cause's place in path with its notes and,
-    // when effects, its undo and measured effect; the findings its undo clears are listed when
-    // listClears, else counted.
-    static void printFindings(Printer& out, const std::string& path, const Json& findings,
+    // The findings, each under its cause's place in path with its notes and, when effects, its
+    // undo and measured effect; the findings its undo clears are listed when listClears, else
+    // counted.
+    static void printFindings(Printer& out, const std::string& path,
+                              const std::vector<Finding>& findings, const LoadReport& report,
                               bool effects, bool listClears);
-    // A summary of summaryJson or the part of it that the caller has; findings, when not empty,
-    // says how many of each severity there are.
-    static void printSummary(Printer& out, const Json& summary, const std::string& findings);
+    // What the store made of a file it could read: its versions, with records its record counts
+    // and profile blobs, its ports and their tuning devices; findings, when not empty, says how
+    // many of each severity there are.
+    static void printSummary(Printer& out, const StoreSession& session, bool records,
+                             const std::string& findings);
 };
 
 }  // namespace korva::tool

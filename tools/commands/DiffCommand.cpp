@@ -1,8 +1,8 @@
 #include "tools/commands/DiffCommand.h"
 
 #include <map>
-#include <set>
-#include <vector>
+#include <unordered_map>
+#include <unordered_set>
 
 #include "tools/load/ChildLoads.h"
 #include "tools/render/BlobDecoder.h"
@@ -13,74 +13,55 @@ namespace korva::tool {
 
 namespace {
 
-Json entryChange(const char* change, const LoadedEntry& entry) {
-    return {{"change", change},
-            {"device", entry.deviceId},
-            {"device_name", BlobDecoder::deviceName(entry.deviceId)},
-            {"code", BlobDecoder::codeText(entry.code)}};
-}
-
 // The values that differ between two lists of one length, by band or row where the entry's
 // layout says, each with its old and new value in its unit and the lines of a band's own row.
-Json changedValues(const LoadedEntry& a, const LoadedEntry& b) {
+std::vector<Differences::Value> changedValues(const LoadedEntry& a, const LoadedEntry& b) {
     const EntryView oldView = EntryView::decode(a.code, a.values);
     const EntryView newView = EntryView::decode(b.code, b.values);
-    Json changes = Json::array();
+    std::vector<Differences::Value> changes;
     for (size_t i = 0; i < a.values.size(); i++) {
-        if (a.values[i] == b.values[i]) {
-            continue;
+        if (a.values[i] != b.values[i]) {
+            const EntryView::Place was = oldView.place(i);
+            changes.push_back({i, was.where, was.value, newView.place(i).value, a.rowLine(was.band),
+                               b.rowLine(was.band)});
         }
-        const EntryView::Place was = oldView.place(i);
-        Json change = {
-            {"index", i},         {"where", was.where},    {"old", a.values[i]},
-            {"new", b.values[i]}, {"old_text", was.value}, {"new_text", newView.place(i).value}};
-        const long lineA = a.rowLine(was.band);
-        const long lineB = b.rowLine(was.band);
-        if (lineA > 0 || lineB > 0) {
-            change.update({{"line_a", lineA}, {"line_b", lineB}});
-        }
-        changes.push_back(std::move(change));
     }
     return changes;
 }
 
 // The entry changes between two versions of one blob, in the order of the first, then the
 // entries only the second has.
-Json compareEntries(const LoadedBlob& before, const LoadedBlob& after) {
+std::vector<Differences::Entry> compareEntries(const LoadedBlob& before, const LoadedBlob& after) {
     const std::vector<std::string> oldKeys = before.entryKeys();
     const std::vector<std::string> newKeys = after.entryKeys();
     std::map<std::string, size_t> newIndex;
     for (size_t i = 0; i < newKeys.size(); i++) {
         newIndex[newKeys[i]] = i;
     }
-    Json changes = Json::array();
+    std::vector<Differences::Entry> changes;
     std::vector<bool> matched(newKeys.size(), false);
     for (size_t i = 0; i < oldKeys.size(); i++) {
         const LoadedEntry& a = before.entries[i];
         auto found = newIndex.find(oldKeys[i]);
-        if (found == newIndex.end()) {
-            Json change = entryChange("removed", a);
-            change.update({{"source_a", a.from}, {"old", a.values}});
-            changes.push_back(change);
-            continue;
+        const LoadedEntry* b = found != newIndex.end() ? &after.entries[found->second] : nullptr;
+        if (b != nullptr) {
+            matched[found->second] = true;
         }
-        matched[found->second] = true;
-        const LoadedEntry& b = after.entries[found->second];
-        if (a.values != b.values) {
-            Json change = entryChange("changed", a);
-            change.update(
-                {{"source_a", a.from}, {"source_b", b.from}, {"old", a.values}, {"new", b.values}});
-            if (a.values.size() == b.values.size()) {
-                change["values"] = changedValues(a, b);
+        if (b == nullptr || a.values != b->values) {
+            Differences::Entry& change = changes.emplace_back(
+                Differences::Entry{a.deviceId, a.code, {{a.from, a.values}}, {}, {}});
+            if (b != nullptr) {
+                change.b = {b->from, b->values};
             }
-            changes.push_back(change);
+            if (b != nullptr && a.values.size() == b->values.size()) {
+                change.values = changedValues(a, *b);
+            }
         }
     }
     for (size_t i = 0; i < newKeys.size(); i++) {
+        const LoadedEntry& b = after.entries[i];
         if (!matched[i]) {
-            Json change = entryChange("added", after.entries[i]);
-            change.update({{"source_b", after.entries[i].from}, {"new", after.entries[i].values}});
-            changes.push_back(change);
+            changes.push_back({b.deviceId, b.code, {}, {{b.from, b.values}}, {}});
         }
     }
     return changes;
@@ -99,13 +80,11 @@ const PortState& portOf(const StoreState& state, const char* port) {
 // A mix matrix's changes: each changed value by matrix, row and column, named by the row element
 // of the file it was read from; the whole matrices when their lengths differ.
 void compareMatrices(const std::string& device, const MixMatrix& a, const MixMatrix& b,
-                     Json* changes) {
+                     std::vector<Differences::StoreChange>* changes) {
     const std::string what = "mix matrix of \"" + device + "\"";
     if (a.words.size() != b.words.size()) {
-        changes->push_back({{"what", what},
-                            {"tuning_device", device},
-                            {"a", NumberText::join(a.words)},
-                            {"b", NumberText::join(b.words)}});
+        changes->push_back(
+            {what, NumberText::join(a.words), NumberText::join(b.words), device, std::nullopt});
         return;
     }
     const EntryView viewA = a.view();
@@ -117,60 +96,23 @@ void compareMatrices(const std::string& device, const MixMatrix& a, const MixMat
         const MatrixRow* rowA = a.rowOf(i);
         const MatrixRow* rowB = b.rowOf(i);
         const MatrixRow* row = rowB != nullptr ? rowB : rowA;
-        Json change = {{"what", what + " " + viewB.place(i + 1).where +
-                                    (row != nullptr ? " <" + row->element + "> line " +
-                                                          std::to_string(row->line)
-                                                    : "")},
-                       {"tuning_device", device},
-                       {"a", viewA.place(i + 1).value},
-                       {"b", viewB.place(i + 1).value}};
+        Differences::StoreChange& change = changes->emplace_back(Differences::StoreChange{
+            what + " " + viewB.place(i + 1).where, viewA.place(i + 1).value,
+            viewB.place(i + 1).value, device, std::nullopt});
         if (row != nullptr) {
-            change.update({{"element", row->element},
-                           {"line_a", rowA != nullptr ? rowA->line : 0},
-                           {"line_b", rowB != nullptr ? rowB->line : 0}});
+            change.what += " <" + row->element + "> line " + std::to_string(row->line);
+            change.row = {row->element, rowA != nullptr ? rowA->line : 0,
+                          rowB != nullptr ? rowB->line : 0};
         }
-        changes->push_back(std::move(change));
     }
 }
 
-}  // namespace
-
-Json DiffCommand::compare(const LoadedFile& a, const LoadedFile& b) {
-    std::map<std::string, const LoadedBlob*> inB;
-    for (const LoadedBlob& blob : b.blobs) {
-        inB[blob.key()] = &blob;
-    }
-    std::set<std::string> seen;
-    Json differences = Json::array();
-    for (const LoadedBlob& blob : a.blobs) {
-        seen.insert(blob.key());
-        auto other = inB.find(blob.key());
-        if (other == inB.end()) {
-            differences.push_back(
-                {{"blob", blob.title()}, {"change", "removed"}, {"entries", blob.entries.size()}});
-            continue;
-        }
-        Json changes = compareEntries(blob, *other->second);
-        if (!changes.empty()) {
-            differences.push_back(
-                {{"blob", blob.title()}, {"change", "changed"}, {"entries", std::move(changes)}});
-        }
-    }
-    for (const LoadedBlob& blob : b.blobs) {
-        if (seen.count(blob.key()) == 0) {
-            differences.push_back(
-                {{"blob", blob.title()}, {"change", "added"}, {"entries", blob.entries.size()}});
-        }
-    }
-    return differences;
-}
-
-Json DiffCommand::compareStore(const StoreState& a, const StoreState& b) {
-    Json changes = Json::array();
-    const auto differ = [&changes](const std::string& what, const std::string& x,
-                                   const std::string& y) {
+void compareStore(const StoreState& a, const StoreState& b,
+                  std::vector<Differences::StoreChange>* changes) {
+    const auto differ = [changes](const std::string& what, const std::string& x,
+                                  const std::string& y) {
         if (x != y) {
-            changes.push_back({{"what", what}, {"a", x}, {"b", y}});
+            changes->push_back({what, x, y, std::nullopt, std::nullopt});
         }
     };
     differ("tunings usable", a.tuningsUsable ? "true" : "false", b.tuningsUsable ? "true" : "false");
@@ -186,103 +128,150 @@ Json DiffCommand::compareStore(const StoreState& a, const StoreState& b) {
     for (const auto& [device, matrix] : a.mixMatrices) {
         const auto other = b.mixMatrices.find(device);
         if (other != b.mixMatrices.end()) {
-            compareMatrices(device, matrix, other->second, &changes);
+            compareMatrices(device, matrix, other->second, changes);
         }
     }
-    return changes;
 }
 
-namespace {
-
 // The store's state where it differs, a and b as the headers: file names would crowd the table.
-void printStore(Printer& out, const Json& changes) {
-    if (changes.empty()) {
-        return out.json("store", changes);
-    }
+void printStore(Printer& out, const std::vector<Differences::StoreChange>& changes) {
     Printer::Table table{{{"", "store"}, {"", "a", false, "old"}, {"", "b", false, "new"}}, {}};
-    const auto shown = [](const Json& side) { return side == "" ? Json("(none)") : side; };
-    for (const Json& change : changes) {
-        table.addRow({change["what"], shown(change["a"]), shown(change["b"])}, change);
+    const auto shown = [](const std::string& side) { return side.empty() ? "(none)" : side; };
+    for (const Differences::StoreChange& change : changes) {
+        Json object = {{"what", change.what}};
+        if (change.device) {
+            object["tuning_device"] = *change.device;
+        }
+        object.update({{"a", change.a}, {"b", change.b}});
+        if (change.row) {
+            object.update({{"element", change.row->element},
+                           {"line_a", change.row->lineA},
+                           {"line_b", change.row->lineB}});
+        }
+        table.addRow({change.what, shown(change.a), shown(change.b)}, std::move(object));
+    }
+    if (changes.empty()) {
+        return out.json("store", Json::array());
     }
     out.table("store", table);
 }
 
 // What changed in an entry of one length on both sides, by band or row, with the band's own
 // lines: one when both files have it in the same place.
-void printValues(Printer& out, const Json& values) {
+void printValues(Printer& out, const Differences::Entry& entry) {
     Printer::Table table{{{"", "where"},
                           {"", "line", false, "line"},
                           {"", "old", false, "old"},
                           {"", "new", false, "new"}},
                          {}};
-    for (const Json& value : values) {
-        Json line = value.value("line_a", Json(Json::value_t::discarded));
-        if (value.contains("line_b") && value["line_b"] != line) {
-            line = line.dump() + "/" + value["line_b"].dump();
+    for (const Differences::Value& value : *entry.values) {
+        Json object = {{"index", value.index},
+                       {"where", value.where},
+                       {"old", entry.a->values[value.index]},
+                       {"new", entry.b->values[value.index]},
+                       {"old_text", value.oldText},
+                       {"new_text", value.newText}};
+        Json line(Json::value_t::discarded);
+        if (value.lineA > 0 || value.lineB > 0) {
+            object.update({{"line_a", value.lineA}, {"line_b", value.lineB}});
+            line = value.lineB == value.lineA
+                       ? Json(value.lineA)
+                       : Json(std::to_string(value.lineA) + "/" + std::to_string(value.lineB));
         }
-        table.addRow({value["where"], line, value["old_text"], value["new_text"]}, value);
+        table.addRow({value.where, line, value.oldText, value.newText}, std::move(object));
     }
     out.table("values", table);
 }
 
-void printEntry(Printer& out, const Json& entry) {
-    const Printer::Scope scope = out.object("", entry["change"].get<std::string>() + " " +
-                                                    entry["device_name"].get<std::string>() + " " +
-                                                    entry["code"].get<std::string>());
-    for (const char* key : {"change", "device", "device_name", "code"}) {
-        out.json(key, entry[key]);
-    }
-    const bool same =
-        entry.contains("source_a") && entry.value("source_b", "") == entry["source_a"];
+void printEntry(Printer& out, const Differences::Entry& entry) {
+    const char* change = !entry.b ? "removed" : !entry.a ? "added" : "changed";
+    const std::string device = BlobDecoder::deviceName(entry.deviceId);
+    const std::string code = BlobDecoder::codeText(entry.code);
+    const Printer::Scope scope = out.object("", std::string(change) + " " + device + " " + code);
+    out.json("change", change);
+    out.json("device", entry.deviceId);
+    out.json("device_name", device);
+    out.json("code", code);
+    const bool same = entry.a && entry.b && entry.a->from == entry.b->from;
     if (same) {
-        out.json("source_a", entry["source_a"]);
-    } else if (entry.contains("source_a")) {
-        out.field("source_a", "a: from", entry["source_a"]);
+        out.json("source_a", entry.a->from);
+    } else if (entry.a) {
+        out.field("source_a", "a: from", entry.a->from);
     }
-    if (entry.contains("source_b")) {
-        out.field("source_b", same ? "from" : "b: from", entry["source_b"]);
+    if (entry.b) {
+        out.field("source_b", same ? "from" : "b: from", entry.b->from);
     }
-    for (const char* side : {"old", "new"}) {
-        if (entry.contains(side) && entry.contains("values")) {
-            out.json(side, entry[side]);
-        } else if (entry.contains(side)) {
-            out.field(side, side, entry[side],
-                      NumberText::join(entry[side].get<std::vector<int>>()));
+    for (const auto& [key, side] : {std::pair("old", &entry.a), std::pair("new", &entry.b)}) {
+        if (*side && entry.values) {
+            out.json(key, (*side)->values);
+        } else if (*side) {
+            out.field(key, key, (*side)->values, NumberText::join((*side)->values));
         }
     }
-    if (entry.contains("values")) {
-        printValues(out, entry["values"]);
+    if (entry.values) {
+        printValues(out, entry);
     }
 }
 
 }  // namespace
 
-void DiffCommand::print(Printer& out, const Json& differences, const Json& store,
-                        const std::string& a, const std::string& b) {
-    if (differences.empty() && store.empty()) {
+Differences DiffCommand::compare(const LoadedFile& a, const LoadedFile& b) {
+    // Each key made once and hashed: check compares files of thousands of blobs once per cause.
+    std::vector<std::string> keysB;
+    std::unordered_map<std::string, const LoadedBlob*> inB;
+    for (const LoadedBlob& blob : b.blobs) {
+        inB[keysB.emplace_back(blob.key())] = &blob;
+    }
+    std::unordered_set<std::string> seen;
+    Differences differences;
+    for (const LoadedBlob& blob : a.blobs) {
+        const auto other = inB.find(*seen.insert(blob.key()).first);
+        if (blob.same) {
+            continue;
+        }
+        if (other == inB.end()) {
+            differences.blobs.push_back({blob.title(), "removed", blob.entries.size(), {}});
+            continue;
+        }
+        std::vector<Differences::Entry> changes = compareEntries(blob, *other->second);
+        if (!changes.empty()) {
+            differences.blobs.push_back(
+                {blob.title(), "changed", changes.size(), std::move(changes)});
+        }
+    }
+    for (size_t i = 0; i < b.blobs.size(); i++) {
+        if (seen.count(keysB[i]) == 0) {
+            differences.blobs.push_back(
+                {b.blobs[i].title(), "added", b.blobs[i].entries.size(), {}});
+        }
+    }
+    compareStore(a.store, b.store, &differences.store);
+    return differences;
+}
+
+void Differences::print(Printer& out, const std::string& a, const std::string& b) const {
+    if (empty()) {
         out.text("no differences in the blobs of " + a + " and " + b);
     }
     {
         const Printer::Scope list = out.list("differences");
-        for (const Json& difference : differences) {
-            const std::string change = difference["change"];
-            const Json& entries = difference["entries"];
-            const size_t count = entries.is_array() ? entries.size() : entries.get<size_t>();
-            const std::string title =
-                difference["blob"].get<std::string>() + ": " +
-                (change == "changed"
-                     ? std::to_string(count) + (count == 1 ? " entry differs" : " entries differ")
-                     : "only in " + (change == "removed" ? a : b) + " (" + std::to_string(count) +
-                           " entries)");
-            const Printer::Scope item = out.object("", title);
-            out.json("blob", difference["blob"]);
-            out.json("change", change);
-            if (!entries.is_array()) {
-                out.json("entries", entries);
+        for (const Blob& blob : blobs) {
+            const bool changed = blob.change == "changed";
+            const std::string count = std::to_string(blob.count);
+            const Printer::Scope item =
+                out.object("", blob.title + ": " +
+                                   (!changed ? "only in " + (blob.change == "removed" ? a : b) +
+                                                   " (" + count + " entries)"
+                                    : blob.count == 1 ? "1 entry differs"
+                                                      : count + " entries differ"));
+            out.json("blob", blob.title);
+            out.json("change", blob.change);
+            if (!changed) {
+                out.json("entries", blob.count);
                 continue;
             }
             const Printer::Scope listed = out.list("entries");
-            for (const Json& entry : entries) {
+            for (const Entry& entry : blob.entries) {
                 printEntry(out, entry);
             }
         }
@@ -290,33 +279,21 @@ void DiffCommand::print(Printer& out, const Json& differences, const Json& store
     printStore(out, store);
 }
 
-std::string DiffCommand::text(const Json& differences, const Json& store, const std::string& a,
-                              const std::string& b) {
-    const std::unique_ptr<Printer> out = Printer::make(Printer::Format::kText);
-    print(*out, differences, store, a, b);
-    return out->render();
-}
-
 int DiffCommand::run(const Options& options) {
     std::vector<LoadedFile> files;
     if (ChildLoads::loadApart({options.fileA, options.fileB}, &files) != kExitOk) {
         return kExitError;
     }
-    const LoadedFile& a = files[0];
-    const LoadedFile& b = files[1];
-    const Json differences = compare(a, b);
-    const Json state = compareStore(a.store, b.store);
-    const bool identical = differences.empty() && state.empty();
-    if (options.common.json) {
-        ToolOutput::printJson({{"a", options.fileA},
-                               {"b", options.fileB},
-                               {"identical", identical},
-                               {"store", state},
-                               {"differences", differences}});
-    } else {
-        ToolOutput::print(text(differences, state, options.fileA, options.fileB));
-    }
-    return identical ? kExitOk : kExitFindings;
+    const Differences differences = compare(files[0], files[1]);
+    const std::unique_ptr<Printer> out = Printer::make(options.common.json);
+    out->json("a", options.fileA);
+    out->json("b", options.fileB);
+    out->json("identical", differences.empty());
+    // JSON has the store changes before the differences.
+    out->json("store", nullptr);
+    differences.print(*out, options.fileA, options.fileB);
+    out->flush();
+    return differences.empty() ? kExitOk : kExitFindings;
 }
 
 }  // namespace korva::tool

@@ -7,7 +7,6 @@
 #include <map>
 #include <memory>
 #include <regex>
-#include <sstream>
 
 #include "tools/VersionInfo.h"
 #include "tools/commands/CheckCommand.h"
@@ -72,7 +71,9 @@ document.addEventListener('DOMContentLoaded', function () {
 struct ReportFile {
     std::string path;
     std::string text;
-    Json findings;
+    size_t findings;
+    std::string findingsHtml;  // as check prints them, without effects
+    std::string summaryHtml;   // check's summary without the records, which the blobs show
     bool readable = false;
     LoadedFile loaded;
 };
@@ -102,13 +103,11 @@ void findingsSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "findings"}});
     html.element("h2", "Findings");
     for (size_t f = 0; f < files.size(); f++) {
-        const Json& findings = files[f].findings;
-        html.element("h3", side(files, f) + files[f].path + ": " +
-                               (findings.empty() ? "no findings"
-                                                 : std::to_string(findings.size()) + " findings"));
-        html.raw(printed(f, [&](Printer& out) {
-            CheckCommand::printFindings(out, files[f].path, findings, false, true);
-        }));
+        const size_t findings = files[f].findings;
+        html.element("h3",
+                     side(files, f) + files[f].path + ": " +
+                         (findings == 0 ? "no findings" : std::to_string(findings) + " findings"));
+        html.raw(files[f].findingsHtml);
     }
     html.close("section");
 }
@@ -117,31 +116,13 @@ void portsSection(Html& html, const std::vector<ReportFile>& files) {
     html.open("section", {{"id", "ports"}});
     html.element("h2", "Ports and tuning devices");
     for (size_t f = 0; f < files.size(); f++) {
-        const LoadedFile& file = files[f].loaded;
         if (!files[f].readable) {
             html.element("p",
                          side(files, f) + files[f].path + ": the store could not read the file");
             continue;
         }
         html.element("h3", side(files, f) + files[f].path);
-        // The part of check's summary that the loaded file holds.
-        Json ports = Json::array();
-        for (const PortState& port : file.store.ports) {
-            Json devices = Json::array();
-            std::istringstream names(port.devices);
-            for (std::string name; !port.devices.empty() && std::getline(names, name, ' ');) {
-                devices.push_back(name);
-            }
-            if (!devices.empty() || !port.selected.empty()) {
-                ports.push_back(
-                    {{"port", port.port}, {"tuning_devices", devices}, {"selected", port.selected}});
-            }
-        }
-        const Json summary = {{"format_version", file.formatVersion},
-                              {"tool_version", file.toolVersion},
-                              {"ports", ports},
-                              {"tunings_usable", file.store.tuningsUsable}};
-        html.raw(printed(f, [&](Printer& out) { CheckCommand::printSummary(out, summary, ""); }));
+        html.raw(files[f].summaryHtml);
     }
     html.close("section");
 }
@@ -314,10 +295,7 @@ void diffSection(Html& html, const std::vector<ReportFile>& files) {
     html.element("h2", "Differences, A to B");
     const LoadedFile& a = files[0].loaded;
     const LoadedFile& b = files[1].loaded;
-    html.raw(printed(1, [&](Printer& out) {
-        DiffCommand::print(out, DiffCommand::compare(a, b),
-                           DiffCommand::compareStore(a.store, b.store), "A", "B");
-    }));
+    html.raw(printed(1, [&](Printer& out) { DiffCommand::compare(a, b).print(out, "A", "B"); }));
     html.close("section");
 }
 
@@ -453,7 +431,7 @@ std::string page(const std::vector<ReportFile>& files) {
 
 }  // namespace
 
-int ReportCommand::collect(const std::string& path, Json* document) {
+int ReportCommand::collect(const std::string& path, size_t file, Json* document) {
     std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, true);
     if (session == nullptr) {
         return kExitError;
@@ -464,8 +442,13 @@ int ReportCommand::collect(const std::string& path, Json* document) {
     Effects::skip(&findings);
     *document = {{"file", path},
                  {"text", session->text()},
-                 {"findings", CheckCommand::findingsJson(findings, report)}};
+                 {"findings", findings.size()},
+                 {"findings_html", printed(file, [&](Printer& out) {
+                      CheckCommand::printFindings(out, path, findings, report, false, true);
+                  })}};
     if (!report.readFailed) {
+        (*document)["summary_html"] = printed(
+            file, [&](Printer& out) { CheckCommand::printSummary(out, *session, false, ""); });
         (*document)["loaded"] = LoadedFile::of(*session).toJson(true);
     }
     return kExitOk;
@@ -474,14 +457,16 @@ int ReportCommand::collect(const std::string& path, Json* document) {
 int ReportCommand::run(const Options& options) {
     std::vector<ReportFile> files;
     for (const std::string& path : options.files) {
+        const size_t file = files.size();
         const Json document =
-            ChildLoads::one(path, [&path](Json* made) { return collect(path, made); });
+            ChildLoads::one(path, [&](Json* made) { return collect(path, file, made); });
         if (document.is_null()) {
             return kExitError;
         }
         // A file the store could not read has no loaded model.
         const bool loaded = document.contains("loaded");
-        files.push_back({path, document["text"], document["findings"], loaded,
+        files.push_back({path, document["text"], document["findings"], document["findings_html"],
+                         document.value("summary_html", ""), loaded,
                          loaded ? LoadedFile::fromJson(document["loaded"]) : LoadedFile()});
     }
     std::ofstream out(options.output, std::ios::binary | std::ios::trunc);

@@ -25,8 +25,9 @@ public:
     static int run(const Options& options);
 
     // What the report shows of one file, loaded in this process: its text, check's findings
-    // without their effects and, when the store could read it, its brief LoadedFile.
-    static int collect(const std::string& path, Json* document);
+    // without their effects and, when the store could read it, check's summary and its brief
+    // LoadedFile; what check says is printed for the page's file number file.
+    static int collect(const std::string& path, size_t file, Json* document);
 };
 
 }  // namespace korva::tool

@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <set>
 #include <string>
 
 #include "tools/commands/DiffCommand.h"
@@ -63,13 +62,9 @@ int serve(size_t, int parent) {
 // One load of an undone copy: what changed against the file (null when the copy could not be
 // loaded), and which of the file's findings the copy no longer has.
 struct Measured {
-    Json effect;
+    std::optional<Differences> effect;
     std::vector<bool> clears;
 };
-
-bool changesNothing(const Json& effect) {
-    return effect["differences"].empty() && effect["store"].empty();
-}
 
 // What the load of an undone copy (null when it failed) changes against the file.
 Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
@@ -79,28 +74,8 @@ Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findi
         *why = "the undone copy could not be loaded";
         return measured;
     }
-    // The blobs both have alike differ in nothing: each side is compared without them.
-    LoadedFile copy = LoadedFile::fromJson(undone);
-    std::set<std::string> same;
-    for (const LoadedBlob& blob : copy.blobs) {
-        if (blob.same) {
-            same.insert(blob.key());
-        }
-    }
-    // The file's side keeps only what the copy sent in full: copying every blob would cost more
-    // than the comparison.
-    LoadedFile written;
-    written.store = file.store;
-    for (const LoadedBlob& blob : file.blobs) {
-        if (same.count(blob.key()) == 0) {
-            written.blobs.push_back(blob);
-        }
-    }
-    copy.blobs.erase(std::remove_if(copy.blobs.begin(), copy.blobs.end(),
-                                    [](const LoadedBlob& b) { return b.same; }),
-                     copy.blobs.end());
-    measured.effect = {{"differences", DiffCommand::compare(copy, written)},
-                       {"store", DiffCommand::compareStore(copy.store, written.store)}};
+    // The blobs both have alike came back by their identity only, which compare passes over.
+    measured.effect = DiffCommand::compare(LoadedFile::fromJson(undone), file);
     // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
@@ -110,16 +85,6 @@ Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findi
         measured.clears.push_back(left[finding.message]-- <= 0);
     }
     return measured;
-}
-
-Measured measureEdits(const LoadReport& report, const LoadedFile& file,
-                      const std::vector<Finding>& findings, const std::vector<Undo>& edits,
-                      ChildLoads& loads, std::string* why) {
-    std::string text;
-    if (!UndoEdit::apply(report, edits, &text, why)) {
-        return {};
-    }
-    return compareUndone(file, findings, loads.ask({text}).front(), why);
 }
 
 }  // namespace
@@ -184,8 +149,11 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     }
     bool quietMatter = false;
     if (!quiet.empty()) {
-        const Measured together = measureEdits(report, file, all, quiet, loads, &why);
-        quietMatter = together.effect.is_null() || !changesNothing(together.effect);
+        std::string text;
+        const Measured together = UndoEdit::apply(report, quiet, &text, &why)
+                                      ? compareUndone(file, all, loads.ask({text}).front(), &why)
+                                      : Measured();
+        quietMatter = !together.effect || !together.effect->empty();
         for (size_t i = 0; i < together.clears.size(); i++) {
             quietMatter = quietMatter || (together.clears[i] && !all[i].onlyIfEffect);
         }
@@ -238,8 +206,8 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
         why = unmade[i];
         measured[i] = why.empty() ? compareUndone(file, all, ahead[i], &why) : Measured();
         ahead.erase(i);
-        all[i].effect = measured[i].effect;
-        all[i].unmeasured = all[i].effect.is_null() ? why : "";
+        all[i].effect = std::move(measured[i].effect);
+        all[i].unmeasured = all[i].effect ? "" : why;
         for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
             cleared[f] = cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
         }
@@ -275,8 +243,8 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     std::vector<Finding> kept;
     for (size_t f = 0; f < all.size(); f++) {
         const Finding& finding = all[f];
-        const bool nothing = !finding.effect.is_null() && changesNothing(finding.effect);
-        const bool quietNothing = finding.onlyIfEffect && (finding.effect.is_null() || nothing);
+        const bool nothing = finding.effect && finding.effect->empty();
+        const bool quietNothing = finding.onlyIfEffect && (!finding.effect || nothing);
         if (causeOf[f] < 0 && !(quietNothing && finding.follows.empty()) &&
             !(nothing && finding.follows.empty() && finding.severity != Severity::kError &&
               !verbose)) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/render/ToolOutput.h"
+#include "tools/commands/DiffCommand.h"
 
 namespace korva::tool {
 
@@ -56,8 +56,8 @@ struct Finding {
     std::string unmeasured;  // why there is no effect, when there is none
     // A comment or blank text the reader met: a finding only when undoing it changes something.
     bool onlyIfEffect = false;
-    // diff --json's differences and store changes, undone copy as a, file as b; null unmeasured.
-    Json effect;
+    // What undoing the cause changes, undone copy as a, file as b; none when unmeasured.
+    std::optional<Differences> effect;
     std::vector<Note> follows;  // the findings that undoing this cause clears
 };
 

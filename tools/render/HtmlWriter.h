@@ -21,7 +21,6 @@ public:
     void close(const std::string& tag);
     // An element holding escaped text.
     void element(const std::string& tag, const std::string& text, const Attributes& attributes = {});
-    void text(const std::string& text) { mOut += escape(text); }
     void raw(const std::string& markup) { mOut += markup; }
 
     const std::string& str() const { return mOut; }

@@ -17,15 +17,10 @@ public:
     // right-aligned. A column without a key is not in JSON, one without a header only in JSON. In
     // HTML, style is the cells' class, and a "line" column's numbers link to the file's lines.
     struct Column {
-        Column(std::string key, std::string header, bool right = false, std::string style = "")
-            : key(std::move(key)),
-              header(std::move(header)),
-              right(right),
-              style(std::move(style)) {}
         std::string key;
         std::string header;
-        bool right;
-        std::string style;
+        bool right = false;
+        std::string style = "";
     };
     struct Table {
         std::vector<Column> columns;
