@@ -313,7 +313,8 @@ LoadedBlob plainBlob(int id, const std::vector<std::pair<int, std::vector<int>>>
     LoadedBlob blob;
     blob.id = id;
     for (const auto& [device, values] : entries) {
-        blob.entries.push_back({device, 0x7a7a7a7a, values, "line " + std::to_string(device), {}});
+        blob.entries.push_back(
+            {device, 0x7a7a7a7a, values, "line " + std::to_string(device), 0, "", {}});
     }
     return blob;
 }
@@ -478,7 +479,9 @@ TEST(SvgPlotTest, CurvesLeaveOutWhatTheAxisCannotShowAndHeatMapsColourBySign) {
 class UndoEditTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        const std::string path = testing::TempDir() + "undo-edit.xml";
+        // Each case runs in a process of its own, maybe beside the other: a file of its own.
+        const std::string path =
+            testing::TempDir() + "undo-edit-" + std::to_string(getpid()) + ".xml";
         std::ofstream(path) << "<?xml version=\"1.0\"?>\n<kvx_spatializer_tuning>\n"
                                "    <format_version major=\"3\" minor=\"4\" maintenance=\"0\"/>\n"
                                "    <profile id=\"0\" name=\"p\">\n        <data>\n"
