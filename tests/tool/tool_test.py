@@ -700,29 +700,6 @@ class DiffTest(unittest.TestCase):
         self.assertEqual(changes['tuning device "usb_dac"'], "added")
         self.assertEqual(changes['profile 0 "dynamic"'], "changed")
 
-    def test_exactly_the_blobs_whose_entries_differ_are_compared_in_full(self):
-        # Each file's process sends in full only the blobs the other file does not have alike:
-        # what diff reports agrees with both files' whole blobs as blobs lists them.
-        def titled(path):
-            blobs = run_json("blobs", path)[1]["blobs"]
-            return {('profile %d "%s"' % (b["id"], b["name"]) if b["kind"] == "profile" else
-                     'tuning device "%s"' % b["name"]): b for b in blobs}
-
-        def contents(blob):
-            return sorted((e["device"], e["code"], e["values"]) for e in blob["entries"])
-
-        a, b = titled(VERSION_OVERRIDES), titled(EXAMPLE)
-        expected = {t: ("removed", len(a[t]["entries"])) for t in a if t not in b}
-        expected.update({t: ("added", len(b[t]["entries"])) for t in b if t not in a})
-        expected.update({t: ("changed", None) for t in a
-                         if t in b and contents(a[t]) != contents(b[t])})
-        self.assertTrue(any(c == "changed" for c, _ in expected.values()))
-        self.assertTrue(any(c == "added" for c, _ in expected.values()))
-        document = run_json("diff", VERSION_OVERRIDES, EXAMPLE)[1]
-        self.assertEqual({d["blob"]: (d["change"], None if d["change"] == "changed"
-                                      else d["entries"]) for d in document["differences"]},
-                         expected)
-
     def test_an_unreadable_file_fails_the_diff(self):
         result = run("diff", EXAMPLE, BROKEN)
         self.assertEqual(result.returncode, 2)
