@@ -36,10 +36,14 @@ def run_json(*args):
     return result, json.loads(result.stdout)
 
 
+def read(path):
+    with open(path, encoding="utf-8") as f:
+        return f.read()
+
+
 def line_of(path, text):
     """The line number of the one line of the file that contains text."""
-    with open(path, encoding="utf-8") as f:
-        lines = [n for n, line in enumerate(f, 1) if text in line]
+    lines = [n for n, line in enumerate(read(path).split("\n"), 1) if text in line]
     if len(lines) != 1:
         raise AssertionError("%r is on lines %s of %s, not on one" % (text, lines, path))
     return lines[0]
@@ -158,10 +162,6 @@ class CheckTest(FolderTest):
 
     def test_rules_that_change_what_reaches_the_effect(self):
         cases = [
-            # The reader steps over the comment, not the blank text, and misses the include: the
-            # effect says what that costs (EffectTest).
-            (tuning(profile(0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
-             "<!-- note -->", 'the comment "note" is the first child', []),
             # A 3.3.0 file names its preset; ieq_preset is not read and the preset is 0.
             (tuning(profile(0, "p", SPEAKER), "3.3.0"), "<include", '"ieq_preset" of <include> '
              "is not read", ['<include> has no "preset"']),
@@ -182,8 +182,9 @@ class CheckTest(FolderTest):
              "by the rules of format version 3.3.0", []),
             (tuning(profile(0, "p", SPEAKER, '<volume-modeler-enable value="1"/>\n'
                             '<volume-modeler-enable value="0"/>')), 'value="0"/>', "again", []),
-            # With its include missed, the endpoint takes preset 0 and preset 2 reaches nothing:
-            # a consequence of the comment, which taking the comment away clears.
+            # The reader steps over the comment, not the blank text, and misses the include: the
+            # endpoint takes preset 0 and preset 2 reaches nothing, a consequence of the comment,
+            # which taking the comment away clears (EffectTest measures what it costs).
             (tuning('    <preset id="2" name="p2" type="ieq">\n    </preset>\n' + profile(
                 0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
              "<!-- note -->", 'the comment "note" is the first child', []),
@@ -390,7 +391,7 @@ class BlobsTest(unittest.TestCase):
         self.assertEqual(iebs["source"]["summary"], "ieq_frequency, ieq_target line 52")
 
 
-class SimulateTest(unittest.TestCase):
+class SimulateTest(FolderTest):
     def test_profile_switch_sends_the_builtin_profile_then_commits(self):
         _, builtin = run_json("blobs", "--builtin", "--profile", "music")
         result, document = run_json("simulate", EXAMPLE, "profile=music")
@@ -489,13 +490,7 @@ class SimulateTest(unittest.TestCase):
 
     def test_substitutions_name_the_user_gains_and_the_tuning_matrix(self):
         # Speaker tunings with four output channels take the tuning's mix matrix into "dom".
-        folder = tempfile.mkdtemp()
-        self.addCleanup(shutil.rmtree, folder)
-        four = os.path.join(folder, "four-channels.xml")
-        with open(EXAMPLE, encoding="utf-8") as f:
-            text = f.read().replace('output_channels="2">', 'output_channels="4">')
-        with open(four, "w", encoding="utf-8") as f:
-            f.write(text)
+        four = self.write(read(EXAMPLE).replace('output_channels="2">', 'output_channels="4">'))
         gains = [g - 10 for g in range(20)]
         _, document = run_json("simulate", four, "content=on", "select=internal_speaker:speaker_game",
                                "geq=" + ",".join(map(str, gains)), "content=off")
@@ -588,31 +583,13 @@ class SimulateTest(unittest.TestCase):
                 _, document = run_json("simulate", EXAMPLE, *args)
                 self.assertEqual(document["steps"][0].get("note"), note)
 
-    def test_bad_steps_are_refused_before_anything_runs(self):
-        for step in ("profile=opera", "content=maybe", "select=moon:x", "geq=1.5"):
-            with self.subTest(step=step):
-                result = run("simulate", step)
-                self.assertEqual(result.returncode, 2)
-                self.assertEqual(result.stdout, "")
-                self.assertIn(step, result.stderr)
 
-
-class DiffTest(unittest.TestCase):
-    def setUp(self):
-        self.folder = tempfile.mkdtemp(prefix="paramtool-test.")
-
-    def tearDown(self):
-        shutil.rmtree(self.folder)
-
+class DiffTest(FolderTest):
     def changed_copy(self, old, new, after):
         """The example with the first old after the text after made new."""
-        with open(EXAMPLE, encoding="utf-8") as f:
-            text = f.read()
+        text = read(EXAMPLE)
         at = text.index(old, text.index(after))
-        path = os.path.join(self.folder, "changed.xml")
-        with open(path, "w", encoding="utf-8") as f:
-            f.write(text[:at] + new + text[at + len(old):])
-        return path
+        return self.write(text[:at] + new + text[at + len(old):], "changed.xml")
 
     def test_a_file_against_itself_is_identical(self):
         result, document = run_json("diff", EXAMPLE, EXAMPLE)
@@ -676,8 +653,7 @@ class DiffTest(unittest.TestCase):
     def test_a_mix_matrix_change_names_its_row_element_line_and_tuning_device(self):
         # The speaker_stereo tuning's <c> row (the third input channel), which the speaker
         # tuning device "" serves as its mix matrix and every profile's speaker dom carries.
-        with open(EXAMPLE, encoding="utf-8") as f:
-            text = f.read()
+        text = read(EXAMPLE)
         row = text.index('<c value="11583,11583"/>', text.index('<tuning name="speaker_stereo"'))
         line = text.count("\n", 0, row) + 1
         changed = self.changed_copy('<c value="11583,11583"/>', '<c value="11583,8192"/>',
@@ -700,13 +676,8 @@ class DiffTest(unittest.TestCase):
         self.assertEqual(changes['tuning device "usb_dac"'], "added")
         self.assertEqual(changes['profile 0 "dynamic"'], "changed")
 
-    def test_an_unreadable_file_fails_the_diff(self):
-        result = run("diff", EXAMPLE, BROKEN)
-        self.assertEqual(result.returncode, 2)
-        self.assertIn(BROKEN, result.stderr)
 
-
-class ExplainTest(unittest.TestCase):
+class ExplainTest(FolderTest):
     def test_entries_trace_back_to_their_lines(self):
         # Lines read by hand from the example.
         cases = [
@@ -753,14 +724,8 @@ class ExplainTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stderr.split(": ")[-1]), (2, "no profile 9\n"))
 
     def test_attributes_are_shown_as_the_file_has_them_and_codes_in_any_case(self):
-        folder = tempfile.mkdtemp(prefix="paramtool-test.")
-        self.addCleanup(shutil.rmtree, folder)
-        path = os.path.join(folder, "vaule.xml")
-        with open(EXAMPLE, encoding="utf-8") as f:
-            text = f.read()
-        with open(path, "w", encoding="utf-8") as f:
-            f.write(text.replace('<dialog-enhancer-amount value="4"/>',
-                                 '<dialog-enhancer-amount vaule="4"/>', 1))
+        path = self.write(read(EXAMPLE).replace('<dialog-enhancer-amount value="4"/>',
+                                                '<dialog-enhancer-amount vaule="4"/>', 1))
         result = run("explain", path, "DEA", "--profile", "0")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn('<dialog-enhancer-amount> vaule="4" (no value)', result.stdout)
@@ -773,7 +738,7 @@ class ExplainTest(unittest.TestCase):
                          [({"vaule": "4"}, ["value"])])
 
 
-class CommandLineTest(unittest.TestCase):
+class CommandLineTest(FolderTest):
     def test_wrong_command_lines_name_what_is_wrong(self):
         cases = [
             (["chek"], "unknown subcommand 'chek'"),
@@ -785,7 +750,8 @@ class CommandLineTest(unittest.TestCase):
             (["diff"], "A is required"),
             (["diff", EXAMPLE], "B is required"),
             (["check", "--sarif", "--json"], "excludes"),
-        ]
+        ] + [(["simulate", step], step)  # refused before anything runs
+             for step in ("profile=opera", "content=maybe", "select=moon:x", "geq=1.5")]
         for args, words in cases:
             with self.subTest(args=args):
                 result = run(*args)
@@ -793,24 +759,17 @@ class CommandLineTest(unittest.TestCase):
                 self.assertEqual(len(result.stderr.splitlines()), 1, result.stderr)
                 self.assertIn(words, result.stderr)
 
-    def test_a_report_shows_a_file_the_store_could_not_read_beside_another(self):
-        with tempfile.TemporaryDirectory() as folder:
-            page = os.path.join(folder, "report.html")
-            result = run("report", BROKEN, EXAMPLE, "-o", page)
-            self.assertEqual(result.returncode, 0, result.stderr)
-            with open(page, encoding="utf-8") as f:
-                text = f.read()
-            # The file that could not be read is said to be so; the other one is shown whole.
-            for words in ("not a readable XML document", "the store could not read the file",
-                          "profile 1 &quot;movie&quot;"):
-                self.assertTrue(words in text, words)
-
-    def test_a_reports_ports_are_those_of_checks_summary(self):
-        with tempfile.TemporaryDirectory() as folder:
-            page = os.path.join(folder, "report.html")
-            self.assertEqual(run("report", VERSION_OVERRIDES, "-o", page).returncode, 0)
-            with open(page, encoding="utf-8") as f:
-                text = f.read()
+    def test_reports_of_an_unreadable_file_and_of_a_files_ports(self):
+        page = os.path.join(self.folder, "report.html")
+        result = run("report", BROKEN, EXAMPLE, "-o", page)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        text = read(page)
+        # The file that could not be read is said to be so; the other one is shown whole.
+        for words in ("not a readable XML document", "the store could not read the file",
+                      "profile 1 &quot;movie&quot;"):
+            self.assertIn(words, text)
+        self.assertEqual(run("report", VERSION_OVERRIDES, "-o", page).returncode, 0)
+        text = read(page)
         ports = text[text.index('id="ports"'):text.index('id="curves"')]
         # A port whose one tuning device has an empty name is listed, as check lists it.
         self.assertIn("<td>internal_speaker</td><td>&quot;&quot;</td><td>&quot;&quot;</td>", ports)
@@ -898,8 +857,7 @@ class EffectTest(FolderTest):
     def check(self, text, *options):
         path = self.write(text)
         result, document = run_json("check", path, *options)
-        with open(path, encoding="utf-8") as f:
-            self.assertEqual(f.read(), text, "the user's file is never written")
+        self.assertEqual(read(path), text, "the user's file is never written")
         return path, document
 
     def test_an_interrupted_measurement_leaves_no_undone_copy_behind(self):
@@ -930,8 +888,7 @@ class EffectTest(FolderTest):
                         break
                     time.sleep(0.01)
                 self.assertEqual(os.listdir(temporary), [])
-        with open(path, encoding="utf-8") as f:
-            self.assertEqual(f.read(), text, "the user's file is never written")
+        self.assertEqual(read(path), text, "the user's file is never written")
 
     def test_each_undo_rule_measures_the_blob_entries_it_changes(self):
         def endpoint(old, new, extra=""):
@@ -956,6 +913,7 @@ class EffectTest(FolderTest):
                       '                <include ieq_preset="2"/>\n'), "<include",
              {"action": "move", "moves": '<include ieq_preset="2"/>'},
              [("speaker", "ieid", "changed"), ("speaker", "iebs", "changed")]),
+            # Without the reference the endpoint selects preset 0, which the file defines.
             (endpoint('ieq_preset="2"', 'ieq_preset="7"'), 'ieq_preset="7"',
              {"action": "remove", "removes": "ieq_preset"}, None),
         ]
@@ -969,6 +927,8 @@ class EffectTest(FolderTest):
                 self.assertEqual(found[0]["undo"]["line"], line)
                 self.assertEqual(set(found[0]["effect"]), {"differences", "store"})
                 if entries is None:
+                    self.assertIn("IEQ preset 7", found[0]["message"])
+                    self.assertEqual(found[0]["effect"]["store"], [])
                     continue
                 changed = effect_entries(found[0])
                 for entry in entries:
@@ -1003,20 +963,12 @@ class EffectTest(FolderTest):
                     self.assertIn(entry, effect_entries(found))
         self.assertGreater(differences[0]["entries"], 20)
 
-    def test_a_reference_to_an_undefined_preset_is_measured_against_no_reference(self):
-        # Without the reference the endpoint selects preset 0, which the file defines.
-        text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace('"2"', '"7"')))
-        path, document = self.check(text, "--verbose")
-        (found,) = [f for f in document["findings"] if "IEQ preset 7" in f["message"]]
-        self.assertEqual(found["line"], line_of(path, 'ieq_preset="7"'))
-        self.assertEqual(found["undo"]["action"], "remove")
-        self.assertEqual(found["effect"]["store"], [])
-
-    def test_the_effect_has_the_shape_of_diffs_json_with_the_undone_copy_as_a(self):
+    def test_the_effect_has_diffs_shape_and_goes_with_no_effects_and_into_sarif_fixes(self):
         text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace("amount value=",
                                                                      "amount vaule=")))
         path, document = self.check(text)
         (found,) = [f for f in document["findings"] if f["undo"]]
+        # The undone copy is a, the file as it stands b.
         fixed = self.write(text.replace("vaule=", "value="), "fixed.xml")
         _, diff = run_json("diff", fixed, path)
         self.assertEqual(found["effect"]["differences"], diff["differences"])
@@ -1024,11 +976,7 @@ class EffectTest(FolderTest):
         (entry,) = diff["differences"][0]["entries"]
         self.assertEqual((entry["code"], entry["old"], entry["new"]), ("dea", [4], [0]))
         self.assertEqual(found["rule"], "text-read")
-
-    def test_no_effects_and_sarif_fixes(self):
-        text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace("amount value=",
-                                                                     "amount vaule=")))
-        path, document = self.check(text, "--no-effects")
+        _, document = self.check(text, "--no-effects")
         (found,) = [f for f in document["findings"] if f["undo"]]
         self.assertIsNone(found["effect"])
         text = run("check", "--no-effects", path).stdout
@@ -1049,8 +997,7 @@ class ExampleEditTest(FolderTest):
 
     def setUp(self):
         super().setUp()
-        with open(EXAMPLE, encoding="utf-8") as f:
-            self.lines = f.read().split("\n")
+        self.lines = read(EXAMPLE).split("\n")
 
     def edited(self, edit):
         lines = list(self.lines)
