@@ -60,29 +60,21 @@ struct Expected {
 
 TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) {
     ASSERT_NE(sSession, nullptr);
-    const LoadedBlob* speakerTuning = sFile.find(LoadedBlob::Kind::kTuningDevice, 0, "");
     ASSERT_NE(movie(), nullptr);
-    ASSERT_NE(speakerTuning, nullptr);
 
-    // Lines read by hand from the example.
+    // Lines read by hand from the example; explain's cases in tool_test.py trace the speaker's
+    // dea and a tuning's entry end to end.
     const Expected kMovie[] = {
         {kOutputDeviceAll, "mdle", "mi_dv_leveler_steering_enable", "profile 1 \"movie\"", 372,
          "value", "true"},
-        {kOutputDeviceSpeaker, "dea", "dialog_enhancer_amount", "speaker endpoint of profile 1",
-         387, "value", "8"},
         {kOutputDeviceBluetoothA2dp, "dea", "dialog_enhancer_amount",
          "headphone endpoint of profile 1", 417, "value", "8"},
         {kOutputDeviceSpeaker, "iebs", "ieq_frequency", "IEQ preset 1", 52, "frequency", "47"},
         {kOutputDeviceSpeaker, "iebs", "ieq_target", "IEQ preset 1", 52, "target", "80"},
     };
-    const Expected kTuning[] = {
-        {kOutputDeviceSpeaker, "svm", "speaker_virtualizer_mode", "tuning \"speaker_stereo\"", 685,
-         "value", "2"},
-    };
-    const auto check = [](const LoadedBlob* blob, const Expected& expected) {
+    for (const Expected& expected : kMovie) {
         SCOPED_TRACE(std::string(expected.code) + " " + expected.parameter);
-        const LoadedEntry source =
-            ExampleProvenanceTest::entry(blob, expected.device, expected.code);
+        const LoadedEntry source = entry(movie(), expected.device, expected.code);
         const SourceParameter* found = nullptr;
         for (const SourceParameter& parameter : source.parameters) {
             found = parameter.name == expected.parameter ? &parameter : found;
@@ -104,41 +96,12 @@ TEST_F(ExampleProvenanceTest, EntriesNameTheParametersAndLinesTheyWereReadFrom) 
             }
         }
         EXPECT_TRUE(seen);
-    };
-    for (const Expected& expected : kMovie) {
-        check(movie(), expected);
-    }
-    for (const Expected& expected : kTuning) {
-        check(speakerTuning, expected);
     }
 }
 
-TEST_F(ExampleProvenanceTest, RulesAreNamedWhereTheyChangedAValue) {
-    ASSERT_NE(sSession, nullptr);
-    // The speaker's "dom" carries the speaker tuning's matrix, which the loader gave the endpoint:
-    // the rule first, then the speaker_stereo tuning's output-mode element (hand-read line 694).
-    const LoadedEntry dom = entry(movie(), kOutputDeviceSpeaker, "dom");
-    const SourceParameter* matrix = nullptr;
-    for (const SourceParameter& parameter : dom.parameters) {
-        matrix = parameter.parameter == OUTPUT_MIX_MATRIX ? &parameter : matrix;
-    }
-    ASSERT_NE(matrix, nullptr) << dom.summary();
-    ASSERT_EQ(matrix->steps.size(), 2u);
-    EXPECT_EQ(matrix->steps[0].source, ValueSource::kLoaderMixMatrix);
-    EXPECT_EQ(matrix->steps[0].rule, "loader rule: the speaker tuning's mix matrix");
-    EXPECT_EQ(matrix->steps[1].record, "tuning \"speaker_stereo\"");
-    ASSERT_GE(matrix->steps[1].elements.size(), 2u);
-    EXPECT_EQ(matrix->steps[1].elements[0].line, 694);
-    EXPECT_EQ(matrix->steps[1].elements[0].name, "output-mode");
-    // The first row read below it is the first matrix's layout row.
-    bool layoutRow = false;
-    for (const ReadElement& element : matrix->steps[1].elements) {
-        layoutRow = layoutRow || (element.line == 696 && element.name == "layout");
-    }
-    EXPECT_TRUE(layoutRow);
-    EXPECT_NE(dom.summary().find("loader rule"), std::string::npos) << dom.summary();
-
-    // The built-in tables name themselves, not a file.
+// The loader's rule that gave the speaker's "dom" the speaker tuning's matrix is traced end to end
+// by explain's "dom" case in tool_test.py.
+TEST_F(ExampleProvenanceTest, BuiltinTablesNameThemselves) {
     const LoadedBlob* builtin = LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, 1);
     ASSERT_NE(builtin, nullptr);
     const LoadedEntry& first = builtin->entries.at(0);
@@ -172,16 +135,12 @@ TEST_F(ExampleProvenanceTest, SourcesReadBackAsTheyWereWritten) {
 
 TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
     ASSERT_NE(sSession, nullptr);
-    // IEQ preset "detailed", first band hand-read from line 55: 47 Hz, target 80 (5 dB).
+    // IEQ preset "detailed" (blobs shows its first band, hand-read from line 55, in tool_test.py).
     const LoadedEntry iebs = entry(movie(), kOutputDeviceSpeaker, "iebs");
     const EntryView bands = EntryView::decode(iebs.code, iebs.values);
     ASSERT_EQ(bands.kind, EntryView::Kind::kBands);
     EXPECT_TRUE(bands.complete);
     EXPECT_EQ(bands.bands, 20);
-    ASSERT_EQ(bands.columns.size(), 2u);
-    EXPECT_EQ(bands.columns[0].raw[0], 47);
-    EXPECT_EQ(bands.columns[1].raw[0], 80);
-    EXPECT_EQ(bands.lines()[0], "band 1: 47 Hz  target 5 dB (80)");
     EXPECT_EQ(bands.place(1 + 20 + 2).where, "band 3 (234 Hz) target");
 
     // The speaker_stereo matrices (lines 696-724): layout 15 with 24 coefficients first, its
@@ -197,11 +156,9 @@ TEST_F(ExampleProvenanceTest, ListsReadByTheirLayoutInTheirUnits) {
     EXPECT_EQ(mode.matrices[0].rows.size(), 12u);
     EXPECT_EQ(mode.matrices[1].layout, 11);
     EXPECT_EQ(mode.matrices[2].rows.size(), 6u);
-    EXPECT_EQ(mode.matrices[0].rows[2], (std::vector<int>{11583, 11583}));
     const std::vector<std::string> lines = mode.lines();
     ASSERT_GT(lines.size(), 6u);
     EXPECT_EQ(lines[1], "matrix 1: layout 15, 24 coefficients (Q14)");
-    EXPECT_EQ(lines[4], "  row 3: 0.7070 0.7070  (11583 11583)");
     EXPECT_EQ(lines[6], "  row 5: 0.8660 0.0000  (14189 0)");
     EXPECT_EQ(mode.place(3 + 2 + 4 + 1).where, "matrix 1 (layout 15) row 3 right");
 }
