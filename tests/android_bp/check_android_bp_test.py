@@ -58,11 +58,20 @@ class CheckAndroidBpTest(unittest.TestCase):
         with open(os.path.join(self.root, name)) as f:
             return f.read()
 
-    def test_freshly_written_files_pass(self):
+    def block(self, start):
+        """The block of Android.bp that starts with start, to its closing brace."""
+        bp = self.read("Android.bp")
+        text = bp[bp.index(start):]
+        return text[:text.index("\n}\n")]
+
+    def test_freshly_written_files_pass_and_a_hand_edit_fails(self):
         result = self.run_script()
         self.assertEqual(0, result.returncode, result.stdout)
         self.assertIn("Android.bp: in step", result.stdout)
         self.assertIn("TEST_MAPPING: in step", result.stdout)
+        with open(os.path.join(self.root, "Android.bp"), "a") as f:
+            f.write("// local change\n")
+        self.assertEqual(1, self.run_script().returncode)
 
     def test_drift_fails_and_names_the_difference(self):
         cases = [
@@ -96,22 +105,14 @@ class CheckAndroidBpTest(unittest.TestCase):
                     self.assertIn(text, result.stdout)
                 self.assertIn("--write", result.stdout)
 
-    def test_hand_edit_of_android_bp_fails(self):
-        path = os.path.join(self.root, "Android.bp")
-        with open(path, "a") as f:
-            f.write("// local change\n")
-        self.assertEqual(1, self.run_script().returncode)
-
     def test_device_library_leaves_the_host_stand_ins_out(self):
         bp = self.read("Android.bp")
-        library = bp[bp.index("cc_library_shared {"):]
-        library = library[:library.index("\n}\n")]
+        library = self.block("cc_library_shared {")
         self.assertIn('vendor: true', bp)
         self.assertIn('"libvexparamstore"', library)
         self.assertNotIn("engine/", library)
         self.assertNotIn('"platform/', library)
-        group = bp[bp.index("filegroup {"):]
-        group = group[:group.index("\n}\n")]
+        group = self.block("filegroup {")
         self.assertIn('"model/Parameter.cpp"', group)
         self.assertNotIn("engine/", group)
         self.assertNotIn("platform/", group)
@@ -119,12 +120,9 @@ class CheckAndroidBpTest(unittest.TestCase):
         # Test and fuzz programs read properties from the in-process stand-in, on a device too.
         self.assertIn('whole_static_libs: ["libspatializerparamstorage_property_standin"]', bp)
 
-    def test_only_the_programs_that_listen_build_the_report(self):
-        bp = self.read("Android.bp")
-
+    def test_listening_programs_build_the_report_and_fuzzers_leave_the_fuzz_tools_out(self):
         def module(name):
-            text = bp[bp.index(f'name: "libspatializerparamstorage_{name}"'):]
-            return text[:text.index("\n}\n")]
+            return self.block(f'name: "libspatializerparamstorage_{name}"')
         for name, listens in [("store_observer_tests", True), ("model_tests", False),
                               ("fuzz_tuning_file", True), ("fuzz_blob", False)]:
             with self.subTest(name):
@@ -132,17 +130,10 @@ class CheckAndroidBpTest(unittest.TestCase):
                                  '"libspatializerparamstorage_report_defaults"' in module(name))
         self.assertIn('"libspatializerparamstorage_store_observer_tests"',
                       self.read("TEST_MAPPING"))
-
-    def test_fuzzers_come_from_the_fuzz_build_without_its_tools(self):
-        bp = self.read("Android.bp")
-        self.assertIn('name: "libspatializerparamstorage_fuzz_tuning_file"', bp)
-        self.assertIn('name: "libspatializerparamstorage_fuzz_blob"', bp)
-        self.assertNotIn("seed_dump", bp)
-        tuning = bp[bp.index('name: "libspatializerparamstorage_fuzz_tuning_file"'):]
-        tuning = tuning[:tuning.index("\n}\n")]
-        self.assertIn('dictionary: "fuzz/tuning.dict"', tuning)
-        blob = bp[bp.index('name: "libspatializerparamstorage_fuzz_blob"'):]
-        self.assertNotIn("dictionary", blob[:blob.index("\n}\n")])
+        # The fuzzers come from the fuzz build, without its tools.
+        self.assertNotIn("seed_dump", self.read("Android.bp"))
+        self.assertIn('dictionary: "fuzz/tuning.dict"', module("fuzz_tuning_file"))
+        self.assertNotIn("dictionary", module("fuzz_blob"))
 
     def test_unreadable_list_is_refused(self):
         cases = [("unknown kind", ["header korva_model model/Parameter.h"]),

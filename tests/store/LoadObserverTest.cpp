@@ -76,15 +76,21 @@ private:
     }
 };
 
-// The events of one store start on the document, which the store finds at its vendor path.
-std::vector<std::string> eventsOf(const std::string& document) {
+// Starts the store, with `observer` listening, on the document, which the store finds at its
+// vendor path.
+SpatializerParamArray& startOn(const std::string& document, LoadObserver* observer) {
     test::ScopedHostRoot root;
     const std::string path = "/vendor/etc/korva/kvx-default-spatializer.xml";
     root.addFile(path);
     std::ofstream(root.path() + path) << document;
+    LoadObserver::Scope scope(observer);
+    return SpatializerParamArray::getInstance();
+}
+
+// The events of one store start on the document.
+std::vector<std::string> eventsOf(const std::string& document) {
     EventLog log;
-    LoadObserver::Scope scope(&log);
-    SpatializerParamArray::getInstance();
+    startOn(document, &log);
     return log.lines;
 }
 
@@ -169,20 +175,16 @@ private:
 };
 
 TEST(LoadObserverTest, DocumentCopyPairsEveryReportedNode) {
-    test::ScopedHostRoot root;
-    const std::string path = "/vendor/etc/korva/kvx-default-spatializer.xml";
-    root.addFile(path);
-    std::ofstream(root.path() + path) << std::string(kHeader) +
-                                             "  <profile id=\"1\" name=\"movie\">\n"
-                                             "    <data><!-- c -->\n"
-                                             "      <endpoint_type id=\"speaker\"/>\n"
-                                             "    </data>\n"
-                                             "  </profile>\n"
-                                             "  <mystery/>\n"
-                                             "</t>\n";
     CopyingLog log;
-    LoadObserver::Scope scope(&log);
-    SpatializerParamArray& store = SpatializerParamArray::getInstance();
+    SpatializerParamArray& store = startOn(std::string(kHeader) +
+                                               "  <profile id=\"1\" name=\"movie\">\n"
+                                               "    <data><!-- c -->\n"
+                                               "      <endpoint_type id=\"speaker\"/>\n"
+                                               "    </data>\n"
+                                               "  </profile>\n"
+                                               "  <mystery/>\n"
+                                               "</t>\n",
+                                           &log);
     ASSERT_NE(nullptr, log.copy);
     EXPECT_GE(log.checked.size(), 4u);
     EXPECT_TRUE(log.mismatches.empty()) << ::testing::PrintToString(log.mismatches);
