@@ -65,6 +65,11 @@ def entries(blob):
     return [(e["device"], e["code"], e["values"]) for e in blob["entries"]]
 
 
+def read_lines(source):
+    """The lines of every element a source (an entry's provenance) was read from."""
+    return [e["line"] for p in source["parameters"] for s in p["steps"] for e in s["elements"]]
+
+
 def tuning(body, version="3.4.0", tail=""):
     """A tuning file of the given format version: body inside the root, after the version."""
     major, minor, maintenance = version.split(".")
@@ -84,6 +89,35 @@ SPEAKER = ('            <endpoint_type id="speaker">\n                <include i
 
 class FolderTest(unittest.TestCase):
     """A private folder for the test's tuning files."""
+
+    def interrupt(self, args, ready, **popen):
+        """Runs the tool with TMPDIR a folder of its own, stops it by SIGTERM, then by SIGINT, as
+        soon as ready(folder) holds, and checks that each run leaves the folder empty."""
+        temporary = os.path.join(self.folder, "tmp")
+        os.mkdir(temporary)
+        for stop in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(signal=stop):
+                tool = subprocess.Popen(TOOL + args, stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL,
+                                        env=dict(os.environ, TMPDIR=temporary), **popen)
+                if tool.stdin:
+                    tool.stdin.write(b"<?xml")
+                    tool.stdin.flush()
+                for _ in range(5000):
+                    if ready(temporary) or tool.poll() is not None:
+                        break
+                    time.sleep(0.002)
+                self.assertTrue(ready(temporary), "the private copy is made")
+                tool.send_signal(stop)
+                self.assertEqual(tool.wait(timeout=60), -stop)
+                if tool.stdin:
+                    tool.stdin.close()
+                # The loads under way end, each removing its copy.
+                for _ in range(1000):
+                    if not os.listdir(temporary):
+                        break
+                    time.sleep(0.01)
+                self.assertEqual(os.listdir(temporary), [])
 
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="paramtool-test.")
@@ -112,11 +146,6 @@ class CheckTest(FolderTest):
         self.assertEqual(len(found), 1, "%r on line %d: %s" % (words, line, document["findings"]))
         return found[0], path
 
-    def assertNote(self, found, path, marker, words):
-        line = line_of(path, marker)
-        self.assertTrue([n for n in found["notes"] if n["line"] == line and words in n["message"]],
-                        "no note %r on line %d: %s" % (words, line, found["notes"]))
-
     def test_example_is_clean(self):
         result = run("check")
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
@@ -135,30 +164,31 @@ class CheckTest(FolderTest):
         self.assertEqual(ports["internal_speaker"]["tuning_devices"], ["", "speaker_game"])
         self.assertIn("default_usb", ports["usb"]["tuning_devices"])
 
-    def test_a_repeated_profile_id_puts_both_profiles_endpoints_into_the_first_blob(self):
-        text = tuning(profile(1, "first", SPEAKER) + profile(1, "second", SPEAKER.replace(
-            '"4"', '"5"')))
-        found, path = self.finding(text, '"second"', "profile id 1 is used again")
-        self.assertIn('"second" is dropped', found["message"])
-        self.assertIn("the endpoints of both go into it", found["message"])
-        # The note locates the kept profile; what its blob holds is for blobs to show.
-        self.assertEqual([n["message"] for n in found["notes"]], ['profile 1 "first" is here'])
-        self.assertNote(found, path, '"first"', "is here")
-        _, blobs = run_json("blobs", path)
-        (kept,) = [b for b in blobs["blobs"] if b["kind"] == "profile"]
-        self.assertEqual((kept["id"], kept["name"]), (1, "first"))
-        self.assertEqual([e[2] for e in entries(kept) if e[:2] == (2, "dea")], [[4], [5]])
-
-    def test_a_tuning_that_replaces_a_devices_blob_points_at_the_earlier_tuning(self):
+    def test_a_repeated_record_points_at_the_earlier_one(self):
         def device_tuning(name, amount):
             return ('    <tuning name="%s" endpoint_type="speaker" orientation="1" '
                     'output_channels="2">\n        <device_id id="dev" endpoint_port="usb"/>\n'
                     '        <data>\n            <regulator-stress-amount value="%d"/>\n'
                     '        </data>\n    </tuning>\n' % (name, amount))
-        text = tuning(device_tuning("a", 1) + device_tuning("b", 2))
-        found, path = self.finding(text, '"b"', 'tuning "b" replaces the blob of "dev"')
-        self.assertEqual([n["message"] for n in found["notes"]], ['tuning "a" is here'])
-        self.assertNote(found, path, '"a"', "is here")
+        cases = [(tuning(profile(1, "first", SPEAKER) + profile(1, "second", SPEAKER.replace(
+            '"4"', '"5"'))), '"second"', "profile id 1 is used again", '"first"',
+            'profile 1 "first" is here'),
+            (tuning(device_tuning("a", 1) + device_tuning("b", 2)), '"b"',
+             'tuning "b" replaces the blob of "dev"', '"a"', 'tuning "a" is here')]
+        found = {}
+        for text, marker, words, earlier, note in cases:
+            with self.subTest(words=words):
+                found[marker], path = self.finding(text, marker, words)
+                # The note locates the earlier record; what its blob holds is for blobs to show.
+                self.assertEqual([(n["line"], n["message"]) for n in found[marker]["notes"]],
+                                 [(line_of(path, earlier), note)])
+        found, path = found['"second"'], self.write(cases[0][0])
+        self.assertIn('"second" is dropped', found["message"])
+        self.assertIn("the endpoints of both go into it", found["message"])
+        _, blobs = run_json("blobs", path)
+        (kept,) = [b for b in blobs["blobs"] if b["kind"] == "profile"]
+        self.assertEqual((kept["id"], kept["name"]), (1, "first"))
+        self.assertEqual([e[2] for e in entries(kept) if e[:2] == (2, "dea")], [[4], [5]])
 
     def test_rules_that_change_what_reaches_the_effect(self):
         cases = [
@@ -235,25 +265,8 @@ class CheckTest(FolderTest):
         self.assertEqual(json.loads(result.stdout)["findings"], expected)
 
     def test_an_interrupted_run_removes_its_private_copy(self):
-        temporary = os.path.join(self.folder, "tmp")
-        os.mkdir(temporary)
-        for stop in (signal.SIGTERM, signal.SIGINT):
-            with self.subTest(signal=stop):
-                # Standard input stays open, so the run is still copying it when stopped.
-                tool = subprocess.Popen(TOOL + ["check", "-"], stdin=subprocess.PIPE,
-                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                                        env=dict(os.environ, TMPDIR=temporary))
-                tool.stdin.write(b"<?xml")
-                tool.stdin.flush()
-                for _ in range(200):
-                    if os.listdir(temporary):
-                        break
-                    time.sleep(0.01)
-                self.assertTrue(os.listdir(temporary), "the copy is made while input comes")
-                tool.send_signal(stop)
-                self.assertEqual(tool.wait(timeout=60), -stop)
-                tool.stdin.close()
-                self.assertEqual(os.listdir(temporary), [])
+        # Standard input stays open, so the run is still copying it when stopped.
+        self.interrupt(["check", "-"], os.listdir, stdin=subprocess.PIPE)
 
     def test_exit_statuses_and_unreadable_inputs(self):
         cases = [(EXAMPLE, [], 0), (EXAMPLE, ["--strict"], 0), (VERSION_OVERRIDES, [], 0),
@@ -459,10 +472,6 @@ class SimulateTest(FolderTest):
             [found] = [c for c in step["calls"]
                        if (c.get("device_name"), c.get("code")) == (device, code)]
             return found
-
-        def lines(source):
-            return [e["line"] for p in source["provenance"]["parameters"] for s in p["steps"]
-                    for e in s["elements"]]
         # Hand-read: the movie speaker's dialog-enhancer amount (line 387), the movie GEQ preset
         # (line 183), the wired headphone's audio-optimiser bands (line 1042, first band 1043).
         cases = [(content, "speaker", "dea", "profile", 387, "as_is"),
@@ -472,7 +481,7 @@ class SimulateTest(FolderTest):
             with self.subTest(code=code):
                 source = call(step, device, code)["source"]
                 self.assertEqual(source["blob"]["kind"], kind)
-                self.assertIn(line, lines(source))
+                self.assertIn(line, read_lines(source["provenance"]))
                 self.assertEqual(source["delivery"]["kind"], delivery)
         gebs = call(content, "all", "gebs")
         self.assertEqual(gebs["source"]["delivery"]["gains"], gebs["values"][21:])
@@ -514,8 +523,7 @@ class SimulateTest(FolderTest):
                 matrix = source["delivery"]["words"]
                 if kind == "setParam":
                     self.assertEqual(dom["values"][1:len(matrix) + 1], matrix)
-                self.assertIn(line, [e["line"] for p in source["delivery"]["provenance"]["parameters"]
-                                     for s in p["steps"] for e in s["elements"]])
+                self.assertIn(line, read_lines(source["delivery"]["provenance"]))
         [get, sent, _] = geq
         for call in (get, sent):
             self.assertEqual(call["source"]["blob"], {"kind": "effect"})
@@ -705,10 +713,8 @@ class ExplainTest(FolderTest):
                     self.assertIn(text, result.stdout)
                 assert_fits_80(self, result.stdout, EXAMPLE)
                 _, document = run_json("explain", EXAMPLE, *args)
-                lines = [element["line"] for entry in document["entries"]
-                         for parameter in entry["source"]["parameters"]
-                         for step in parameter["steps"] for element in step["elements"]]
-                self.assertIn(line, lines)
+                self.assertIn(line, [n for entry in document["entries"]
+                                     for n in read_lines(entry["source"])])
 
     def test_dump_and_blobs_fit_80_columns(self):
         for command in ("dump", "blobs"):
@@ -865,29 +871,8 @@ class EffectTest(FolderTest):
         text = tuning("".join(profile(n, "p%d" % n, SPEAKER.replace('value="4"', 'vaule="4"'))
                               for n in range(200)))
         path = self.write(text)
-        temporary = os.path.join(self.folder, "tmp")
-        os.mkdir(temporary)
-
-        def copies():
-            return [n for n in os.listdir(temporary) if n.startswith("paramtool-undone")]
-        for stop in (signal.SIGTERM, signal.SIGINT):
-            with self.subTest(signal=stop):
-                tool = subprocess.Popen(TOOL + ["check", path], stdout=subprocess.DEVNULL,
-                                        stderr=subprocess.DEVNULL,
-                                        env=dict(os.environ, TMPDIR=temporary))
-                for _ in range(5000):
-                    if copies() or tool.poll() is not None:
-                        break
-                    time.sleep(0.002)
-                self.assertTrue(copies(), "an undone copy is loaded from a private file")
-                tool.send_signal(stop)
-                self.assertEqual(tool.wait(timeout=60), -stop)
-                # The loads under way end, each removing its copy.
-                for _ in range(1000):
-                    if not os.listdir(temporary):
-                        break
-                    time.sleep(0.01)
-                self.assertEqual(os.listdir(temporary), [])
+        self.interrupt(["check", path], lambda folder: [
+            n for n in os.listdir(folder) if n.startswith("paramtool-undone")])
         self.assertEqual(read(path), text, "the user's file is never written")
 
     def test_each_undo_rule_measures_the_blob_entries_it_changes(self):
@@ -935,33 +920,19 @@ class EffectTest(FolderTest):
                     self.assertIn(entry, changed)
 
     def test_what_a_cause_keeps_from_being_read_is_said_by_its_effect(self):
+        # Nothing reads the misspelt profile, so nothing below it is read either. (A comment read
+        # in place of an include is ExampleEditTest's first case.)
         second = profile(1, "q", SPEAKER).replace("profile", "profiel")
-        cases = [
-            # Stepped over, the comment leaves the blank text after it where the reader looks
-            # for the include: the endpoint takes IEQ preset 0 instead of 2.
-            (tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace('"speaker">',
-                                                                  '"speaker"><!-- note -->'))),
-             "<!-- note -->", "first child", ('profile 0 "p"', "changed"),
-             [("speaker", "ieid", "changed"), ("speaker", "iebs", "changed")]),
-            # Nothing reads the misspelt profile, so nothing below it is read either.
-            (tuning(IEQ_PRESETS + profile(0, "p", SPEAKER) + second), "<profiel",
-             "did you mean <profile>?", ('profile 1 "q"', "removed"), []),
-        ]
-        for text, marker, words, blob, entries in cases:
-            with self.subTest(words=words):
-                path, document = self.check(text)
-                line = line_of(path, marker)
-                (found,) = [f for f in document["findings"] if f["line"] == line and f["undo"]]
-                self.assertIn(words, found["message"])
-                # No note narrates what it costs, and no finding of its own says it again.
-                self.assertEqual(found["notes"], [])
-                self.assertEqual([f["message"] for f in document["findings"]
-                                  if f["line"] > line and "include" in f["message"]], [])
-                differences = found["effect"]["differences"]
-                self.assertIn(blob, [(d["blob"], d["change"]) for d in differences])
-                for entry in entries:
-                    self.assertIn(entry, effect_entries(found))
-        self.assertGreater(differences[0]["entries"], 20)
+        path, document = self.check(tuning(IEQ_PRESETS + profile(0, "p", SPEAKER) + second))
+        line = line_of(path, "<profiel")
+        (found,) = [f for f in document["findings"] if f["line"] == line and f["undo"]]
+        self.assertIn("did you mean <profile>?", found["message"])
+        # No note narrates what it costs, and no finding of its own says it again.
+        self.assertEqual(found["notes"], [])
+        self.assertEqual([f["message"] for f in document["findings"] if f["line"] > line], [])
+        (removed,) = found["effect"]["differences"]
+        self.assertEqual((removed["blob"], removed["change"]), ('profile 1 "q"', "removed"))
+        self.assertGreater(removed["entries"], 20)
 
     def test_the_effect_has_diffs_shape_and_goes_with_no_effects_and_into_sarif_fixes(self):
         text = tuning(IEQ_PRESETS + profile(0, "p", SPEAKER.replace("amount value=",
