@@ -21,7 +21,6 @@
 #include "TestPaths.h"
 #include "cache/SpatializerParamCache.h"
 #include "model/Parameter.h"
-#include "platform/LocalProperties.h"
 #include "store/SpatializerParamArray.h"
 #include "store/SpatializerParamArrayConstants.h"
 #include "store/SpatializerParamParser.h"
@@ -191,17 +190,6 @@ TEST_F(ProfilesFileTest, TablesAndLinesOfTheLoad) {
     for (const LogLine& line : mLog.lines()) {
         EXPECT_LT(line.priority, ANDROID_LOG_WARN) << line.tag << ": " << line.message;
     }
-}
-
-// The user's gains persisted before the store is made replace those of the file's presets.
-TEST(UserGainsTest, RestoredAfterTheFileIsLoaded) {
-    korva::setLocalProperty("persist.vendor.audio.sfx.hd.eq", "1,2,3,4,5,6,7,8,9,10");
-    LoadedStore loaded(testDataFile("loader-profiles.xml"));
-    // Only profile 0 had gains from the file.
-    EXPECT_EQ(
-        (std::map<int, std::vector<int>>{{0, {-58, -50, -42, -34, -26, -18, -10, -2, 6,  14,
-                                              22,  22,  22,  22,  22,  22,  22,  22, 22, 22}}}),
-        loaded.peer.profileGeqGains());
 }
 
 class TuningsFileTest : public ::testing::Test {
