@@ -369,9 +369,9 @@ class BlobsTest(unittest.TestCase):
                 self.assertEqual(result.returncode, 2)
                 self.assertEqual(len(result.stderr.splitlines()), 1)
 
-    def test_text_table_matches_the_entries(self):
-        text = run("blobs", "--profile", "movie").stdout
-        _, document = run_json("blobs", "--profile", "movie")
+    def test_text_table_lists_the_entries_bands_and_rows_with_their_sources(self):
+        text = run("blobs", EXAMPLE, "--profile", "movie").stdout
+        _, document = run_json("blobs", EXAMPLE, "--profile", "movie")
         blob = document["blobs"][0]
         lines = text.splitlines()
         self.assertEqual(lines[0], 'profile 1 "movie": %d entries, %d words'
@@ -380,13 +380,7 @@ class BlobsTest(unittest.TestCase):
         self.assertEqual([(r[1], r[2]) for r in rows][:3], [("all", "mdle"), ("all", "miee"),
                                                            ("all", "msce")])
         self.assertEqual(len(rows), len(blob["entries"]))
-        assert_fits_80(self, text)
-
-
-
-
-    def test_lists_by_band_and_row_with_their_sources(self):
-        text = run("blobs", EXAMPLE, "--profile", "movie").stdout
+        assert_fits_80(self, text, EXAMPLE)
         # IEQ preset "detailed" (line 52), first band on line 55; the speaker_stereo matrix's
         # third row on line 699.
         self.assertRegex(text, r"speaker +iebs +41 +ieq_frequency, ieq_target line 52\n +"
@@ -395,9 +389,7 @@ class BlobsTest(unittest.TestCase):
         raw = run("blobs", EXAMPLE, "--profile", "movie", "--raw").stdout
         self.assertNotIn("band 1:", raw)
         self.assertIn("20 47 141 234", raw)
-        _, document = run_json("blobs", EXAMPLE, "--profile", "movie")
-        iebs = [e for e in document["blobs"][0]["entries"]
-                if e["code"] == "iebs" and e["device"] == 2][0]
+        iebs = [e for e in blob["entries"] if e["code"] == "iebs" and e["device"] == 2][0]
         self.assertEqual(iebs["view"]["raw"], iebs["values"])
         self.assertEqual([c["name"] for c in iebs["view"]["columns"]], ["frequency", "target"])
         self.assertEqual(iebs["view"]["columns"][1]["values"][0], 5.0)
