@@ -24,19 +24,20 @@
 
 namespace korva::tool {
 
-const std::vector<std::pair<std::string, std::string>> SimulateCommand::kPropertyNames = {
+namespace {
+
+using Cache = SpatializerParamCache;
+
+// Short names of the properties a device's start-up depends on.
+const std::pair<std::string, std::string> kPropertyNames[] = {
     {"product", kProductNameProperty}, {"smartpa", kSmartPaTypeProperty},
     {"gains", kUserGainsProperty},     {"featuremask", kEqFeatureMaskProperty},
     {"loglevel", kLogLevelProperty},
 };
-
-const char* const SimulateCommand::kStepForms =
+// The steps' forms, for help and errors.
+const char* const kStepForms =
     "profile=NAME|ID, content=on|off[,mcc], select=PORT:DEVICE, tuning, load=DEVICE, "
     "geq=G1,...,G20";
-
-namespace {
-
-using Cache = SpatializerParamCache;
 
 const char* const kStepPrefixes[] = {"profile=", "content=", "select=", "load=", "geq="};
 const char* const kCallNames[] = {"setParam", "getParam", "commit"};  // by EffectCall::Kind
@@ -376,7 +377,7 @@ bool takeProperties(const std::vector<std::string>& assignments,
         }
         std::string key = assignment.substr(0, equals);
         std::string shortNames;
-        for (const auto& [alias, name] : SimulateCommand::kPropertyNames) {
+        for (const auto& [alias, name] : kPropertyNames) {
             key = key == alias ? name : key;
             shortNames += (shortNames.empty() ? "" : ", ") + alias;
         }
@@ -392,18 +393,11 @@ bool takeProperties(const std::vector<std::string>& assignments,
     return true;
 }
 
-}  // namespace
-
-void SimulateCommand::addOptions(CLI::App* command, Options* options) {
-    command->add_flag("--effect-from-builtin", options->effectFromBuiltin,
-                      "start the recording effect from the built-in common table, sent through "
-                      "the cache before the steps, so that getParam answers as a configured "
-                      "effect would; otherwise it starts empty and refuses (-22) getParam of "
-                      "what it was not sent. Either way it answers getParam with what it was "
-                      "sent last");
-}
-
-bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* options) {
+// Splits the words after the options into the file and the steps: the first word is the file
+// when it is not a step and names something on disk or looks like a path. False, after one line
+// on stderr naming the word, for a word that is neither.
+bool takeWords(const std::vector<std::string>& words, std::string* file,
+               std::vector<std::string>* steps) {
     for (size_t i = 0; i < words.size(); i++) {
         const std::string& word = words[i];
         struct stat status;
@@ -411,9 +405,9 @@ bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* 
             word.find('/') != std::string::npos ||
             (word.size() > 4 && word.compare(word.size() - 4, 4, ".xml") == 0);
         if (isStep(word)) {
-            options->steps.push_back(word);
+            steps->push_back(word);
         } else if (i == 0 && (looksLikePath || stat(word.c_str(), &status) == 0)) {
-            options->common.file = word;
+            *file = word;
         } else {
             ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
                                                    (i == 0 ? "), and no file of that name"
@@ -425,10 +419,36 @@ bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* 
     return true;
 }
 
+}  // namespace
+
+void SimulateCommand::addOptions(CLI::App* command, Options* options) {
+    std::string propertyHelp =
+        "set a system property before the store starts (repeatable); short names:";
+    for (const auto& [alias, name] : kPropertyNames) {
+        propertyHelp += " " + alias + "=" + name;
+    }
+    // One KEY=VALUE per --prop, so that the steps after it stay steps.
+    command->add_option("--prop", options->properties, propertyHelp)
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    command->add_option(
+        "STEP", options->words,
+        std::string("tuning file (default: the bundled example), then the steps: ") + kStepForms);
+    command->add_flag("--raw", options->raw, "list values as words, not bands and rows");
+    command->add_flag("--effect-from-builtin", options->effectFromBuiltin,
+                      "start the recording effect from the built-in common table, sent through "
+                      "the cache before the steps, so that getParam answers as a configured "
+                      "effect would; otherwise it starts empty and refuses (-22) getParam of "
+                      "what it was not sent. Either way it answers getParam with what it was "
+                      "sent last");
+}
+
 int SimulateCommand::run(const Options& options) {
-    const std::string& path = options.common.file;
+    std::string path = options.common.file;
+    std::vector<std::string> texts;
     StoreSession::Properties properties;
-    if (!takeProperties(options.properties, &properties)) {
+    if (!takeWords(options.words, &path, &texts) ||
+        !takeProperties(options.properties, &properties)) {
         return kExitError;
     }
     std::unique_ptr<StoreSession> session = StoreSession::open(path, properties);
@@ -447,11 +467,11 @@ int SimulateCommand::run(const Options& options) {
                                     (shownProperties.empty() ? "no property" : shownProperties) +
                                     " says: " + line);
     }
-    std::vector<Step> steps(options.steps.size());
+    std::vector<Step> steps(texts.size());
     for (size_t i = 0; i < steps.size(); i++) {
-        const std::string error = parseStep(options.steps[i], *session, &steps[i]);
+        const std::string error = parseStep(texts[i], *session, &steps[i]);
         if (!error.empty()) {
-            ToolOutput::error(path, "step " + options.steps[i] + ": " + error);
+            ToolOutput::error(path, "step " + texts[i] + ": " + error);
             return kExitError;
         }
     }
