@@ -45,11 +45,7 @@ int ExplainCommand::run(const Options& options) {
     {
         const auto entries = out->list("entries");
         for (const LoadedBlob& blob : file.blobs) {
-            const bool all = options.profile.empty() && !options.hasDevice;
-            const bool selected = blob.kind == LoadedBlob::Kind::kTuningDevice
-                                      ? all || (options.hasDevice && blob.name == options.device)
-                                      : all || (!options.profile.empty() && blob.id == profileId);
-            for (size_t i = 0; selected && i < blob.entries.size(); i++) {
+            for (size_t i = 0; options.selects(blob, profileId) && i < blob.entries.size(); i++) {
                 const LoadedEntry& entry = blob.entries[i];
                 const std::string code = BlobDecoder::codeText(entry.code);
                 if (!sameCode(code, options.code)) {
