@@ -209,35 +209,18 @@ std::string parseStep(const std::string& text, const StoreSession& session, Step
     return "";
 }
 
+// A profile by its id: the file's, else the built-in table's.
+std::string profileTitle(const LoadedFile& file, int id) {
+    const LoadedBlob* blob = file.find(LoadedBlob::Kind::kProfile, id);
+    blob = blob != nullptr ? blob : LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, id);
+    return blob != nullptr ? blob->title() : "profile " + std::to_string(id);
+}
+
 // A call's source in the file's words: the blob and entry the cache reported with that entry's
-// provenance, and what the cache put in place of the entry's values.
-class SourceText {
-public:
-    SourceText(const StoreSession& session)
-        : mFile(LoadedFile::of(session)), mStore(session.store()) {}
-
-    // The source in JSON; in text, the notes under the call.
-    void print(Printer& out, const EffectCall& call, const CallSource& source) const;
-
-private:
-    // The blob the cache sent from.
-    const LoadedBlob* blob(const CallSource& source) const {
-        const LoadedBlob::Kind kind = kindOf(source.blob);
-        return (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : mFile)
-            .find(kind, source.profileId, source.device);
-    }
-    // A profile by its id: the file's, else the built-in table's.
-    std::string profileTitle(int id) const {
-        const LoadedBlob* blob = mFile.find(LoadedBlob::Kind::kProfile, id);
-        blob = blob != nullptr ? blob : LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, id);
-        return blob != nullptr ? blob->title() : "profile " + std::to_string(id);
-    }
-
-    const LoadedFile mFile;
-    SpatializerParamArray& mStore;
-};
-
-void SourceText::print(Printer& out, const EffectCall& call, const CallSource& source) const {
+// provenance, and what the cache put in place of the entry's values. JSON has it as an object; text
+// as notes under the call.
+void printSource(Printer& out, const StoreSession& session, const LoadedFile& file,
+                 const EffectCall& call, const CallSource& source) {
     if (!source.reported) {
         return out.json("source", nullptr);
     }
@@ -249,8 +232,10 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
     if (source.fromBlob) {
         const bool device = source.blob == DeliveredBlob::kTuningDevice;
         blobJson[device ? "device" : "id"] = device ? Json(source.device) : Json(source.profileId);
-        const LoadedBlob* from = blob(source);
-        origin = (from != nullptr ? from->title() : profileTitle(source.profileId)) + " #" +
+        const LoadedBlob::Kind kind = kindOf(source.blob);
+        const LoadedBlob* from = (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : file)
+                                     .find(kind, source.profileId, source.device);
+        origin = (from != nullptr ? from->title() : profileTitle(file, source.profileId)) + " #" +
                  std::to_string(source.entry + 1);
         const bool inBlob = from != nullptr && source.entry >= 0 &&
                             static_cast<size_t>(source.entry) < from->entries.size();
@@ -266,15 +251,15 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
     std::string substitution = words.instead == nullptr ? "" : words.instead;
     Json delivery = {{"kind", words.name}};
     if (source.how == Delivery::kUserGeqGains) {
-        substitution = "the user's GEQ gains of " + profileTitle(source.gainsProfile);
+        substitution = "the user's GEQ gains of " + profileTitle(file, source.gainsProfile);
         delivery["profile"] = source.gainsProfile;
-        delivery["gains"] =
-            mStore.getProfileGeqGains(static_cast<KrvSpatializerProfileId>(source.gainsProfile));
+        delivery["gains"] = session.store().getProfileGeqGains(
+            static_cast<KrvSpatializerProfileId>(source.gainsProfile));
     } else if (source.how == Delivery::kTuningMixMatrix) {
         // The tuning device's tuning: its orientation and matrix.
-        const auto matrix = mFile.store.mixMatrices.find(source.matrixDevice);
+        const auto matrix = file.store.mixMatrices.find(source.matrixDevice);
         const MixMatrix none;
-        const MixMatrix& from = matrix != mFile.store.mixMatrices.end() ? matrix->second : none;
+        const MixMatrix& from = matrix != file.store.mixMatrices.end() ? matrix->second : none;
         substitution = "the mix matrix of tuning device \"" + source.matrixDevice +
                        "\": " + from.source.summary();
         delivery["device"] = source.matrixDevice;
@@ -303,7 +288,8 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
 // One call, titled in text by what the effect was asked and answered. previous is the call
 // before it in the step, if any.
 void printCall(Printer& out, size_t number, const EffectCall& call, const EffectCall* previous,
-               const CallSource& source, const SourceText& sources, bool raw) {
+               const CallSource& source, const StoreSession& session, const LoadedFile& file,
+               bool raw) {
     const bool commit = call.kind == EffectCall::kCommit;
     const bool get = call.kind == EffectCall::kGetParam;
     const std::vector<int>& values = get ? call.answer : call.values;
@@ -330,7 +316,7 @@ void printCall(Printer& out, size_t number, const EffectCall& call, const Effect
         if (view.kind != EntryView::Kind::kPlain) {
             out.json("view", view.toJson());
         }
-        sources.print(out, call, source);
+        printSource(out, session, file, call, source);
         // A setParam right after its own getParam failed sends the buffer that read left.
         if (!get && previous != nullptr && previous->kind == EffectCall::kGetParam &&
             previous->result != 0 && previous->deviceId == call.deviceId &&
@@ -484,7 +470,7 @@ int SimulateCommand::run(const Options& options) {
     }
     DeliveryLog deliveries(effect);
     const DeliveryObserver::Scope listening(&deliveries);
-    const SourceText sources(*session);
+    const LoadedFile file = LoadedFile::of(*session);
     LibraryLog::takeErrors();
     const bool tuningsUsable = Cache().isTuningAvailable();
     const std::unique_ptr<Printer> out = Printer::make(options.common.json);
@@ -520,8 +506,8 @@ int SimulateCommand::run(const Options& options) {
         {
             const auto callList = out->list("calls");
             for (size_t i = 0; i < calls.size(); i++) {
-                printCall(*out, i + 1, calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], sources,
-                          options.raw);
+                printCall(*out, i + 1, calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], *session,
+                          file, options.raw);
             }
         }
         for (const auto& [key, line] : lines) {
