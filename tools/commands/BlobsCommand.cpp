@@ -1,10 +1,7 @@
 #include "tools/commands/BlobsCommand.h"
 
-#include "reader/String2Int.h"
-#include "tools/load/LoadedFile.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
-#include "tools/render/NumberText.h"
 #include "tools/render/TextTable.h"
 
 namespace korva::tool {
