@@ -57,8 +57,7 @@ void fileAndCommon(CLI::App& command, CommonOptions& options) {
 }
 
 // A profile and a tuning device to select by, with --raw.
-template <typename Selection>
-void selection(CLI::App& command, Selection& options) {
+void selection(CLI::App& command, BlobSelection& options) {
     command.add_option("--profile", options.profile, "only this profile (name or id)")
         ->type_name("NAME|ID");
     // The empty name is a device too, so that it was given is kept apart from what it was.
