@@ -1,11 +1,13 @@
 #include "tools/VersionInfo.h"
 
+#include <dlfcn.h>
 #include <libxml/parser.h>
-#include <link.h>
 
 #include <climits>
 #include <cstdlib>
 #include <string>
+
+#include "reader/String2Int.h"
 
 namespace korva::tool {
 
@@ -14,29 +16,19 @@ std::string VersionInfo::tool() {
 }
 
 std::string VersionInfo::library() {
-    // The loaded objects' names: the library is the one whose file is named after it.
-    std::string path;
-    dl_iterate_phdr(
-        [](struct dl_phdr_info* info, size_t, void* data) {
-            const std::string name = info->dlpi_name != nullptr ? info->dlpi_name : "";
-            if (name.find("/libspatializerparamstorage.so") == std::string::npos) {
-                return 0;
-            }
-            *static_cast<std::string*>(data) = name;
-            return 1;
-        },
-        &path);
-    if (path.empty()) {
+    // The file the library's code was loaded from, resolved to the versioned name that the
+    // symlinks of a shared library end at.
+    const auto code = static_cast<int (*)(const std::string&)>(string2Int);
+    Dl_info info{};
+    char path[PATH_MAX];
+    if (dladdr(reinterpret_cast<void*>(code), &info) == 0 || info.dli_fname == nullptr ||
+        std::string(info.dli_fname).find("/libspatializerparamstorage.so") == std::string::npos ||
+        realpath(info.dli_fname, path) == nullptr) {
         return "unknown";
     }
-    char resolved[PATH_MAX];
-    if (realpath(path.c_str(), resolved) != nullptr) {
-        path = resolved;
-    }
-    // The versioned file name that the symlinks of a shared library end at.
-    const size_t so = path.rfind(".so.");
-    const std::string version = so == std::string::npos ? "unknown" : path.substr(so + 4);
-    return version + " (" + path + ")";
+    const std::string name = path;
+    const size_t so = name.rfind(".so.");
+    return (so == std::string::npos ? "unknown" : name.substr(so + 4)) + " (" + name + ")";
 }
 
 std::string VersionInfo::text() {

@@ -30,7 +30,6 @@ struct Options {
     CommonOptions dump;
     BlobsCommand::Options blobs;
     SimulateCommand::Options simulate;
-    std::vector<std::string> simulateWords;
     DiffCommand::Options diff;
     ReportCommand::Options report;
     ExplainCommand::Options explain;
@@ -58,8 +57,7 @@ void fileAndCommon(CLI::App& command, CommonOptions& options) {
 }
 
 // A profile and a tuning device to select by, with --raw.
-template <typename Selection>
-void selection(CLI::App& command, Selection& options) {
+void selection(CLI::App& command, BlobSelection& options) {
     command.add_option("--profile", options.profile, "only this profile (name or id)")
         ->type_name("NAME|ID");
     // The empty name is a device too, so that it was given is kept apart from what it was.
@@ -89,14 +87,6 @@ CommandOptions& start(CommandOptions& options) {
     return options;
 }
 
-std::string propertyHelp() {
-    std::string help = "set a system property before the store starts (repeatable); short names:";
-    for (const auto& [alias, name] : SimulateCommand::kPropertyNames) {
-        help += " " + alias + "=" + name;
-    }
-    return help;
-}
-
 const Command kCommands[] = {
     {"check",
      "report what the library accepts silently but changes what reaches the effect, then "
@@ -124,24 +114,10 @@ const Command kCommands[] = {
      [](Options& o) { return BlobsCommand::run(start(o.blobs)); }},
     {"simulate", "run effect calls through the parameter cache and print every call",
      [](CLI::App& command, Options& o) {
-         // One KEY=VALUE per --prop, so that the steps after it stay steps.
-         command.add_option("--prop", o.simulate.properties, propertyHelp())
-             ->type_name("KEY=VALUE")
-             ->allow_extra_args(false);
-         command.add_option("STEP", o.simulateWords,
-                            std::string("tuning file (default: the bundled example), then the "
-                                        "steps: ") +
-                                SimulateCommand::kStepForms);
-         command.add_flag("--raw", o.simulate.raw, "list values as words, not bands and rows");
          SimulateCommand::addOptions(&command, &o.simulate);
          common(command, o.simulate.common);
      },
-     [](Options& o) {
-         if (!SimulateCommand::takeWords(o.simulateWords, &o.simulate)) {
-             return kExitError;
-         }
-         return SimulateCommand::run(start(o.simulate));
-     }},
+     [](Options& o) { return SimulateCommand::run(start(o.simulate)); }},
     {"diff", "blob-level differences between two tuning files",
      [](CLI::App& command, Options& o) {
          command.add_option("A", o.diff.fileA, "the tuning file before")->required();

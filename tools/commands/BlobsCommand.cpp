@@ -1,10 +1,7 @@
 #include "tools/commands/BlobsCommand.h"
 
-#include "reader/String2Int.h"
-#include "tools/load/LoadedFile.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
-#include "tools/render/NumberText.h"
 #include "tools/render/TextTable.h"
 
 namespace korva::tool {
@@ -39,6 +36,14 @@ std::string blobText(const LoadedBlob& blob, bool raw) {
 
 }  // namespace
 
+bool BlobSelection::selects(const LoadedBlob& blob, int profileId) const {
+    if (profile.empty() && !hasDevice) {
+        return true;
+    }
+    return blob.kind == LoadedBlob::Kind::kTuningDevice ? hasDevice && blob.name == device
+                                                        : !profile.empty() && blob.id == profileId;
+}
+
 int BlobsCommand::run(const Options& options) {
     const std::string& path = options.common.file;
     LoadedFile file;
@@ -57,12 +62,8 @@ int BlobsCommand::run(const Options& options) {
     bool foundDevice = false;
     std::vector<LoadedBlob> shown;
     for (LoadedBlob& blob : file.blobs) {
-        const bool isDevice = blob.kind == LoadedBlob::Kind::kTuningDevice;
-        const bool profileMatch = selectProfile && !isDevice && blob.id == profileId;
-        const bool deviceMatch = options.hasDevice && isDevice && blob.name == options.device;
-        foundProfile = foundProfile || profileMatch;
-        foundDevice = foundDevice || deviceMatch;
-        if ((!selectProfile && !options.hasDevice) || profileMatch || deviceMatch) {
+        if (options.selects(blob, profileId)) {
+            (blob.kind == LoadedBlob::Kind::kTuningDevice ? foundDevice : foundProfile) = true;
             shown.push_back(std::move(blob));
         }
     }

@@ -32,35 +32,33 @@ std::vector<Differences::Value> changedValues(const LoadedEntry& a, const Loaded
 // The entry changes between two versions of one blob, in the order of the first, then the
 // entries only the second has.
 std::vector<Differences::Entry> compareEntries(const LoadedBlob& before, const LoadedBlob& after) {
-    const std::vector<std::string> oldKeys = before.entryKeys();
     const std::vector<std::string> newKeys = after.entryKeys();
-    std::map<std::string, size_t> newIndex;
+    std::map<std::string, const LoadedEntry*> unmatched;  // those of after before has not had
     for (size_t i = 0; i < newKeys.size(); i++) {
-        newIndex[newKeys[i]] = i;
+        unmatched[newKeys[i]] = &after.entries[i];
     }
     std::vector<Differences::Entry> changes;
-    std::vector<bool> matched(newKeys.size(), false);
+    const std::vector<std::string> oldKeys = before.entryKeys();
     for (size_t i = 0; i < oldKeys.size(); i++) {
         const LoadedEntry& a = before.entries[i];
-        auto found = newIndex.find(oldKeys[i]);
-        const LoadedEntry* b = found != newIndex.end() ? &after.entries[found->second] : nullptr;
+        const auto found = unmatched.find(oldKeys[i]);
+        const LoadedEntry* b = found != unmatched.end() ? found->second : nullptr;
         if (b != nullptr) {
-            matched[found->second] = true;
+            unmatched.erase(found);
         }
         if (b == nullptr || a.values != b->values) {
-            Differences::Entry& change = changes.emplace_back(
-                Differences::Entry{a.deviceId, a.code, {{a.from, a.values}}, {}, {}});
-            if (b != nullptr) {
-                change.b = {b->from, b->values};
-            }
-            if (b != nullptr && a.values.size() == b->values.size()) {
-                change.values = changedValues(a, *b);
+            changes.push_back({a.deviceId, a.code, {{a.from, a.values}}, {}, {}});
+        }
+        if (b != nullptr && a.values != b->values) {
+            changes.back().b = {b->from, b->values};
+            if (a.values.size() == b->values.size()) {
+                changes.back().values = changedValues(a, *b);
             }
         }
     }
     for (size_t i = 0; i < newKeys.size(); i++) {
         const LoadedEntry& b = after.entries[i];
-        if (!matched[i]) {
+        if (unmatched.count(newKeys[i]) != 0) {
             changes.push_back({b.deviceId, b.code, {}, {{b.from, b.values}}, {}});
         }
     }
@@ -116,13 +114,11 @@ void compareStore(const StoreState& a, const StoreState& b,
         }
     };
     differ("tunings usable", a.tuningsUsable ? "true" : "false", b.tuningsUsable ? "true" : "false");
-    for (const char* port : kAndroidDeviceNames) {
-        differ(std::string("tuning devices of ") + port, portOf(a, port).devices,
-               portOf(b, port).devices);
-    }
-    for (const char* port : kAndroidDeviceNames) {
-        differ(std::string("default selection of ") + port, portOf(a, port).selected,
-               portOf(b, port).selected);
+    for (const auto& [what, member] : {std::pair("tuning devices of ", &PortState::devices),
+                                       std::pair("default selection of ", &PortState::selected)}) {
+        for (const char* port : kAndroidDeviceNames) {
+            differ(what + std::string(port), portOf(a, port).*member, portOf(b, port).*member);
+        }
     }
     // A device only one file has shows in its port's list and in its blob.
     for (const auto& [device, matrix] : a.mixMatrices) {

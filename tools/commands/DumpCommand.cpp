@@ -59,24 +59,32 @@ void printFields(Printer& out, const RecordSnapshot& record) {
     }
 }
 
-void print(Printer& out, const LoadReport& records, const std::string& path) {
-    out.path("file", "tuning file", path);
-    out.field("format_version", records.formatVersion);
-    out.field("tool_version", records.toolVersion);
-    out.field("orbex_game_system_gain", "game system gain", records.gameSystemGain);
-    out.field("profile_elements", records.profileElements);
+}  // namespace
+
+int DumpCommand::run(const CommonOptions& options) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(options.file);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    const LoadReport& records = session->report();
+    const std::unique_ptr<Printer> out = Printer::make(options.json);
+    out->path("file", "tuning file", options.file);
+    out->field("format_version", records.formatVersion);
+    out->field("tool_version", records.toolVersion);
+    out->field("orbex_game_system_gain", "game system gain", records.gameSystemGain);
+    out->field("profile_elements", records.profileElements);
     for (const KindText& kind : kKinds) {
-        const auto list = out.list(kind.key);
+        const auto list = out->list(kind.key);
         size_t number = 0;
         for (const RecordSnapshot* record : records.ofKind(kind.kind)) {
-            const auto item = out.object("", kind.title + (" #" + std::to_string(++number)));
-            out.field("id", record->id);
-            printFields(out, *record);
+            const auto item = out->object("", kind.title + (" #" + std::to_string(++number)));
+            out->field("id", record->id);
+            printFields(*out, *record);
             // ieq_id is the preset number, shown above.
-            const auto values = out.object("values", "values");
+            const auto values = out->object("values", "values");
             for (const auto& [parameter, list] : record->values) {
                 if (parameter != IEQ_ID) {
-                    out.field(kParameterNames[parameter], kParameterNames[parameter], list);
+                    out->field(kParameterNames[parameter], kParameterNames[parameter], list);
                 }
             }
         }
@@ -85,18 +93,7 @@ void print(Printer& out, const LoadReport& records, const std::string& path) {
     for (const BindingSnapshot& device : records.bindings) {
         devices.addRow({device.device, device.port, device.tuning});
     }
-    out.table("device_tunings", devices, "device tunings");
-}
-
-}  // namespace
-
-int DumpCommand::run(const CommonOptions& options) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(options.file);
-    if (session == nullptr || !session->readable()) {
-        return kExitError;
-    }
-    const std::unique_ptr<Printer> out = Printer::make(options.json);
-    print(*out, session->report(), options.file);
+    out->table("device_tunings", devices, "device tunings");
     out->flush();
     return kExitOk;
 }

@@ -1,7 +1,8 @@
 #include "tools/commands/ExplainCommand.h"
 
+#include <strings.h>
+
 #include <algorithm>
-#include <cctype>
 #include <memory>
 
 #include "tools/load/LoadedFile.h"
@@ -10,18 +11,6 @@
 #include "tools/render/Printer.h"
 
 namespace korva::tool {
-
-namespace {
-
-// Codes are four letters whatever case they are typed in.
-bool sameCode(const std::string& a, const std::string& b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) ==
-                      std::tolower(static_cast<unsigned char>(y));
-           });
-}
-
-}  // namespace
 
 int ExplainCommand::run(const Options& options) {
     const std::string& path = options.common.file;
@@ -45,14 +34,11 @@ int ExplainCommand::run(const Options& options) {
     {
         const auto entries = out->list("entries");
         for (const LoadedBlob& blob : file.blobs) {
-            const bool all = options.profile.empty() && !options.hasDevice;
-            const bool selected = blob.kind == LoadedBlob::Kind::kTuningDevice
-                                      ? all || (options.hasDevice && blob.name == options.device)
-                                      : all || (!options.profile.empty() && blob.id == profileId);
-            for (size_t i = 0; selected && i < blob.entries.size(); i++) {
+            for (size_t i = 0; options.selects(blob, profileId) && i < blob.entries.size(); i++) {
                 const LoadedEntry& entry = blob.entries[i];
                 const std::string code = BlobDecoder::codeText(entry.code);
-                if (!sameCode(code, options.code)) {
+                // Codes are four letters whatever case they are typed in.
+                if (strcasecmp(code.c_str(), options.code.c_str()) != 0) {
                     continue;
                 }
                 found = true;

@@ -5,21 +5,15 @@
 
 #include <string>
 
-#include "tools/render/ToolOutput.h"
+#include "tools/commands/BlobsCommand.h"
 
 namespace korva::tool {
 
 class ExplainCommand {
 public:
-    struct Options {
+    struct Options : BlobSelection {
         CommonOptions common;
         std::string code;
-        // A profile by name or id; empty for every profile.
-        std::string profile;
-        // A tuning device by name (the empty name included) when hasDevice.
-        std::string device;
-        bool hasDevice = false;
-        bool raw = false;
     };
 
     static int run(const Options& options);

@@ -24,19 +24,20 @@
 
 namespace korva::tool {
 
-const std::vector<std::pair<std::string, std::string>> SimulateCommand::kPropertyNames = {
+namespace {
+
+using Cache = SpatializerParamCache;
+
+// Short names of the properties a device's start-up depends on.
+const std::pair<std::string, std::string> kPropertyNames[] = {
     {"product", kProductNameProperty}, {"smartpa", kSmartPaTypeProperty},
     {"gains", kUserGainsProperty},     {"featuremask", kEqFeatureMaskProperty},
     {"loglevel", kLogLevelProperty},
 };
-
-const char* const SimulateCommand::kStepForms =
+// The steps' forms, for help and errors.
+const char* const kStepForms =
     "profile=NAME|ID, content=on|off[,mcc], select=PORT:DEVICE, tuning, load=DEVICE, "
     "geq=G1,...,G20";
-
-namespace {
-
-using Cache = SpatializerParamCache;
 
 const char* const kStepPrefixes[] = {"profile=", "content=", "select=", "load=", "geq="};
 const char* const kCallNames[] = {"setParam", "getParam", "commit"};  // by EffectCall::Kind
@@ -208,35 +209,18 @@ std::string parseStep(const std::string& text, const StoreSession& session, Step
     return "";
 }
 
+// A profile by its id: the file's, else the built-in table's.
+std::string profileTitle(const LoadedFile& file, int id) {
+    const LoadedBlob* blob = file.find(LoadedBlob::Kind::kProfile, id);
+    blob = blob != nullptr ? blob : LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, id);
+    return blob != nullptr ? blob->title() : "profile " + std::to_string(id);
+}
+
 // A call's source in the file's words: the blob and entry the cache reported with that entry's
-// provenance, and what the cache put in place of the entry's values.
-class SourceText {
-public:
-    SourceText(const StoreSession& session)
-        : mFile(LoadedFile::of(session)), mStore(session.store()) {}
-
-    // The source in JSON; in text, the notes under the call.
-    void print(Printer& out, const EffectCall& call, const CallSource& source) const;
-
-private:
-    // The blob the cache sent from.
-    const LoadedBlob* blob(const CallSource& source) const {
-        const LoadedBlob::Kind kind = kindOf(source.blob);
-        return (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : mFile)
-            .find(kind, source.profileId, source.device);
-    }
-    // A profile by its id: the file's, else the built-in table's.
-    std::string profileTitle(int id) const {
-        const LoadedBlob* blob = mFile.find(LoadedBlob::Kind::kProfile, id);
-        blob = blob != nullptr ? blob : LoadedFile::builtin().find(LoadedBlob::Kind::kBuiltin, id);
-        return blob != nullptr ? blob->title() : "profile " + std::to_string(id);
-    }
-
-    const LoadedFile mFile;
-    SpatializerParamArray& mStore;
-};
-
-void SourceText::print(Printer& out, const EffectCall& call, const CallSource& source) const {
+// provenance, and what the cache put in place of the entry's values. JSON has it as an object; text
+// as notes under the call.
+void printSource(Printer& out, const StoreSession& session, const LoadedFile& file,
+                 const EffectCall& call, const CallSource& source) {
     if (!source.reported) {
         return out.json("source", nullptr);
     }
@@ -248,8 +232,10 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
     if (source.fromBlob) {
         const bool device = source.blob == DeliveredBlob::kTuningDevice;
         blobJson[device ? "device" : "id"] = device ? Json(source.device) : Json(source.profileId);
-        const LoadedBlob* from = blob(source);
-        origin = (from != nullptr ? from->title() : profileTitle(source.profileId)) + " #" +
+        const LoadedBlob::Kind kind = kindOf(source.blob);
+        const LoadedBlob* from = (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : file)
+                                     .find(kind, source.profileId, source.device);
+        origin = (from != nullptr ? from->title() : profileTitle(file, source.profileId)) + " #" +
                  std::to_string(source.entry + 1);
         const bool inBlob = from != nullptr && source.entry >= 0 &&
                             static_cast<size_t>(source.entry) < from->entries.size();
@@ -265,15 +251,15 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
     std::string substitution = words.instead == nullptr ? "" : words.instead;
     Json delivery = {{"kind", words.name}};
     if (source.how == Delivery::kUserGeqGains) {
-        substitution = "the user's GEQ gains of " + profileTitle(source.gainsProfile);
+        substitution = "the user's GEQ gains of " + profileTitle(file, source.gainsProfile);
         delivery["profile"] = source.gainsProfile;
-        delivery["gains"] =
-            mStore.getProfileGeqGains(static_cast<KrvSpatializerProfileId>(source.gainsProfile));
+        delivery["gains"] = session.store().getProfileGeqGains(
+            static_cast<KrvSpatializerProfileId>(source.gainsProfile));
     } else if (source.how == Delivery::kTuningMixMatrix) {
         // The tuning device's tuning: its orientation and matrix.
-        const auto matrix = mFile.store.mixMatrices.find(source.matrixDevice);
+        const auto matrix = file.store.mixMatrices.find(source.matrixDevice);
         const MixMatrix none;
-        const MixMatrix& from = matrix != mFile.store.mixMatrices.end() ? matrix->second : none;
+        const MixMatrix& from = matrix != file.store.mixMatrices.end() ? matrix->second : none;
         substitution = "the mix matrix of tuning device \"" + source.matrixDevice +
                        "\": " + from.source.summary();
         delivery["device"] = source.matrixDevice;
@@ -302,7 +288,8 @@ void SourceText::print(Printer& out, const EffectCall& call, const CallSource& s
 // One call, titled in text by what the effect was asked and answered. previous is the call
 // before it in the step, if any.
 void printCall(Printer& out, size_t number, const EffectCall& call, const EffectCall* previous,
-               const CallSource& source, const SourceText& sources, bool raw) {
+               const CallSource& source, const StoreSession& session, const LoadedFile& file,
+               bool raw) {
     const bool commit = call.kind == EffectCall::kCommit;
     const bool get = call.kind == EffectCall::kGetParam;
     const std::vector<int>& values = get ? call.answer : call.values;
@@ -329,7 +316,7 @@ void printCall(Printer& out, size_t number, const EffectCall& call, const Effect
         if (view.kind != EntryView::Kind::kPlain) {
             out.json("view", view.toJson());
         }
-        sources.print(out, call, source);
+        printSource(out, session, file, call, source);
         // A setParam right after its own getParam failed sends the buffer that read left.
         if (!get && previous != nullptr && previous->kind == EffectCall::kGetParam &&
             previous->result != 0 && previous->deviceId == call.deviceId &&
@@ -376,7 +363,7 @@ bool takeProperties(const std::vector<std::string>& assignments,
         }
         std::string key = assignment.substr(0, equals);
         std::string shortNames;
-        for (const auto& [alias, name] : SimulateCommand::kPropertyNames) {
+        for (const auto& [alias, name] : kPropertyNames) {
             key = key == alias ? name : key;
             shortNames += (shortNames.empty() ? "" : ", ") + alias;
         }
@@ -392,18 +379,11 @@ bool takeProperties(const std::vector<std::string>& assignments,
     return true;
 }
 
-}  // namespace
-
-void SimulateCommand::addOptions(CLI::App* command, Options* options) {
-    command->add_flag("--effect-from-builtin", options->effectFromBuiltin,
-                      "start the recording effect from the built-in common table, sent through "
-                      "the cache before the steps, so that getParam answers as a configured "
-                      "effect would; otherwise it starts empty and refuses (-22) getParam of "
-                      "what it was not sent. Either way it answers getParam with what it was "
-                      "sent last");
-}
-
-bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* options) {
+// Splits the words after the options into the file and the steps: the first word is the file
+// when it is not a step and names something on disk or looks like a path. False, after one line
+// on stderr naming the word, for a word that is neither.
+bool takeWords(const std::vector<std::string>& words, std::string* file,
+               std::vector<std::string>* steps) {
     for (size_t i = 0; i < words.size(); i++) {
         const std::string& word = words[i];
         struct stat status;
@@ -411,9 +391,9 @@ bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* 
             word.find('/') != std::string::npos ||
             (word.size() > 4 && word.compare(word.size() - 4, 4, ".xml") == 0);
         if (isStep(word)) {
-            options->steps.push_back(word);
+            steps->push_back(word);
         } else if (i == 0 && (looksLikePath || stat(word.c_str(), &status) == 0)) {
-            options->common.file = word;
+            *file = word;
         } else {
             ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
                                                    (i == 0 ? "), and no file of that name"
@@ -425,10 +405,36 @@ bool SimulateCommand::takeWords(const std::vector<std::string>& words, Options* 
     return true;
 }
 
+}  // namespace
+
+void SimulateCommand::addOptions(CLI::App* command, Options* options) {
+    std::string propertyHelp =
+        "set a system property before the store starts (repeatable); short names:";
+    for (const auto& [alias, name] : kPropertyNames) {
+        propertyHelp += " " + alias + "=" + name;
+    }
+    // One KEY=VALUE per --prop, so that the steps after it stay steps.
+    command->add_option("--prop", options->properties, propertyHelp)
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false);
+    command->add_option(
+        "STEP", options->words,
+        std::string("tuning file (default: the bundled example), then the steps: ") + kStepForms);
+    command->add_flag("--raw", options->raw, "list values as words, not bands and rows");
+    command->add_flag("--effect-from-builtin", options->effectFromBuiltin,
+                      "start the recording effect from the built-in common table, sent through "
+                      "the cache before the steps, so that getParam answers as a configured "
+                      "effect would; otherwise it starts empty and refuses (-22) getParam of "
+                      "what it was not sent. Either way it answers getParam with what it was "
+                      "sent last");
+}
+
 int SimulateCommand::run(const Options& options) {
-    const std::string& path = options.common.file;
+    std::string path = options.common.file;
+    std::vector<std::string> texts;
     StoreSession::Properties properties;
-    if (!takeProperties(options.properties, &properties)) {
+    if (!takeWords(options.words, &path, &texts) ||
+        !takeProperties(options.properties, &properties)) {
         return kExitError;
     }
     std::unique_ptr<StoreSession> session = StoreSession::open(path, properties);
@@ -447,11 +453,11 @@ int SimulateCommand::run(const Options& options) {
                                     (shownProperties.empty() ? "no property" : shownProperties) +
                                     " says: " + line);
     }
-    std::vector<Step> steps(options.steps.size());
+    std::vector<Step> steps(texts.size());
     for (size_t i = 0; i < steps.size(); i++) {
-        const std::string error = parseStep(options.steps[i], *session, &steps[i]);
+        const std::string error = parseStep(texts[i], *session, &steps[i]);
         if (!error.empty()) {
-            ToolOutput::error(path, "step " + options.steps[i] + ": " + error);
+            ToolOutput::error(path, "step " + texts[i] + ": " + error);
             return kExitError;
         }
     }
@@ -464,7 +470,7 @@ int SimulateCommand::run(const Options& options) {
     }
     DeliveryLog deliveries(effect);
     const DeliveryObserver::Scope listening(&deliveries);
-    const SourceText sources(*session);
+    const LoadedFile file = LoadedFile::of(*session);
     LibraryLog::takeErrors();
     const bool tuningsUsable = Cache().isTuningAvailable();
     const std::unique_ptr<Printer> out = Printer::make(options.common.json);
@@ -500,8 +506,8 @@ int SimulateCommand::run(const Options& options) {
         {
             const auto callList = out->list("calls");
             for (size_t i = 0; i < calls.size(); i++) {
-                printCall(*out, i + 1, calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], sources,
-                          options.raw);
+                printCall(*out, i + 1, calls[i], i > 0 ? &calls[i - 1] : nullptr, from[i], *session,
+                          file, options.raw);
             }
         }
         for (const auto& [key, line] : lines) {

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tools/render/ToolOutput.h"
@@ -20,28 +19,19 @@ class SimulateCommand {
 public:
     struct Options {
         CommonOptions common;
-        // KEY=VALUE, KEY being a property name or one of the short names (see kPropertyNames).
+        // KEY=VALUE, KEY being a property name or one of the short names.
         std::vector<std::string> properties;
-        std::vector<std::string> steps;
+        // The words after the options: the file when the first is not a step, then the steps.
+        std::vector<std::string> words;
         // The words of list values instead of their bands and rows.
         bool raw = false;
         // The effect starts from the built-in common table instead of empty.
         bool effectFromBuiltin = false;
     };
 
-    // The options of simulate that main does not register itself.
+    // The options and words of simulate, but for the common ones.
     static void addOptions(CLI::App* command, Options* options);
     static int run(const Options& options);
-
-    // Splits the words after the options into the file and the steps: the first word is the
-    // file when it is not a step and names something on disk or looks like a path. False, after
-    // one line on stderr naming the word, for a word that is neither.
-    static bool takeWords(const std::vector<std::string>& words, Options* options);
-    // The steps' forms, for help and errors.
-    static const char* const kStepForms;
-
-    // Short names of the properties a device's start-up depends on.
-    static const std::vector<std::pair<std::string, std::string>> kPropertyNames;
 };
 
 }  // namespace korva::tool
