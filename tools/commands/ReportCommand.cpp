@@ -382,9 +382,10 @@ std::string render(const Page& page) {
     return html.str();
 }
 
-}  // namespace
-
-int ReportCommand::collect(const std::string& path, size_t file, Json* document) {
+// What the report shows of one file, loaded in this process: its text, check's findings without
+// their effects and, when the store could read it, check's summary and its brief LoadedFile; what
+// check says is printed for the page's file number file.
+int collect(const std::string& path, size_t file, Json* document) {
     std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, true);
     if (session == nullptr) {
         return kExitError;
@@ -406,6 +407,8 @@ int ReportCommand::collect(const std::string& path, size_t file, Json* document)
     }
     return kExitOk;
 }
+
+}  // namespace
 
 int ReportCommand::run(const Options& options) {
     std::vector<ReportFile> files;
