@@ -291,7 +291,8 @@ TEST(PrinterTest, EachFormatShowsOnlyWhatIsMeantForIt) {
         Printer::make(Printer::Format::kHtml, [](long line) { return "L" + std::to_string(line); });
     writePartial(*html);
     EXPECT_EQ(html->render(),
-              "<div>\n<p class=\"title\"><a href=\"#L65535\">line 65535</a> or later: warning: "
+              "<div>\n<p class=\"title\"><a href=\"#L65535\">line 65535</a> or later: "
+              "<span class=\"warning\">warning</span>: "
               "&lt;a&gt; &amp; b</p>\n"
               "<table class=\"fields\"><tr><th>shown</th><td>to people</td></tr></table>\n"
               "<table class=\"values\"><tr><th>where</th><th>line</th><th>old</th></tr>\n"

@@ -114,8 +114,11 @@ def main():
             text = f.read()
         old = '<band_geq frequency="141" gain="24"/>'
         changed = os.path.join(folder, "changed.xml")
+        # B also misspells the first "value", which check warns about.
+        misspelt = text.replace(old, '<band_geq frequency="141" gain="96"/>', 1)
+        misspelt = misspelt.replace(' value="', ' vaule="', 1)
         with open(changed, "w", encoding="utf-8") as f:
-            f.write(text.replace(old, '<band_geq frequency="141" gain="96"/>', 1))
+            f.write(misspelt)
         one, two = os.path.join(folder, "one.html"), os.path.join(folder, "two.html")
         for args in ([EXAMPLE, "-o", one], [EXAMPLE, changed, "-o", two]):
             result = subprocess.run(tool + ["report"] + args, capture_output=True, text=True,
@@ -134,6 +137,11 @@ def main():
         line = text.count("\n", 0, text.index(old)) + 1
         if diff.count(" gebs</p>") != 1 or band % (line, line) not in diff:
             print("FAIL: the differences do not show the one GEQ change by band")
+            return 1
+        # Each finding's and note's severity word is coloured by its class.
+        findings = page[page.index('id="findings"'):page.index('id="ports"')]
+        if any('<span class="%s">%s</span>: ' % (w, w) not in findings for w in ("warning", "note")):
+            print("FAIL: the findings' severity words are not marked")
             return 1
         matrices = page[page.index('id="matrices"'):page.index('id="diff"')]
         if ("&lt;c&gt;</text>" not in matrices or "&lt;rtr&gt;</text>" not in matrices

@@ -6,7 +6,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <regex>
 
 #include "tools/VersionInfo.h"
 #include "tools/commands/CheckCommand.h"
@@ -18,7 +17,6 @@
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/HtmlWriter.h"
-#include "tools/render/NumberText.h"
 #include "tools/render/Printer.h"
 #include "tools/render/SvgPlot.h"
 
@@ -35,8 +33,10 @@ nav a { margin-right: 1em; }
 table { border-collapse: collapse; margin: 0.5em 0 1em; }
 th, td { border: 1px solid #ddd; padding: 2px 6px; vertical-align: top; text-align: left; }
 th { background: #f3f3f3; } td.num { text-align: right; }
-td.values { font-family: monospace; max-width: 46em; word-wrap: break-word; }
+td.values { font-family: monospace; max-width: 46em; word-wrap: break-word;
+  white-space: pre-wrap; }
 .error { color: #b00020; font-weight: 600; } .warning { color: #a15c00; font-weight: 600; }
+.note { color: #555; font-weight: 600; }
 .figures { display: flex; flex-wrap: wrap; gap: 12px; }
 figure { margin: 0; border: 1px solid #e3e3e3; padding: 4px; background: #fff; }
 svg text { font: 11px sans-serif; fill: #333; } svg text.title { font-weight: 600; }
@@ -47,7 +47,6 @@ pre.source span { display: block; padding-right: 1em; }
 pre.source span:target { background: #fff3b0; }
 pre.source a { display: inline-block; width: 4.5em; padding-right: 1em; text-align: right;
   color: #999; text-decoration: none; user-select: none; }
-tr:target { background: #fff3b0; }
 .file-b { color: #555; } .old { color: #b00020; } .new { color: #1b7a1b; }
 #page-errors { color: #b00020; }
 section div div { margin-left: 1.5em; } p.title { margin: 0.3em 0; }
@@ -78,61 +77,14 @@ struct ReportFile {
     LoadedFile loaded;
 };
 
-std::string fileTag(size_t file) {
-    return "f" + std::to_string(file);
-}
-
-std::string lineAnchor(size_t file, long line) {
-    return fileTag(file) + "-L" + std::to_string(line);
-}
-
-// "A: " and "B: " before what belongs to one of two files.
-std::string side(const std::vector<ReportFile>& files, size_t file) {
-    return files.size() == 1 ? "" : file == 0 ? "A: " : "B: ";
-}
-
-// What a printer writes about file f, as HTML whose line numbers link to the file's lines.
-std::string printed(size_t f, const std::function<void(Printer&)>& write) {
-    const std::unique_ptr<Printer> out =
-        Printer::make(Printer::Format::kHtml, [f](long line) { return lineAnchor(f, line); });
-    write(*out);
-    return out->render();
-}
-
-void findingsSection(Html& html, const std::vector<ReportFile>& files) {
-    html.open("section", {{"id", "findings"}});
-    html.element("h2", "Findings");
-    for (size_t f = 0; f < files.size(); f++) {
-        const size_t findings = files[f].findings;
-        html.element("h3",
-                     side(files, f) + files[f].path + ": " +
-                         (findings == 0 ? "no findings" : std::to_string(findings) + " findings"));
-        html.raw(files[f].findingsHtml);
-    }
-    html.close("section");
-}
-
-void portsSection(Html& html, const std::vector<ReportFile>& files) {
-    html.open("section", {{"id", "ports"}});
-    html.element("h2", "Ports and tuning devices");
-    for (size_t f = 0; f < files.size(); f++) {
-        if (!files[f].readable) {
-            html.element("p",
-                         side(files, f) + files[f].path + ": the store could not read the file");
-            continue;
-        }
-        html.element("h3", side(files, f) + files[f].path);
-        html.raw(files[f].summaryHtml);
-    }
-    html.close("section");
-}
-
-// The blobs of each file by identity, in the order of the first file's, then the others'.
-struct BlobIndex {
+// The page's files, and their blobs by identity in the order of the first file's, then the
+// others', one slot per file.
+struct Page {
+    std::vector<ReportFile> files;
     std::vector<std::string> order;
-    std::map<std::string, std::vector<const LoadedBlob*>> byKey;  // one slot per file
+    std::map<std::string, std::vector<const LoadedBlob*>> byKey;
 
-    explicit BlobIndex(const std::vector<ReportFile>& files) {
+    explicit Page(std::vector<ReportFile> read) : files(std::move(read)) {
         for (size_t f = 0; f < files.size(); f++) {
             for (const LoadedBlob& blob : files[f].loaded.blobs) {
                 auto& slots = byKey[blob.key()];
@@ -144,11 +96,62 @@ struct BlobIndex {
             }
         }
     }
-    const LoadedBlob& first(const std::string& key) const {
-        const auto& slots = byKey.at(key);
-        return slots[0] != nullptr ? *slots[0] : *slots.back();
+    // "A: " and "B: " before what belongs to one of two files.
+    std::string side(size_t file) const {
+        return files.size() == 1 ? "" : file == 0 ? "A: " : "B: ";
     }
 };
+
+std::string fileTag(size_t file) {
+    return "f" + std::to_string(file);
+}
+
+std::string lineAnchor(size_t file, long line) {
+    return fileTag(file) + "-L" + std::to_string(line);
+}
+
+// What a printer writes about file f, as HTML whose line numbers link to the file's lines.
+std::string printed(size_t f, const std::function<void(Printer&)>& write) {
+    const std::unique_ptr<Printer> out =
+        Printer::make(Printer::Format::kHtml, [f](long line) { return lineAnchor(f, line); });
+    write(*out);
+    return out->render();
+}
+
+void findingsSection(Html& html, const Page& page) {
+    for (size_t f = 0; f < page.files.size(); f++) {
+        const ReportFile& file = page.files[f];
+        html.element("h3", page.side(f) + file.path + ": " +
+                               (file.findings == 0 ? "no findings"
+                                                   : std::to_string(file.findings) + " findings"));
+        html.raw(file.findingsHtml);
+    }
+}
+
+void portsSection(Html& html, const Page& page) {
+    for (size_t f = 0; f < page.files.size(); f++) {
+        const ReportFile& file = page.files[f];
+        if (!file.readable) {
+            html.element("p", page.side(f) + file.path + ": the store could not read the file");
+            continue;
+        }
+        html.element("h3", page.side(f) + file.path);
+        html.raw(file.summaryHtml);
+    }
+}
+
+// Per blob, under its title, the figures that figures makes of its slots; nothing without any.
+void figuresByBlob(Html& html, const Page& page,
+                   const std::function<std::string(const std::vector<const LoadedBlob*>&)>& figures) {
+    for (const std::string& key : page.order) {
+        const std::vector<const LoadedBlob*>& slots = page.byKey.at(key);
+        const std::string made = figures(slots);
+        if (!made.empty()) {
+            html.element("h3", (slots[0] != nullptr ? slots[0] : slots.back())->title());
+            html.raw("<div class=\"figures\">" + made + "</div>\n");
+        }
+    }
+}
 
 // A band list's level columns as curves over its frequency column.
 void addCurves(SvgPlot& plot, const EntryView& view, bool dashed, const std::string& suffix) {
@@ -165,51 +168,49 @@ void addCurves(SvgPlot& plot, const EntryView& view, bool dashed, const std::str
     }
 }
 
-void curvesSection(Html& html, const std::vector<ReportFile>& files, const BlobIndex& index) {
-    html.open("section", {{"id", "curves"}});
-    html.element("h2", "EQ curves");
-    if (files.size() == 2) {
-        html.element("p", "Solid: A (" + files[0].path + "); dashed: B (" + files[1].path + ").");
+// A plot of each band list of a blob, the entries of one identity in every file drawn together.
+std::string curveFigures(const std::vector<const LoadedBlob*>& slots) {
+    std::vector<std::vector<std::string>> keys;
+    for (const LoadedBlob* blob : slots) {
+        keys.push_back(blob != nullptr ? blob->entryKeys() : std::vector<std::string>());
     }
-    for (const std::string& key : index.order) {
-        const LoadedBlob& first = index.first(key);
-        const std::vector<std::string> keys = first.entryKeys();
-        std::string figures;
-        for (size_t i = 0; i < keys.size(); i++) {
-            const LoadedEntry& entry = first.entries[i];
-            if (EntryView::decode(entry.code, entry.values).kind != EntryView::Kind::kBands) {
-                continue;
-            }
-            const std::string names = entry.parameterNames();
-            SvgPlot plot(BlobDecoder::deviceName(entry.deviceId) + " " +
-                             BlobDecoder::codeText(entry.code) + (names.empty() ? "" : ": " + names),
-                         "dB");
-            const auto& slots = index.byKey.at(key);
-            for (size_t f = 0; f < slots.size(); f++) {
-                const std::vector<std::string> theirs =
-                    slots[f] != nullptr ? slots[f]->entryKeys() : std::vector<std::string>();
-                const auto at = std::find(theirs.begin(), theirs.end(), keys[i]);
-                if (at != theirs.end()) {
-                    const LoadedEntry& their = slots[f]->entries[at - theirs.begin()];
-                    addCurves(plot, EntryView::decode(their.code, their.values), f == 1,
-                              slots.size() == 2 ? (f == 0 ? " A" : " B") : "");
-                }
-            }
-            if (!plot.empty()) {
-                figures += "<figure>" + plot.render() + "</figure>";
+    const size_t first = slots[0] != nullptr ? 0 : slots.size() - 1;
+    std::string figures;
+    for (size_t i = 0; i < keys[first].size(); i++) {
+        const LoadedEntry& entry = slots[first]->entries[i];
+        if (EntryView::decode(entry.code, entry.values).kind != EntryView::Kind::kBands) {
+            continue;
+        }
+        const std::string names = entry.parameterNames();
+        SvgPlot plot(BlobDecoder::deviceName(entry.deviceId) + " " +
+                         BlobDecoder::codeText(entry.code) + (names.empty() ? "" : ": " + names),
+                     "dB");
+        for (size_t f = 0; f < slots.size(); f++) {
+            const auto at = std::find(keys[f].begin(), keys[f].end(), keys[first][i]);
+            if (at != keys[f].end()) {
+                const LoadedEntry& their = slots[f]->entries[at - keys[f].begin()];
+                addCurves(plot, EntryView::decode(their.code, their.values), f == 1,
+                          slots.size() == 2 ? (f == 0 ? " A" : " B") : "");
             }
         }
-        if (!figures.empty()) {
-            html.element("h3", first.title());
-            html.raw("<div class=\"figures\">" + figures + "</div>\n");
+        if (!plot.empty()) {
+            figures += "<figure>" + plot.render() + "</figure>";
         }
     }
-    html.close("section");
+    return figures;
 }
 
-// Heat maps of an output mode's matrices, each row named by rowName(index of its first word).
-template <typename RowName>
-std::string heatMaps(const std::string& title, const EntryView& view, RowName rowName) {
+void curvesSection(Html& html, const Page& page) {
+    if (page.files.size() == 2) {
+        html.element(
+            "p", "Solid: A (" + page.files[0].path + "); dashed: B (" + page.files[1].path + ").");
+    }
+    figuresByBlob(html, page, curveFigures);
+}
+
+// Heat maps of an output mode's matrices, each row named by the element of the tuning device's
+// matrix that its words were read from, or numbered when there is none.
+std::string heatMaps(const std::string& title, const EntryView& view, const MixMatrix* source) {
     std::string figures;
     size_t at = kOutputModeLeadWords;
     for (size_t m = 0; m < view.matrices.size(); m++) {
@@ -222,7 +223,10 @@ std::string heatMaps(const std::string& title, const EntryView& view, RowName ro
             for (int word : row) {
                 cells.back().push_back(EntryView::q14(word));
             }
-            labels.push_back(rowName(at, cells.size()));
+            // The view's word at is the matrix's word at - 1, behind the entry's enable word.
+            const MatrixRow* element = source != nullptr ? source->rowOf(at - 1) : nullptr;
+            labels.push_back(element != nullptr ? "<" + element->element + ">"
+                                                : "in " + std::to_string(cells.size()));
             at += row.size();
         }
         figures += "<figure>" +
@@ -246,138 +250,76 @@ const MixMatrix* carriedMatrix(const LoadedFile& file, const LoadedEntry& entry)
     return nullptr;
 }
 
-void matricesSection(Html& html, const std::vector<ReportFile>& files, const BlobIndex& index) {
-    html.open("section", {{"id", "matrices"}});
-    html.element("h2", "Mix matrices");
+void matricesSection(Html& html, const Page& page) {
     html.element("p",
                  "Each input channel's share of the left and right outputs (Q14 words as "
                  "decimals; red above 0, blue below), its row named by the file's element.");
-    // Rows named by the elements of the matrix the values were read as, or numbered.
-    const auto rowNames = [](const MixMatrix* matrix) {
-        return [matrix](size_t at, size_t row) {
-            const MatrixRow* element = matrix != nullptr ? matrix->rowOf(at - 1) : nullptr;
-            return element != nullptr ? "<" + element->element + ">" : "in " + std::to_string(row);
-        };
-    };
-    for (const std::string& key : index.order) {
+    figuresByBlob(html, page, [&page](const std::vector<const LoadedBlob*>& slots) {
         std::string figures;
-        const auto& slots = index.byKey.at(key);
         for (size_t f = 0; f < slots.size(); f++) {
-            const LoadedFile& file = files[f].loaded;
-            for (const LoadedEntry& entry :
-                 slots[f] != nullptr ? slots[f]->entries : std::vector<LoadedEntry>()) {
+            if (slots[f] == nullptr) {
+                continue;
+            }
+            const LoadedFile& file = page.files[f].loaded;
+            for (const LoadedEntry& entry : slots[f]->entries) {
                 const EntryView view = EntryView::decode(entry.code, entry.values);
                 if (view.kind == EntryView::Kind::kOutputMode) {
                     figures +=
-                        heatMaps(side(files, f) + BlobDecoder::deviceName(entry.deviceId) + " dom",
-                                 view, rowNames(carriedMatrix(file, entry)));
+                        heatMaps(page.side(f) + BlobDecoder::deviceName(entry.deviceId) + " dom",
+                                 view, carriedMatrix(file, entry));
                 }
             }
-            const auto matrix =
-                slots[f] == nullptr || slots[f]->kind != LoadedBlob::Kind::kTuningDevice
-                    ? file.store.mixMatrices.end()
-                    : file.store.mixMatrices.find(slots[f]->name);
+            const auto matrix = slots[f]->kind == LoadedBlob::Kind::kTuningDevice
+                                    ? file.store.mixMatrices.find(slots[f]->name)
+                                    : file.store.mixMatrices.end();
             if (matrix != file.store.mixMatrices.end()) {
-                figures += heatMaps(side(files, f) + "mix matrix", matrix->second.view(),
-                                    rowNames(&matrix->second));
+                figures +=
+                    heatMaps(page.side(f) + "mix matrix", matrix->second.view(), &matrix->second);
             }
         }
-        if (!figures.empty()) {
-            html.element("h3", index.first(key).title());
-            html.raw("<div class=\"figures\">" + figures + "</div>\n");
-        }
-    }
-    html.close("section");
+        return figures;
+    });
 }
 
-void diffSection(Html& html, const std::vector<ReportFile>& files) {
-    html.open("section", {{"id", "diff"}});
-    html.element("h2", "Differences, A to B");
-    const LoadedFile& a = files[0].loaded;
-    const LoadedFile& b = files[1].loaded;
+void diffSection(Html& html, const Page& page) {
+    const LoadedFile& a = page.files[0].loaded;
+    const LoadedFile& b = page.files[1].loaded;
     html.raw(printed(1, [&](Printer& out) { DiffCommand::compare(a, b).print(out, "A", "B"); }));
-    html.close("section");
 }
 
-// A band list as one row per band, in the units of each column.
-std::string bandTable(const EntryView& view) {
-    std::string out =
-        "<details><summary>" + std::to_string(view.bands) + " bands</summary><table><tr>";
-    size_t rows = 0;
-    for (const BandColumnView& column : view.columns) {
-        out += "<th>" + Html::escape(column.name) + "</th>";
-        rows = std::max(rows, column.raw.size());
-    }
-    out += "</tr>";
-    for (size_t r = 0; r < rows; r++) {
-        out += "<tr>";
-        for (const BandColumnView& column : view.columns) {
-            out += "<td class=\"num\">" +
-                   (r < column.raw.size() ? EntryView::valueText(column.unit, column.raw[r]) : "") +
-                   "</td>";
-        }
-        out += "</tr>";
-    }
-    return out + "</table></details>";
-}
-
-// The line numbers of a provenance summary ("line 12", "lines 304, 311") as links to the lines.
-std::string linkedLines(const std::string& summary, size_t file) {
-    static const std::regex kLines("lines? \\d+(, \\d+)*");
-    static const std::regex kNumber("\\d+");
-    std::string out;
-    auto at = summary.cbegin();
-    for (std::sregex_iterator lines(summary.begin(), summary.end(), kLines), end; lines != end;
-         ++lines) {
-        for (std::sregex_iterator number((*lines)[0].first, (*lines)[0].second, kNumber);
-             number != end; ++number) {
-            out += std::string(at, (*number)[0].first) +
-                   Html::link(lineAnchor(file, std::stol(number->str())), number->str());
-            at = (*number)[0].second;
-        }
-    }
-    return out + std::string(at, summary.cend());
-}
-
-void blobsSection(Html& html, const std::vector<ReportFile>& files) {
-    html.open("section", {{"id", "blobs"}});
-    html.element("h2", "Blobs, entry by entry");
-    for (size_t f = 0; f < files.size(); f++) {
-        size_t blobNumber = 0;
-        for (const LoadedBlob& blob : files[f].loaded.blobs) {
-            const std::string anchor = fileTag(f) + "-b" + std::to_string(blobNumber++);
+// Each blob as a table of its entries, read as blobs reads them, each with the lines it came from.
+void blobsSection(Html& html, const Page& page) {
+    for (size_t f = 0; f < page.files.size(); f++) {
+        size_t number = 0;
+        for (const LoadedBlob& blob : page.files[f].loaded.blobs) {
             html.element("h3",
-                         side(files, f) + blob.title() + ": " + std::to_string(blob.entries.size()) +
+                         page.side(f) + blob.title() + ": " + std::to_string(blob.entries.size()) +
                              " entries, " + std::to_string(blob.words) + " words",
-                         {{"id", anchor}});
-            html.open("table", {{"class", "blob"}});
-            html.raw(
-                "<tr><th>#</th><th>device</th><th>code</th><th>values</th><th>from</th></tr>\n");
-            size_t number = 0;
+                         {{"id", fileTag(f) + "-b" + std::to_string(number++)}});
+            Printer::Table table{{{"", "#", true},
+                                  {"", "device"},
+                                  {"", "code"},
+                                  {"", "values", false, "values"},
+                                  {"", "from", false, "line"}},
+                                 {}};
             for (const LoadedEntry& entry : blob.entries) {
-                const EntryView view = EntryView::decode(entry.code, entry.values);
-                html.open("tr", {{"id", anchor + "-e" + std::to_string(++number)}});
-                html.raw("<td class=\"num\">" + std::to_string(number) + "</td><td>" +
-                         Html::escape(BlobDecoder::deviceName(entry.deviceId)) + "</td><td>" +
-                         Html::escape(BlobDecoder::codeText(entry.code)) +
-                         "</td><td class=\"values\">" + NumberText::join(entry.values) +
-                         (view.kind == EntryView::Kind::kBands ? bandTable(view) : "") +
-                         "</td><td>" + linkedLines(Html::escape(entry.from), f) + "</td>");
-                html.close("tr");
+                std::string values;
+                for (const std::string& line : EntryView::decode(entry.code, entry.values).lines()) {
+                    values += (values.empty() ? "" : "\n") + line;
+                }
+                table.addRow({table.rows.size() + 1, BlobDecoder::deviceName(entry.deviceId),
+                              BlobDecoder::codeText(entry.code), values, entry.from});
             }
-            html.close("table");
+            html.raw(printed(f, [&](Printer& out) { out.table("blob", table); }));
         }
     }
-    html.close("section");
 }
 
-void sourceSection(Html& html, const std::vector<ReportFile>& files) {
-    html.open("section", {{"id", "source"}});
-    html.element("h2", "Tuning file");
-    for (size_t f = 0; f < files.size(); f++) {
-        html.element("h3", side(files, f) + files[f].path);
+void sourceSection(Html& html, const Page& page) {
+    for (size_t f = 0; f < page.files.size(); f++) {
+        html.element("h3", page.side(f) + page.files[f].path);
         html.open("pre", {{"class", "source"}, {"id", fileTag(f) + "-source"}});
-        const std::string& text = files[f].text;
+        const std::string& text = page.files[f].text;
         long line = 0;
         for (size_t start = 0; start < text.size();) {
             size_t end = std::min(text.find('\n', start), text.size());
@@ -388,10 +330,26 @@ void sourceSection(Html& html, const std::vector<ReportFile>& files) {
         }
         html.close("pre");
     }
-    html.close("section");
 }
 
-std::string page(const std::vector<ReportFile>& files) {
+// The page's sections in order: the anchor, the name in the navigation, the heading, the writer.
+// The differences are there only for two files.
+struct Section {
+    const char* id;
+    const char* link;
+    const char* heading;
+    void (*write)(Html&, const Page&);
+};
+constexpr Section kSections[] = {{"findings", "Findings", "Findings", findingsSection},
+                                 {"ports", "Ports", "Ports and tuning devices", portsSection},
+                                 {"curves", "EQ curves", "EQ curves", curvesSection},
+                                 {"matrices", "Mix matrices", "Mix matrices", matricesSection},
+                                 {"diff", "Differences", "Differences, A to B", diffSection},
+                                 {"blobs", "Blobs", "Blobs, entry by entry", blobsSection},
+                                 {"source", "Tuning file", "Tuning file", sourceSection}};
+
+std::string render(const Page& page) {
+    const std::vector<ReportFile>& files = page.files;
     Html html;
     html.raw("<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">");
     html.element("title", "Tuning report: " + files[0].path +
@@ -400,38 +358,34 @@ std::string page(const std::vector<ReportFile>& files) {
              "</script></head>\n<body>\n");
     html.element("h1", files.size() == 2 ? "Tuning report: A and B" : "Tuning report");
     for (size_t f = 0; f < files.size(); f++) {
-        html.element("p", side(files, f) + files[f].path, {{"class", "file"}});
+        html.element("p", page.side(f) + files[f].path, {{"class", "file"}});
     }
     html.element("p", "spatializer-paramtool " + VersionInfo::tool() +
                           "; line links lead to the file's own lines at the end of the page.");
     html.raw("<pre id=\"page-errors\"></pre>\n<nav>");
-    const std::vector<std::pair<std::string, std::string>> sections = {
-        {"findings", "Findings"},     {"ports", "Ports"},      {"curves", "EQ curves"},
-        {"matrices", "Mix matrices"}, {"diff", "Differences"}, {"blobs", "Blobs"},
-        {"source", "Tuning file"}};
-    for (const auto& [anchor, name] : sections) {
-        if (anchor != "diff" || files.size() == 2) {
-            html.raw(Html::link(anchor, name) + " ");
-        }
+    const auto shown = [&files](const Section& section) {
+        return files.size() == 2 || std::string(section.id) != "diff";
+    };
+    for (const Section& section : kSections) {
+        html.raw(shown(section) ? Html::link(section.id, section.link) + " " : "");
     }
     html.raw("</nav>\n");
-    const BlobIndex index(files);
-    findingsSection(html, files);
-    portsSection(html, files);
-    curvesSection(html, files, index);
-    matricesSection(html, files, index);
-    if (files.size() == 2) {
-        diffSection(html, files);
+    for (const Section& section : kSections) {
+        if (shown(section)) {
+            html.open("section", {{"id", section.id}});
+            html.element("h2", section.heading);
+            section.write(html, page);
+            html.close("section");
+        }
     }
-    blobsSection(html, files);
-    sourceSection(html, files);
     html.raw("</body></html>\n");
     return html.str();
 }
 
-}  // namespace
-
-int ReportCommand::collect(const std::string& path, size_t file, Json* document) {
+// What the report shows of one file, loaded in this process: its text, check's findings without
+// their effects and, when the store could read it, check's summary and its brief LoadedFile; what
+// check says is printed for the page's file number file.
+int collect(const std::string& path, size_t file, Json* document) {
     std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, true);
     if (session == nullptr) {
         return kExitError;
@@ -454,6 +408,8 @@ int ReportCommand::collect(const std::string& path, size_t file, Json* document)
     return kExitOk;
 }
 
+}  // namespace
+
 int ReportCommand::run(const Options& options) {
     std::vector<ReportFile> files;
     for (const std::string& path : options.files) {
@@ -470,7 +426,7 @@ int ReportCommand::run(const Options& options) {
                          loaded ? LoadedFile::fromJson(document["loaded"]) : LoadedFile()});
     }
     std::ofstream out(options.output, std::ios::binary | std::ios::trunc);
-    out << page(files);
+    out << render(Page(std::move(files)));
     out.close();
     if (!out) {
         ToolOutput::error(options.output,

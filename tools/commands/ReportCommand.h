@@ -17,17 +17,11 @@ public:
     struct Options {
         CommonOptions common;
         std::vector<std::string> files;  // one or two; none means the bundled example
-        std::string output = kDefaultOutput;
+        std::string output = "report.html";
     };
-    static constexpr const char* kDefaultOutput = "report.html";
 
     // 0 when the page was written, 2 when a file could not be opened or the page not written.
     static int run(const Options& options);
-
-    // What the report shows of one file, loaded in this process: its text, check's findings
-    // without their effects and, when the store could read it, check's summary and its brief
-    // LoadedFile; what check says is printed for the page's file number file.
-    static int collect(const std::string& path, size_t file, Json* document);
 };
 
 }  // namespace korva::tool

@@ -9,11 +9,12 @@
 
 namespace korva::tool {
 
-DecodedBlob BlobDecoder::decode(const int32_t* words, size_t count) {
+DecodedBlob BlobDecoder::decode(const std::vector<int>& words) {
     DecodedBlob blob;
-    blob.words = count;
+    blob.words = words.size();
     // The reader never writes through its pointer; it only takes a mutable one.
-    SpatializerParamParser parser(const_cast<int32_t*>(words), static_cast<int>(count * 4));
+    SpatializerParamParser parser(const_cast<int32_t*>(words.data()),
+                                  static_cast<int>(words.size() * 4));
     blob.valid = parser.validate();
     if (!parser.begin()) {
         return blob;

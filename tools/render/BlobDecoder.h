@@ -24,10 +24,7 @@ struct DecodedBlob {
 
 class BlobDecoder {
 public:
-    static DecodedBlob decode(const int32_t* words, size_t count);
-    static DecodedBlob decode(const std::vector<int>& blob) {
-        return decode(blob.data(), blob.size());
-    }
+    static DecodedBlob decode(const std::vector<int>& words);
 
     // The output device of an entry: all, speaker, wired headphone, a2dp or usb; others in hex.
     static std::string deviceName(int32_t deviceId);

@@ -1,6 +1,7 @@
 #include "tools/render/Printer.h"
 
 #include <algorithm>
+#include <regex>
 
 #include "tools/lint/Finding.h"
 #include "tools/render/HtmlWriter.h"
@@ -12,46 +13,51 @@ namespace {
 
 constexpr size_t kIndentStep = 2;
 
-class TextPrinter : public Printer {
+// Text and HTML lay the content out for people: fields in a row gather into one block, a table
+// stands under its title, and one without rows says so.
+class LaidOutPrinter : public Printer {
 public:
     void field(const std::string&, const std::string& label, const Json&,
                const std::string& text) override {
         if (!label.empty()) {
-            mFields.addRow({label, text});
+            addField(label, text);
         }
-    }
-    void path(const std::string&, const std::string& label, const std::string& path) override {
-        mFields.addPathRow({label, path});
     }
     void table(const std::string& key, const Table& table, const std::string& title) override {
         if (!title.empty()) {
             const Scope scope = object(key, title);
             return this->table(key, table, "");
         }
-        endFields();
         if (table.rows.empty()) {
             return text("(none)", 0);
         }
-        std::vector<std::string> headers;
+        endFields();
+        std::vector<const Column*> columns;
         for (const Column& column : table.columns) {
-            if (!column.header.empty()) {
-                headers.push_back(column.header);
-            }
+            columns.push_back(column.header.empty() ? nullptr : &column);
         }
-        TextTable out(headers);
-        for (const std::vector<Json>& row : table.rows) {
-            std::vector<std::string> cells;
-            for (size_t c = 0; c < row.size() && c < table.columns.size(); c++) {
-                if (!table.columns[c].header.empty()) {
-                    if (table.columns[c].right) {
-                        out.alignRight(cells.size());
-                    }
-                    cells.push_back(textOf(row[c]));
-                }
-            }
-            out.addRow(cells);
-        }
-        mOut += out.render(indent());
+        writeTable(key, columns, table.rows);
+    }
+    void json(const std::string&, const Json&) override {}
+    std::string render() override {
+        endFields();
+        return mOut;
+    }
+
+protected:
+    virtual void addField(const std::string& label, const std::string& text) = 0;
+    virtual void endFields() = 0;
+    // The columns as people see them (null for one only in JSON), and the rows' cells.
+    virtual void writeTable(const std::string& key, const std::vector<const Column*>& columns,
+                            const std::vector<std::vector<Json>>& rows) = 0;
+
+    std::string mOut;
+};
+
+class TextPrinter : public LaidOutPrinter {
+public:
+    void path(const std::string&, const std::string& label, const std::string& path) override {
+        mFields.addPathRow({label, path});
     }
     void text(const std::string& line, size_t levels) override {
         endFields();
@@ -66,13 +72,34 @@ public:
             start = false;
         }
     }
-    void json(const std::string&, const Json&) override {}
-    std::string render() override {
-        endFields();
-        return mOut;
-    }
 
 protected:
+    void addField(const std::string& label, const std::string& text) override {
+        mFields.addRow({label, text});
+    }
+    void writeTable(const std::string&, const std::vector<const Column*>& columns,
+                    const std::vector<std::vector<Json>>& rows) override {
+        std::vector<std::string> headers;
+        for (const Column* column : columns) {
+            if (column != nullptr) {
+                headers.push_back(column->header);
+            }
+        }
+        TextTable out(headers);
+        for (const std::vector<Json>& row : rows) {
+            std::vector<std::string> cells;
+            for (size_t c = 0; c < row.size() && c < columns.size(); c++) {
+                if (columns[c] != nullptr && columns[c]->right) {
+                    out.alignRight(cells.size());
+                }
+                if (columns[c] != nullptr) {
+                    cells.push_back(textOf(row[c]));
+                }
+            }
+            out.addRow(cells);
+        }
+        mOut += out.render(indent());
+    }
     void openPlaced(const std::string& path, long line, bool atLeast,
                     const std::string& title) override {
         open("", path + ":" + lineText({line, atLeast}) + ": " + title, false);
@@ -97,23 +124,21 @@ protected:
         }
         mTitled.pop_back();
     }
-
-private:
-    std::string indent() const { return std::string(mDepth * kIndentStep, ' '); }
     // Fields in a row are one table, so that their values line up.
-    void endFields() {
+    void endFields() override {
         if (!mFields.empty()) {
             mOut += mFields.render(indent());
         }
         mFields = TextTable({"", ""});
     }
 
-    std::string mOut;
+private:
+    std::string indent() const { return std::string(mDepth * kIndentStep, ' '); }
+
     size_t mDepth = 0;
     std::vector<bool> mTitled;
     TextTable mFields{{"", ""}};
 };
-
 class JsonPrinter : public Printer {
 public:
     JsonPrinter() : mRoot(Json::object()), mStack{&mRoot} {}
@@ -179,70 +204,57 @@ private:
 
 // Fields as a two-column table, tables with their headers, text as paragraphs, each object or
 // list a block of its own, which the page's style may indent.
-class HtmlPrinter : public Printer {
+class HtmlPrinter : public LaidOutPrinter {
 public:
     explicit HtmlPrinter(std::function<std::string(long)> lineAnchor)
         : mLineAnchor(std::move(lineAnchor)) {}
 
-    void field(const std::string&, const std::string& label, const Json&,
-               const std::string& text) override {
-        if (label.empty()) {
-            return;
-        }
-        mFields += "<tr><th>" + HtmlWriter::escape(label) + "</th><td>" + HtmlWriter::escape(text) +
-                   "</td></tr>";
-    }
     void path(const std::string& key, const std::string& label, const std::string& path) override {
         field(key, label, path, path);
-    }
-    void table(const std::string& key, const Table& table, const std::string& title) override {
-        if (!title.empty()) {
-            const Scope scope = object(key, title);
-            return this->table(key, table, "");
-        }
-        if (table.rows.empty()) {
-            return text("(none)", 0);
-        }
-        endFields();
-        mOut += "<table class=\"" + HtmlWriter::escape(key) + "\"><tr>";
-        for (const Column& column : table.columns) {
-            mOut +=
-                column.header.empty() ? "" : "<th>" + HtmlWriter::escape(column.header) + "</th>";
-        }
-        mOut += "</tr>\n";
-        for (const std::vector<Json>& row : table.rows) {
-            mOut += "<tr>";
-            for (size_t c = 0; c < row.size() && c < table.columns.size(); c++) {
-                const Column& column = table.columns[c];
-                if (column.header.empty()) {
-                    continue;
-                }
-                const std::string style = column.right ? "num" : column.style;
-                mOut += style.empty() ? "<td>" : "<td class=\"" + style + "\">";
-                mOut += column.style == "line" && row[c].is_number()
-                            ? lineLink(row[c].get<long>())
-                            : HtmlWriter::escape(textOf(row[c]));
-                mOut += "</td>";
-            }
-            mOut += "</tr>\n";
-        }
-        mOut += "</table>\n";
     }
     void text(const std::string& line, size_t) override {
         endFields();
         mOut += "<p>" + HtmlWriter::escape(line) + "</p>\n";
     }
-    void json(const std::string&, const Json&) override {}
-    std::string render() override {
-        endFields();
-        return mOut;
-    }
 
 protected:
+    void addField(const std::string& label, const std::string& text) override {
+        mFields += "<tr><th>" + HtmlWriter::escape(label) + "</th><td>" + HtmlWriter::escape(text) +
+                   "</td></tr>";
+    }
+    void writeTable(const std::string& key, const std::vector<const Column*>& columns,
+                    const std::vector<std::vector<Json>>& rows) override {
+        mOut += "<table class=\"" + HtmlWriter::escape(key) + "\"><tr>";
+        for (const Column* column : columns) {
+            mOut += column == nullptr ? "" : "<th>" + HtmlWriter::escape(column->header) + "</th>";
+        }
+        mOut += "</tr>\n";
+        for (const std::vector<Json>& row : rows) {
+            mOut += "<tr>";
+            for (size_t c = 0; c < row.size() && c < columns.size(); c++) {
+                if (columns[c] != nullptr) {
+                    const std::string style = columns[c]->right ? "num" : columns[c]->style;
+                    mOut += (style.empty() ? "<td>" : "<td class=\"" + style + "\">") +
+                            (style == "line" ? linkedLines(row[c])
+                                             : HtmlWriter::escape(textOf(row[c]))) +
+                            "</td>";
+                }
+            }
+            mOut += "</tr>\n";
+        }
+        mOut += "</table>\n";
+    }
     void openPlaced(const std::string&, long line, bool atLeast, const std::string& title) override {
         open("", "", false);
+        // The severity word a finding's or a note's title starts with, coloured by the page.
+        const std::string word = title.substr(0, title.find(": "));
+        const bool severity = word == severityName(Severity::kError) ||
+                              word == severityName(Severity::kWarning) || word == "note";
         mOut += "<p class=\"title\">" + lineLink(line) + (atLeast ? " or later" : "") + ": " +
-                HtmlWriter::escape(title) + "</p>\n";
+                (severity ? "<span class=\"" + word + "\">" + word + "</span>" +
+                                HtmlWriter::escape(title.substr(word.size()))
+                          : HtmlWriter::escape(title)) +
+                "</p>\n";
     }
     void open(const std::string& key, const std::string& title, bool) override {
         endFields();
@@ -254,21 +266,42 @@ protected:
         endFields();
         mOut += "</div>\n";
     }
-
-private:
-    std::string lineLink(long line) const {
-        const std::string text = "line " + std::to_string(line);
-        return mLineAnchor ? HtmlWriter::link(mLineAnchor(line), text) : text;
-    }
-    void endFields() {
+    void endFields() override {
         if (!mFields.empty()) {
             mOut += "<table class=\"fields\">" + mFields + "</table>\n";
         }
         mFields.clear();
     }
 
+private:
+    std::string lineLink(long line) const {
+        const std::string text = "line " + std::to_string(line);
+        return mLineAnchor ? HtmlWriter::link(mLineAnchor(line), text) : text;
+    }
+    // A line number as a link to its line; in text, each number of "line 12" or "lines 304,
+    // 311" (where an entry came from), and nothing else.
+    std::string linkedLines(const Json& cell) const {
+        if (cell.is_number()) {
+            return lineLink(cell.get<long>());
+        }
+        static const std::regex kLines("lines? \\d+(, \\d+)*");
+        static const std::regex kNumber("\\d+");
+        const std::string text = HtmlWriter::escape(textOf(cell));
+        std::string out;
+        auto at = text.cbegin();
+        for (std::sregex_iterator lines(text.begin(), text.end(), kLines), end;
+             mLineAnchor && lines != end; ++lines) {
+            for (std::sregex_iterator number((*lines)[0].first, (*lines)[0].second, kNumber);
+                 number != end; ++number) {
+                out += std::string(at, (*number)[0].first) +
+                       HtmlWriter::link(mLineAnchor(std::stol(number->str())), number->str());
+                at = (*number)[0].second;
+            }
+        }
+        return out + std::string(at, text.cend());
+    }
+
     std::function<std::string(long)> mLineAnchor;
-    std::string mOut;
     std::string mFields;
 };
 

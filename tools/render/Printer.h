@@ -15,7 +15,8 @@ class Printer {
 public:
     // A column of a table: its key in JSON, its header in text and HTML; numbers read best
     // right-aligned. A column without a key is not in JSON, one without a header only in JSON. In
-    // HTML, style is the cells' class, and a "line" column's numbers link to the file's lines.
+    // HTML, style is the cells' class, and a "line" column's numbers, and the numbers of "line 12"
+    // or "lines 304, 311" in its text, link to the file's lines.
     struct Column {
         std::string key;
         std::string header;

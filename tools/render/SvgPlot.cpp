@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "tools/render/TextTable.h"
 #include "tools/render/HtmlWriter.h"
+#include "tools/render/TextTable.h"
 
 namespace korva::tool {
 
@@ -181,7 +181,7 @@ std::string SvgPlot::render(int width, int height) const {
 
 std::string SvgPlot::heatMap(const std::string& title, const std::vector<std::vector<double>>& cells,
                              const std::vector<std::string>& rowLabels,
-                             const std::vector<std::string>& columnLabels, double scale) {
+                             const std::vector<std::string>& columnLabels) {
     constexpr int kCell = 44;
     constexpr int kLabel = 56;
     size_t columns = columnLabels.size();
@@ -207,7 +207,7 @@ std::string SvgPlot::heatMap(const std::string& title, const std::vector<std::ve
                HtmlWriter::escape(r < rowLabels.size() ? rowLabels[r] : "") + "</text>";
         for (size_t c = 0; c < cells[r].size(); c++) {
             const double value = cells[r][c];
-            const double share = std::min(std::abs(value) / (scale > 0 ? scale : 1.0), 1.0);
+            const double share = std::min(std::abs(value), 1.0);
             const int fade = static_cast<int>(std::lround(255 * (1 - share)));
             char fill[8];
             snprintf(fill, sizeof(fill), "#%02x%02x%02x", value < 0 ? fade : 255, fade,

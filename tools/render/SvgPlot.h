@@ -31,12 +31,12 @@ public:
     // Tick values for a linear axis covering lo..hi with steps of 1, 2 or 5 times a power of ten.
     static std::vector<double> niceTicks(double lo, double hi, int most = 6);
 
-    // Cells coloured by value (blue below 0, red above, white at 0, full colour at +-scale),
+    // Cells coloured by value (blue below 0, red above, white at 0, full colour at +-1 and beyond),
     // each with its value written in it.
     static std::string heatMap(const std::string& title,
                                const std::vector<std::vector<double>>& cells,
                                const std::vector<std::string>& rowLabels,
-                               const std::vector<std::string>& columnLabels, double scale = 1.0);
+                               const std::vector<std::string>& columnLabels);
 
     // Colours that stay apart for up to eight series.
     static const char* color(size_t index);

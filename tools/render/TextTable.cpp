@@ -10,8 +10,6 @@ namespace {
 constexpr const char* kGap = "  ";
 // The last column never gets narrower than this, even when the others leave less room.
 constexpr size_t kMinLastWidth = 24;
-// How far a note stands in from the table's left edge.
-constexpr size_t kNoteIndent = 4;
 
 void rtrim(std::string& text) {
     while (!text.empty() && text.back() == ' ') {
@@ -63,19 +61,12 @@ void TextTable::alignRight(size_t column) {
 void TextTable::addRow(std::vector<std::string> cells) {
     cells.resize(mHeaders.size());
     mRows.push_back(std::move(cells));
-    mIsNote.push_back(false);
     mKeepWhole.push_back(false);
 }
 
 void TextTable::addPathRow(std::vector<std::string> cells) {
     addRow(std::move(cells));
     mKeepWhole.back() = true;
-}
-
-void TextTable::addNote(const std::string& text) {
-    mRows.push_back({text});
-    mIsNote.push_back(true);
-    mKeepWhole.push_back(false);
 }
 
 std::string TextTable::render(const std::string& indent, size_t width) const {
@@ -86,7 +77,7 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
     // Every column as wide as its widest cell; the last one wraps to what is left of that.
     for (size_t r = 0; r <= mRows.size(); r++) {
         const bool header = r == mRows.size();
-        for (size_t i = 0; i < columns && (header ? hasHeader : !mIsNote[r]); i++) {
+        for (size_t i = 0; i < columns && (!header || hasHeader); i++) {
             widths[i] = std::max(widths[i], (header ? mHeaders : mRows[r])[i].size());
         }
     }
@@ -94,19 +85,8 @@ std::string TextTable::render(const std::string& indent, size_t width) const {
     if (hasHeader) {
         renderRow(mHeaders, widths, indent, width, false, out);
     }
-    const std::string noteIndent = indent + std::string(kNoteIndent, ' ');
     for (size_t r = 0; r < mRows.size(); r++) {
-        if (!mIsNote[r]) {
-            renderRow(mRows[r], widths, indent, width, mKeepWhole[r], out);
-            continue;
-        }
-        const size_t room =
-            width > noteIndent.size() + kMinLastWidth ? width - noteIndent.size() : kMinLastWidth;
-        // Room for the continuations' deeper indent too.
-        const std::vector<std::string> lines = wrap(mRows[r][0], room - 2);
-        for (size_t i = 0; i < lines.size(); i++) {
-            out += (i == 0 ? noteIndent : noteIndent + "  ") + lines[i] + "\n";
-        }
+        renderRow(mRows[r], widths, indent, width, mKeepWhole[r], out);
     }
     return out;
 }

@@ -19,9 +19,6 @@ public:
     // A row whose last cell is a path the user gave: never wrapped, since a path split at its
     // blanks can be neither read nor copied. Its line is as long as the path needs.
     void addPathRow(std::vector<std::string> cells);
-    // A line under the row added last that spans the columns, indented a little past them and
-    // wrapped (continuations indented further): details that would crowd the last column.
-    void addNote(const std::string& text);
     bool empty() const { return mRows.empty(); }
 
     std::string render(const std::string& indent = "", size_t width = kDefaultWidth) const;
@@ -34,13 +31,11 @@ public:
 
 private:
     void renderRow(const std::vector<std::string>& cells, const std::vector<size_t>& widths,
-                   const std::string& indent, size_t width, bool keepWhole,
-                   std::string& out) const;
+                   const std::string& indent, size_t width, bool keepWhole, std::string& out) const;
 
     std::vector<std::string> mHeaders;
     std::vector<bool> mRightAligned;
     std::vector<std::vector<std::string>> mRows;
-    std::vector<bool> mIsNote;     // per row: a note's single cell
     std::vector<bool> mKeepWhole;  // per row: its last cell is never wrapped
 };
 
