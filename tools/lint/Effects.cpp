@@ -27,6 +27,29 @@ constexpr size_t kServers = 2;
 // full only the blobs that differ from the file's.
 FILE* sReference = nullptr;
 
+// What a load of an undone copy hands back: the blobs and store state of diff's documents (a blob
+// alike in the file only by its identity, "same": true) and the messages of the copy's own findings.
+int loadWork(const std::string& path, Json* document) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    std::vector<uint8_t> bytes(static_cast<size_t>(lseek(fileno(sReference), 0, SEEK_END)));
+    const bool read = pread(fileno(sReference), bytes.data(), bytes.size(), 0) ==
+                      static_cast<ssize_t>(bytes.size());
+    const auto reference = read ? Json::from_cbor(bytes, true, false) : Json();
+    *document = LoadedFile::of(*session, [&reference](const std::string& key,
+                                                      const std::vector<int>& words) {
+                    const auto found = reference.find(key);
+                    return found != reference.end() && *found == Json(words);
+                }).toJson(true);
+    Json& messages = (*document)["findings"] = Json::array();
+    for (const Finding& finding : LintRules::run(session->report())) {
+        messages.push_back(finding.message);
+    }
+    return kExitOk;
+}
+
 // A server of undone copies, forked before check's own load: each text it is sent loads in a
 // private temporary file, in a process forked for that load alone, and is removed right after.
 int serve(size_t, int parent) {
@@ -49,7 +72,7 @@ int serve(size_t, int parent) {
         const bool written =
             fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
         close(fd);
-        const auto load = [&path](Json* document) { return Effects::loadWork(path, document); };
+        const auto load = [&path](Json* document) { return loadWork(path, document); };
         const Json undone = written ? ChildLoads::one(path, load) : Json();
         unlink(path.c_str());
         if (!ChildLoads::send(parent, undone)) {
@@ -93,27 +116,6 @@ std::unique_ptr<ChildLoads> Effects::start() {
     sReference = sReference != nullptr ? sReference : tmpfile();
     return sReference != nullptr ? ChildLoads::start(std::vector<std::string>(kServers), serve)
                                  : nullptr;
-}
-
-int Effects::loadWork(const std::string& path, Json* document) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(path);
-    if (session == nullptr || !session->readable()) {
-        return kExitError;
-    }
-    std::vector<uint8_t> bytes(static_cast<size_t>(lseek(fileno(sReference), 0, SEEK_END)));
-    const bool read = pread(fileno(sReference), bytes.data(), bytes.size(), 0) ==
-                      static_cast<ssize_t>(bytes.size());
-    const auto reference = read ? Json::from_cbor(bytes, true, false) : Json();
-    *document = LoadedFile::of(*session, [&reference](const std::string& key,
-                                                      const std::vector<int>& words) {
-                    const auto found = reference.find(key);
-                    return found != reference.end() && *found == Json(words);
-                }).toJson(true);
-    Json& messages = (*document)["findings"] = Json::array();
-    for (const Finding& finding : LintRules::run(session->report())) {
-        messages.push_back(finding.message);
-    }
-    return kExitOk;
 }
 
 void Effects::skip(std::vector<Finding>* findings) {
@@ -164,52 +166,42 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     size_t toDo = std::count_if(all.begin(), all.end(), measurable);
     size_t done = 0;
     // A finding that a cause on an earlier line clears is that cause's consequence whatever its
-    // own undo changes, so it is not measured. The findings are in line order.
+    // own undo changes, so it is not measured. The findings are in line order: the next causes not
+    // cleared yet load at once, one per server, and one that a cause ahead of it in the batch
+    // clears is dropped unread, so the findings come out as they would one load at a time.
     std::vector<bool> cleared(all.size(), false);
-    // The loads of the causes ahead of the one measured, and why an undo could not be made. A
-    // load ahead whose cause an earlier one clears is dropped unread: the findings come out as
-    // they would one load at a time.
-    std::map<size_t, Json> ahead;
-    std::vector<std::string> unmade(all.size());
-    for (size_t i = 0; i < all.size(); i++) {
-        if (!measurable(all[i])) {
-            continue;
-        }
-        if (cleared[i]) {
-            toDo--;
-            continue;
-        }
-        if (progress != nullptr) {
-            progress(done++, toDo);
-        }
-        if (ahead.count(i) == 0) {
-            // This cause and the next ones not cleared yet load at once, one per server.
-            std::vector<size_t> batch;
-            std::vector<std::string> texts;
-            for (size_t j = i; j < all.size() && batch.size() < kServers; j++) {
-                std::string text;
-                if (!measurable(all[j]) || cleared[j]) {
-                    continue;
-                }
-                if (UndoEdit::apply(report, {*all[j].undo}, &text, &unmade[j])) {
-                    batch.push_back(j);
-                    texts.push_back(std::move(text));
-                } else {
-                    ahead[j] = Json();
-                }
-            }
-            std::vector<Json> documents = loads.ask(texts);
-            for (size_t k = 0; k < batch.size(); k++) {
-                ahead[batch[k]] = std::move(documents[k]);
+    for (size_t next = 0; next < all.size();) {
+        std::vector<size_t> batch;
+        std::vector<std::string> texts;
+        std::vector<std::string> unmade;
+        for (; next < all.size() && batch.size() < kServers; next++) {
+            if (measurable(all[next]) && cleared[next]) {
+                toDo--;
+            } else if (measurable(all[next])) {
+                batch.push_back(next);
+                texts.emplace_back();
+                unmade.emplace_back();
+                UndoEdit::apply(report, {*all[next].undo}, &texts.back(), &unmade.back());
             }
         }
-        why = unmade[i];
-        measured[i] = why.empty() ? compareUndone(file, all, ahead[i], &why) : Measured();
-        ahead.erase(i);
-        all[i].effect = std::move(measured[i].effect);
-        all[i].unmeasured = all[i].effect ? "" : why;
-        for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
-            cleared[f] = cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
+        const std::vector<Json> documents = loads.ask(texts);
+        for (size_t k = 0; k < batch.size(); k++) {
+            const size_t i = batch[k];
+            if (cleared[i]) {
+                toDo--;
+                continue;
+            }
+            if (progress != nullptr) {
+                progress(done++, toDo);
+            }
+            why = unmade[k];
+            measured[i] = why.empty() ? compareUndone(file, all, documents[k], &why) : Measured();
+            all[i].effect = std::move(measured[i].effect);
+            all[i].unmeasured = all[i].effect ? "" : why;
+            for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
+                cleared[f] =
+                    cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
+            }
         }
     }
     if (progress != nullptr) {
