@@ -82,32 +82,27 @@ int serve(size_t, int parent) {
     return kExitOk;
 }
 
-// One load of an undone copy: what changed against the file (null when the copy could not be
-// loaded), and which of the file's findings the copy no longer has.
-struct Measured {
-    std::optional<Differences> effect;
+// What the load of an undone copy (null when it failed) changes against the file, as effect, and
+// which of the file's findings the copy no longer has; none when it could not be loaded.
+std::vector<bool> compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
+                                const Json& undone, std::optional<Differences>* effect,
+                                std::string* why) {
     std::vector<bool> clears;
-};
-
-// What the load of an undone copy (null when it failed) changes against the file.
-Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
-                       const Json& undone, std::string* why) {
-    Measured measured;
     if (!undone.contains("blobs")) {
         *why = "the undone copy could not be loaded";
-        return measured;
+        return clears;
     }
     // The blobs both have alike came back by their identity only, which compare passes over.
-    measured.effect = DiffCommand::compare(LoadedFile::fromJson(undone), file);
+    *effect = DiffCommand::compare(LoadedFile::fromJson(undone), file);
     // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
         left[message.get<std::string>()]++;
     }
     for (const Finding& finding : findings) {
-        measured.clears.push_back(left[finding.message]-- <= 0);
+        clears.push_back(left[finding.message]-- <= 0);
     }
-    return measured;
+    return clears;
 }
 
 }  // namespace
@@ -138,7 +133,8 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     [[maybe_unused]] const ssize_t written =
         pwrite(fileno(sReference), bytes.data(), bytes.size(), 0);
     std::vector<Finding>& all = *findings;
-    std::vector<Measured> measured(all.size());
+    // Which findings each cause's undone copy no longer has.
+    std::vector<std::vector<bool>> clears(all.size());
     std::string why;
 
     // The comments and texts that only an effect would make findings, undone all at once first:
@@ -152,12 +148,14 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     bool quietMatter = false;
     if (!quiet.empty()) {
         std::string text;
-        const Measured together = UndoEdit::apply(report, quiet, &text, &why)
-                                      ? compareUndone(file, all, loads.ask({text}).front(), &why)
-                                      : Measured();
-        quietMatter = !together.effect || !together.effect->empty();
-        for (size_t i = 0; i < together.clears.size(); i++) {
-            quietMatter = quietMatter || (together.clears[i] && !all[i].onlyIfEffect);
+        std::optional<Differences> effect;
+        const std::vector<bool> together =
+            UndoEdit::apply(report, quiet, &text, &why)
+                ? compareUndone(file, all, loads.ask({text}).front(), &effect, &why)
+                : std::vector<bool>();
+        quietMatter = !effect || !effect->empty();
+        for (size_t i = 0; i < together.size(); i++) {
+            quietMatter = quietMatter || (together[i] && !all[i].onlyIfEffect);
         }
     }
     const auto measurable = [&](const Finding& f) {
@@ -195,12 +193,12 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
                 progress(done++, toDo);
             }
             why = unmade[k];
-            measured[i] = why.empty() ? compareUndone(file, all, documents[k], &why) : Measured();
-            all[i].effect = std::move(measured[i].effect);
+            if (why.empty()) {
+                clears[i] = compareUndone(file, all, documents[k], &all[i].effect, &why);
+            }
             all[i].unmeasured = all[i].effect ? "" : why;
-            for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
-                cleared[f] =
-                    cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
+            for (size_t f = i + 1; f < clears[i].size(); f++) {
+                cleared[f] = cleared[f] || (clears[i][f] && all[f].at.line > all[i].at.line);
             }
         }
     }
@@ -209,15 +207,15 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     }
 
     // A finding that undoing another cause clears follows from that cause. Where two clear each
-    // other, the one on the earlier line is the cause.
-    const auto clears = [&](size_t c, size_t f) {
-        return c != f && !measured[c].clears.empty() && measured[c].clears[f];
+    // other, the one on the earlier line (the earlier one on a line) is the cause.
+    const auto clearsOf = [&](size_t c, size_t f) {
+        return c != f && !clears[c].empty() && clears[c][f];
     };
     std::vector<int> causeOf(all.size(), -1);
     for (size_t f = 0; f < all.size(); f++) {
         for (size_t c = 0; c < all.size() && causeOf[f] < 0; c++) {
-            if (clears(c, f) && (!clears(f, c) || all[c].at.line < all[f].at.line ||
-                                 (all[c].at.line == all[f].at.line && c < f))) {
+            // In line order, the earlier is the one on the earlier line.
+            if (clearsOf(c, f) && (!clearsOf(f, c) || c < f)) {
                 causeOf[f] = static_cast<int>(c);
             }
         }
