@@ -58,11 +58,15 @@ std::string counted(size_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-// A note, or a finding that another's undo clears, under its place.
-void printNote(Printer& out, const std::string& path, const Note& note, const std::string& kind) {
-    const Printer::Scope item = out.placed(path, note.at.line, note.at.atLeast,
-                                           kind.empty() ? note.message : kind + ": " + note.message);
-    out.json("message", note.message);
+// A finding's notes, or the findings that its undo clears, each under its place.
+void printNotes(Printer& out, const std::string& path, const std::string& key,
+                const std::string& title, const std::vector<Note>& notes, const std::string& lead) {
+    const Printer::Scope list = out.list(key, title);
+    for (const Note& note : notes) {
+        const Printer::Scope item =
+            out.placed(path, note.at.line, note.at.atLeast, lead + note.message);
+        out.json("message", note.message);
+    }
 }
 
 void printEffect(Printer& out, const std::optional<Differences>& effect) {
@@ -106,12 +110,7 @@ void CheckCommand::printFindings(Printer& out, const std::string& path,
         out.json("rule", finding.rule);
         out.json("severity", severityName(finding.severity));
         out.json("message", finding.message);
-        {
-            const Printer::Scope notes = out.list("notes");
-            for (const Note& note : finding.notes) {
-                printNote(out, path, note, "note");
-            }
-        }
+        printNotes(out, path, "notes", "", finding.notes, "note: ");
         const Json undo = finding.undo ? UndoEdit::toJson(report, *finding.undo) : Json();
         out.json("undo", undo);
         if (effects && finding.undo) {
@@ -123,13 +122,11 @@ void CheckCommand::printFindings(Printer& out, const std::string& path,
                       finding.unmeasured);
         }
         const size_t clears = finding.follows.size();
-        const Printer::Scope cleared = out.list(
-            "clears", clears == 0 ? ""
-                                  : "undoing it also clears " + counted(clears, "other finding") +
-                                        (listClears ? ":" : " (--verbose lists them)"));
-        for (size_t i = 0; listClears && i < clears; i++) {
-            printNote(out, path, finding.follows[i], "");
-        }
+        printNotes(out, path, "clears",
+                   clears == 0 ? ""
+                               : "undoing it also clears " + counted(clears, "other finding") +
+                                     (listClears ? ":" : " (--verbose lists them)"),
+                   listClears ? finding.follows : std::vector<Note>(), "");
     }
 }
 
@@ -203,11 +200,11 @@ int CheckCommand::run(const Options& options) {
         Effects::skip(&findings);
     }
     loads.reset();
+    const auto listAll = [&](Printer& out) {
+        printFindings(out, path, findings, report, true, true);
+    };
     if (options.sarif) {
-        ToolOutput::printJson(SarifLog::make(path, Printer::document([&](Printer& out) {
-                                                 printFindings(out, path, findings, report, true,
-                                                               true);
-                                             })["findings"]));
+        ToolOutput::printJson(SarifLog::make(path, Printer::document(listAll)["findings"]));
     }
     const size_t errors = std::count_if(findings.begin(), findings.end(), [](const Finding& f) {
         return f.severity == Severity::kError;

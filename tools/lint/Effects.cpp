@@ -27,6 +27,29 @@ constexpr size_t kServers = 2;
 // full only the blobs that differ from the file's.
 FILE* sReference = nullptr;
 
+// What a load of an undone copy hands back: the blobs and store state of diff's documents (a blob
+// alike in the file only by its identity, "same": true) and the messages of the copy's own findings.
+int loadWork(const std::string& path, Json* document) {
+    std::unique_ptr<StoreSession> session = StoreSession::open(path);
+    if (session == nullptr || !session->readable()) {
+        return kExitError;
+    }
+    std::vector<uint8_t> bytes(static_cast<size_t>(lseek(fileno(sReference), 0, SEEK_END)));
+    const bool read = pread(fileno(sReference), bytes.data(), bytes.size(), 0) ==
+                      static_cast<ssize_t>(bytes.size());
+    const auto reference = read ? Json::from_cbor(bytes, true, false) : Json();
+    *document = LoadedFile::of(*session, [&reference](const std::string& key,
+                                                      const std::vector<int>& words) {
+                    const auto found = reference.find(key);
+                    return found != reference.end() && *found == Json(words);
+                }).toJson(true);
+    Json& messages = (*document)["findings"] = Json::array();
+    for (const Finding& finding : LintRules::run(session->report())) {
+        messages.push_back(finding.message);
+    }
+    return kExitOk;
+}
+
 // A server of undone copies, forked before check's own load: each text it is sent loads in a
 // private temporary file, in a process forked for that load alone, and is removed right after.
 int serve(size_t, int parent) {
@@ -49,7 +72,7 @@ int serve(size_t, int parent) {
         const bool written =
             fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
         close(fd);
-        const auto load = [&path](Json* document) { return Effects::loadWork(path, document); };
+        const auto load = [&path](Json* document) { return loadWork(path, document); };
         const Json undone = written ? ChildLoads::one(path, load) : Json();
         unlink(path.c_str());
         if (!ChildLoads::send(parent, undone)) {
@@ -59,32 +82,27 @@ int serve(size_t, int parent) {
     return kExitOk;
 }
 
-// One load of an undone copy: what changed against the file (null when the copy could not be
-// loaded), and which of the file's findings the copy no longer has.
-struct Measured {
-    std::optional<Differences> effect;
+// What the load of an undone copy (null when it failed) changes against the file, as effect, and
+// which of the file's findings the copy no longer has; none when it could not be loaded.
+std::vector<bool> compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
+                                const Json& undone, std::optional<Differences>* effect,
+                                std::string* why) {
     std::vector<bool> clears;
-};
-
-// What the load of an undone copy (null when it failed) changes against the file.
-Measured compareUndone(const LoadedFile& file, const std::vector<Finding>& findings,
-                       const Json& undone, std::string* why) {
-    Measured measured;
     if (!undone.contains("blobs")) {
         *why = "the undone copy could not be loaded";
-        return measured;
+        return clears;
     }
     // The blobs both have alike came back by their identity only, which compare passes over.
-    measured.effect = DiffCommand::compare(LoadedFile::fromJson(undone), file);
+    *effect = DiffCommand::compare(LoadedFile::fromJson(undone), file);
     // Counted by message: the copy's lines have moved.
     std::map<std::string, int> left;
     for (const Json& message : undone.value("findings", Json::array())) {
         left[message.get<std::string>()]++;
     }
     for (const Finding& finding : findings) {
-        measured.clears.push_back(left[finding.message]-- <= 0);
+        clears.push_back(left[finding.message]-- <= 0);
     }
-    return measured;
+    return clears;
 }
 
 }  // namespace
@@ -93,27 +111,6 @@ std::unique_ptr<ChildLoads> Effects::start() {
     sReference = sReference != nullptr ? sReference : tmpfile();
     return sReference != nullptr ? ChildLoads::start(std::vector<std::string>(kServers), serve)
                                  : nullptr;
-}
-
-int Effects::loadWork(const std::string& path, Json* document) {
-    std::unique_ptr<StoreSession> session = StoreSession::open(path);
-    if (session == nullptr || !session->readable()) {
-        return kExitError;
-    }
-    std::vector<uint8_t> bytes(static_cast<size_t>(lseek(fileno(sReference), 0, SEEK_END)));
-    const bool read = pread(fileno(sReference), bytes.data(), bytes.size(), 0) ==
-                      static_cast<ssize_t>(bytes.size());
-    const auto reference = read ? Json::from_cbor(bytes, true, false) : Json();
-    *document = LoadedFile::of(*session, [&reference](const std::string& key,
-                                                      const std::vector<int>& words) {
-                    const auto found = reference.find(key);
-                    return found != reference.end() && *found == Json(words);
-                }).toJson(true);
-    Json& messages = (*document)["findings"] = Json::array();
-    for (const Finding& finding : LintRules::run(session->report())) {
-        messages.push_back(finding.message);
-    }
-    return kExitOk;
 }
 
 void Effects::skip(std::vector<Finding>* findings) {
@@ -136,7 +133,8 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     [[maybe_unused]] const ssize_t written =
         pwrite(fileno(sReference), bytes.data(), bytes.size(), 0);
     std::vector<Finding>& all = *findings;
-    std::vector<Measured> measured(all.size());
+    // Which findings each cause's undone copy no longer has.
+    std::vector<std::vector<bool>> clears(all.size());
     std::string why;
 
     // The comments and texts that only an effect would make findings, undone all at once first:
@@ -150,12 +148,14 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     bool quietMatter = false;
     if (!quiet.empty()) {
         std::string text;
-        const Measured together = UndoEdit::apply(report, quiet, &text, &why)
-                                      ? compareUndone(file, all, loads.ask({text}).front(), &why)
-                                      : Measured();
-        quietMatter = !together.effect || !together.effect->empty();
-        for (size_t i = 0; i < together.clears.size(); i++) {
-            quietMatter = quietMatter || (together.clears[i] && !all[i].onlyIfEffect);
+        std::optional<Differences> effect;
+        const std::vector<bool> together =
+            UndoEdit::apply(report, quiet, &text, &why)
+                ? compareUndone(file, all, loads.ask({text}).front(), &effect, &why)
+                : std::vector<bool>();
+        quietMatter = !effect || !effect->empty();
+        for (size_t i = 0; i < together.size(); i++) {
+            quietMatter = quietMatter || (together[i] && !all[i].onlyIfEffect);
         }
     }
     const auto measurable = [&](const Finding& f) {
@@ -164,52 +164,42 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     size_t toDo = std::count_if(all.begin(), all.end(), measurable);
     size_t done = 0;
     // A finding that a cause on an earlier line clears is that cause's consequence whatever its
-    // own undo changes, so it is not measured. The findings are in line order.
+    // own undo changes, so it is not measured. The findings are in line order: the next causes not
+    // cleared yet load at once, one per server, and one that a cause ahead of it in the batch
+    // clears is dropped unread, so the findings come out as they would one load at a time.
     std::vector<bool> cleared(all.size(), false);
-    // The loads of the causes ahead of the one measured, and why an undo could not be made. A
-    // load ahead whose cause an earlier one clears is dropped unread: the findings come out as
-    // they would one load at a time.
-    std::map<size_t, Json> ahead;
-    std::vector<std::string> unmade(all.size());
-    for (size_t i = 0; i < all.size(); i++) {
-        if (!measurable(all[i])) {
-            continue;
-        }
-        if (cleared[i]) {
-            toDo--;
-            continue;
-        }
-        if (progress != nullptr) {
-            progress(done++, toDo);
-        }
-        if (ahead.count(i) == 0) {
-            // This cause and the next ones not cleared yet load at once, one per server.
-            std::vector<size_t> batch;
-            std::vector<std::string> texts;
-            for (size_t j = i; j < all.size() && batch.size() < kServers; j++) {
-                std::string text;
-                if (!measurable(all[j]) || cleared[j]) {
-                    continue;
-                }
-                if (UndoEdit::apply(report, {*all[j].undo}, &text, &unmade[j])) {
-                    batch.push_back(j);
-                    texts.push_back(std::move(text));
-                } else {
-                    ahead[j] = Json();
-                }
-            }
-            std::vector<Json> documents = loads.ask(texts);
-            for (size_t k = 0; k < batch.size(); k++) {
-                ahead[batch[k]] = std::move(documents[k]);
+    for (size_t next = 0; next < all.size();) {
+        std::vector<size_t> batch;
+        std::vector<std::string> texts;
+        std::vector<std::string> unmade;
+        for (; next < all.size() && batch.size() < kServers; next++) {
+            if (measurable(all[next]) && cleared[next]) {
+                toDo--;
+            } else if (measurable(all[next])) {
+                batch.push_back(next);
+                texts.emplace_back();
+                unmade.emplace_back();
+                UndoEdit::apply(report, {*all[next].undo}, &texts.back(), &unmade.back());
             }
         }
-        why = unmade[i];
-        measured[i] = why.empty() ? compareUndone(file, all, ahead[i], &why) : Measured();
-        ahead.erase(i);
-        all[i].effect = std::move(measured[i].effect);
-        all[i].unmeasured = all[i].effect ? "" : why;
-        for (size_t f = i + 1; f < measured[i].clears.size(); f++) {
-            cleared[f] = cleared[f] || (measured[i].clears[f] && all[f].at.line > all[i].at.line);
+        const std::vector<Json> documents = loads.ask(texts);
+        for (size_t k = 0; k < batch.size(); k++) {
+            const size_t i = batch[k];
+            if (cleared[i]) {
+                toDo--;
+                continue;
+            }
+            if (progress != nullptr) {
+                progress(done++, toDo);
+            }
+            why = unmade[k];
+            if (why.empty()) {
+                clears[i] = compareUndone(file, all, documents[k], &all[i].effect, &why);
+            }
+            all[i].unmeasured = all[i].effect ? "" : why;
+            for (size_t f = i + 1; f < clears[i].size(); f++) {
+                cleared[f] = cleared[f] || (clears[i][f] && all[f].at.line > all[i].at.line);
+            }
         }
     }
     if (progress != nullptr) {
@@ -217,15 +207,15 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     }
 
     // A finding that undoing another cause clears follows from that cause. Where two clear each
-    // other, the one on the earlier line is the cause.
-    const auto clears = [&](size_t c, size_t f) {
-        return c != f && !measured[c].clears.empty() && measured[c].clears[f];
+    // other, the one on the earlier line (the earlier one on a line) is the cause.
+    const auto clearsOf = [&](size_t c, size_t f) {
+        return c != f && !clears[c].empty() && clears[c][f];
     };
     std::vector<int> causeOf(all.size(), -1);
     for (size_t f = 0; f < all.size(); f++) {
         for (size_t c = 0; c < all.size() && causeOf[f] < 0; c++) {
-            if (clears(c, f) && (!clears(f, c) || all[c].at.line < all[f].at.line ||
-                                 (all[c].at.line == all[f].at.line && c < f))) {
+            // In line order, the earlier is the one on the earlier line.
+            if (clearsOf(c, f) && (!clearsOf(f, c) || c < f)) {
                 causeOf[f] = static_cast<int>(c);
             }
         }

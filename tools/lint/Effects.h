@@ -20,11 +20,6 @@ public:
     // The loads of undone copies, started before the file's own load.
     static std::unique_ptr<ChildLoads> start();
 
-    // What a load of an undone copy hands back: the blobs and store state of diff's documents
-    // (a blob alike in the file only by its identity, "same": true) and the messages of the
-    // copy's own findings.
-    static int loadWork(const std::string& path, Json* document);
-
     // Measures every finding that has an undo, folds consequences into their causes and drops
     // the causes that change nothing (kept under verbose). progress is called with the count
     // done and the count to do.

@@ -33,14 +33,11 @@ struct Undo {
         kMoveBefore,       // the element, to just before the node `before`
         kRemoveAttribute,  // the attribute
     };
-    Undo(Action what, int at, std::string name = "", std::string value = "", int place = -1)
-        : action(what), node(at), attribute(std::move(name)), to(std::move(value)), before(place) {}
-
     Action action;
-    int node;               // the reported node edited
-    std::string attribute;  // "" for the element itself
-    std::string to;
-    int before;
+    int node;                    // the reported node edited
+    std::string attribute = "";  // "" for the element itself
+    std::string to = "";
+    int before = -1;
 };
 
 struct Finding {

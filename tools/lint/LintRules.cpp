@@ -111,11 +111,8 @@ private:
     // A finding undone by renaming to a close name (edit.to) if one was found, else told why not.
     void addWithUndo(int node, std::string message, const Undo& edit, const char* why) {
         Finding& f = add(node, std::move(message));
-        if (!edit.to.empty()) {
-            f.undo = edit;
-        } else {
-            f.unmeasured = why;
-        }
+        f.undo = edit.to.empty() ? std::nullopt : std::optional<Undo>(edit);
+        f.unmeasured = edit.to.empty() ? why : "";
     }
 
     // An element as <name>, a comment or a text by its words.
@@ -224,9 +221,8 @@ void Linter::passedOver() {
             (why == Skip::kAfterCut && cut)) {
             continue;
         }
-        const bool belowCause = why == Skip::kNotWalked && found.count(node.parent) > 0;
         found.insert(skip.node);
-        if (belowCause) {
+        if (why == Skip::kNotWalked && found.count(node.parent) > 0) {
             continue;
         }
         const std::string what = describe(skip.node);
@@ -247,7 +243,7 @@ void Linter::passedOver() {
         } else if ((why == Skip::kNoSetter || why == Skip::kUnknown) &&
                    node.name == TuningFileParser::kIncludeElement && lookedAt != missedIn.end()) {
             add(skip.node, in + ": the reader looks for it at " + describe(lookedAt->second)).undo =
-                Undo(Action::kMoveBefore, skip.node, "", "", lookedAt->second);
+                Undo{Action::kMoveBefore, skip.node, "", "", lookedAt->second};
         } else if (why == Skip::kNoSetter || why == Skip::kUnknown) {
             const bool setter = why == Skip::kNoSetter;
             const std::string best = closest(node.name, setter ? setterNames : structural);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 #include "tools/VersionInfo.h"
 #include "tools/lint/LintRules.h"
@@ -16,22 +17,21 @@ Json location(const std::string& uri, const Json& placed) {
               {"region", {{"startLine", std::max(placed["line"].get<long>(), 1L)}}}}}};
 }
 
-Json replacement(const Json& deleted, const std::string& text) {
-    return {{"deletedRegion", deleted}, {"insertedContent", {{"text", text}}}};
-}
-
-// The undo as a SARIF fix: the line it takes away, and what it puts there.
+// The undo as a SARIF fix: the line it takes away, and what it puts there; a move puts the element
+// back before the line it moves to.
 Json fix(const std::string& uri, const Json& undo) {
-    const long line = undo["line"].get<long>();
+    const auto replacement = [](const Json& deleted, const std::string& text) {
+        return Json{{"deletedRegion", deleted}, {"insertedContent", {{"text", text}}}};
+    };
+    const bool move = undo["action"] == "move";
     Json replacements = Json::array();
-    if (undo["action"] == "move") {
+    if (move) {
         replacements.push_back(
             replacement({{"startLine", undo["before_line"]}, {"startColumn", 1}, {"endColumn", 1}},
                         undo["moves"].get<std::string>()));
     }
-    replacements.push_back(
-        replacement({{"startLine", line}, {"endLine", line}},
-                    undo["action"] == "move" ? std::string() : undo.value("becomes", "")));
+    replacements.push_back(replacement({{"startLine", undo["line"]}, {"endLine", undo["line"]}},
+                                       move ? std::string() : undo.value("becomes", "")));
     return {{"description", {{"text", undo["description"]}}},
             {"artifactChanges",
              Json::array({{{"artifactLocation", {{"uri", uri}}}, {"replacements", replacements}}})}};
@@ -42,13 +42,9 @@ Json fix(const std::string& uri, const Json& undo) {
 std::string SarifLog::uri(const std::string& path) {
     std::string out;
     for (const unsigned char c : path) {
-        if (isalnum(c) || std::string("/-._~").find(c) != std::string::npos) {
-            out += static_cast<char>(c);
-        } else {
-            char escaped[4];
-            snprintf(escaped, sizeof(escaped), "%%%02X", c);
-            out += escaped;
-        }
+        char escaped[4];
+        snprintf(escaped, sizeof(escaped), "%%%02X", c);
+        out += isalnum(c) || strchr("/-._~", c) != nullptr ? std::string(1, c) : escaped;
     }
     return path.size() > 0 && path[0] == '/' ? "file://" + out : out;
 }

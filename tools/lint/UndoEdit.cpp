@@ -120,41 +120,34 @@ bool UndoEdit::apply(const LoadReport& report, const std::vector<Undo>& edits, s
 }
 
 Json UndoEdit::toJson(const LoadReport& report, const Undo& undo) {
+    using Action = Undo::Action;
     static const char* const kActions[] = {"remove", "rename", "replace", "move", "remove"};
     const ReportedNode& reported = report.node(undo.node);
     const std::string on = (reported.isElement   ? "<" + reported.name + ">"
                             : reported.isComment ? std::string("the comment")
                                                  : std::string("the text")) +
                            " on line " + std::to_string(reported.line);
-    const std::string attribute = "attribute \"" + undo.attribute + "\" of " + on;
+    // The element, or its attribute when the edit names one.
+    const std::string edited =
+        undo.attribute.empty() ? on : "attribute \"" + undo.attribute + "\" of " + on;
+    const std::string to = undo.attribute.empty() ? "<" + undo.to + ">" : "\"" + undo.to + "\"";
     xmlNode* node = copyOf(report, undo.node);
     Json json = {{"line", reported.line}, {"action", kActions[static_cast<int>(undo.action)]}};
-    switch (undo.action) {
-        case Undo::Action::kRemove:
-            json["removes"] = nodeText(node);
-            json["description"] = "remove " + on;
-            break;
-        case Undo::Action::kRename:
-            json["renames"] = undo.attribute.empty() ? reported.name : undo.attribute;
-            json["to"] = undo.to;
-            json["description"] = undo.attribute.empty()
-                                      ? "rename " + on + " to <" + undo.to + ">"
-                                      : "rename " + attribute + " to \"" + undo.to + "\"";
-            break;
-        case Undo::Action::kReplace:
-            json["attribute"] = undo.attribute;
-            json["to"] = undo.to;
-            json["description"] = "set " + undo.attribute + " of " + on + " to \"" + undo.to + "\"";
-            break;
-        case Undo::Action::kMoveBefore:
-            json["moves"] = nodeText(node);
-            json["before_line"] = report.node(undo.before).line;
-            json["description"] = "move " + on + " before line " + json["before_line"].dump();
-            break;
-        case Undo::Action::kRemoveAttribute:
-            json["removes"] = undo.attribute;
-            json["description"] = "remove " + attribute;
-            break;
+    if (undo.action == Action::kRemove || undo.action == Action::kRemoveAttribute) {
+        json["removes"] = undo.attribute.empty() ? nodeText(node) : undo.attribute;
+        json["description"] = "remove " + edited;
+    } else if (undo.action == Action::kRename) {
+        json["renames"] = undo.attribute.empty() ? reported.name : undo.attribute;
+        json["to"] = undo.to;
+        json["description"] = "rename " + edited + " to " + to;
+    } else if (undo.action == Action::kReplace) {
+        json["attribute"] = undo.attribute;
+        json["to"] = undo.to;
+        json["description"] = "set " + undo.attribute + " of " + on + " to " + to;
+    } else {
+        json["moves"] = nodeText(node);
+        json["before_line"] = report.node(undo.before).line;
+        json["description"] = "move " + on + " before line " + json["before_line"].dump();
     }
     // The element's start tag as an edit inside it leaves it (its children stay as they are).
     const bool inside =
