@@ -59,15 +59,6 @@ const ReportedNode& LoadReport::node(int index) const {
     return index >= 0 && static_cast<size_t>(index) < nodes.size() ? nodes[index] : kNone;
 }
 
-int LoadReport::recordOfNode(int element) const {
-    for (size_t i = 0; element >= 0 && i < records.size(); i++) {
-        if (records[i].node == element) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
 int LoadReport::nodeIndex(const xmlNode* node) {
     if (node == nullptr) {
         return -1;
@@ -76,19 +67,12 @@ int LoadReport::nodeIndex(const xmlNode* node) {
     if (known != mNodeIndex.end()) {
         return known->second;
     }
-    ReportedNode reported;
-    reported.parent = nodeIndex(NodeInfo::parentOf(node));
+    // The holding elements first, so that they come before the node.
+    const int parent = nodeIndex(NodeInfo::parentOf(node));
     const NodeInfo::Line line = NodeInfo::lineOf(node);
-    reported.line = line.line;
-    reported.atLeast = line.atLeast;
-    reported.name = NodeInfo::nameOf(node);
-    reported.isElement = NodeInfo::isElement(node);
-    reported.isComment = NodeInfo::isComment(node);
-    if (!reported.isElement) {
-        reported.name.clear();
-        reported.content = NodeInfo::contentOf(node);
-    }
-    nodes.push_back(std::move(reported));
+    const bool element = NodeInfo::isElement(node);
+    nodes.push_back({line.line, line.atLeast, element ? NodeInfo::nameOf(node) : "", element,
+                     NodeInfo::isComment(node), element ? "" : NodeInfo::contentOf(node), parent});
     if (keepDocument) {
         if (document == nullptr) {
             document.reset(NodeInfo::copyDocument(node, &mCopyOf));
@@ -206,11 +190,7 @@ void LoadReport::onDeviceTuning(const xmlNode* element, const DeviceTuning& bind
 
 void LoadReport::onRecordDropped(const ParameterValues& record) {
     const int index = recordIndex(record);
-    const RecordKind kind = records[index].kind;
-    const int node = records[index].node;
     snapshot(record, &records[index]);
-    records[index].kind = kind;
-    records[index].node = node;
     records[index].dropped = true;
     // Its memory may hold a later record.
     mRecordIndex.erase(&record);
@@ -242,10 +222,7 @@ void LoadReport::onParsed(TuningFileParser& parser) {
     addInOrder(data->getProfileEndpoints(), &ordered);
     addInOrder(data->getTunings(), &ordered);
     for (const ParameterValues* record : ordered) {
-        RecordSnapshot& held = records[recordIndex(*record)];
-        const int node = held.node;
-        snapshot(*record, &held);
-        held.node = node;
+        snapshot(*record, &records[recordIndex(*record)]);
     }
     for (const DeviceTuning* binding : inCreationOrder(data->getDeviceTunings())) {
         bindings.push_back(bindingOf(*binding));

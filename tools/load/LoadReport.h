@@ -162,8 +162,6 @@ struct LoadReport : public LoadObserver {
     std::vector<const RecordSnapshot*> ofKind(RecordKind kind) const;
     // The element at index, or an empty one for -1.
     const ReportedNode& node(int index) const;
-    // The record made from the element, or -1.
-    int recordOfNode(int node) const;
 
     void onReadFailed(const std::string& path, int status, const xmlError* error) override;
     void onStructure(const xmlNode* node, Structure what) override;

@@ -80,6 +80,27 @@ MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provena
     return matrix;
 }
 
+// Of an entry's source, what comparing and the report read: its summary, its parameters' names and
+// the band and matrix row elements their values were read from; a tenth of the size.
+LoadedEntry briefEntry(const LoadedEntry& entry) {
+    LoadedEntry brief{entry.deviceId,     entry.code, entry.values, entry.from, entry.entry,
+                      entry.builtinTable, {}};
+    for (const SourceParameter& parameter : entry.parameters) {
+        SourceParameter& names = brief.parameters.emplace_back();
+        names.name = parameter.name;
+        for (const ValueStep& step : parameter.steps) {
+            ValueStep rows;
+            std::copy_if(step.elements.begin(), step.elements.end(),
+                         std::back_inserter(rows.elements),
+                         [](const ReadElement& element) { return element.row; });
+            if (!rows.elements.empty()) {
+                names.steps.push_back(std::move(rows));
+            }
+        }
+    }
+    return brief;
+}
+
 }  // namespace
 
 long LoadedEntry::rowLine(int row) const {
@@ -295,7 +316,35 @@ void from_json(const Json& json, MixMatrix& matrix) {
     matrix.rows = json.value("rows", std::vector<MatrixRow>());
 }
 
+// The child's form of a loaded file: each struct's members under their own names, one list read
+// both ways (nlohmann's NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT, for the ordered Json).
+#define KORVA_JSON_MEMBERS(Type, ...)                                                           \
+    void to_json(Json& nlohmann_json_j, const Type& nlohmann_json_t) {                          \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_TO, __VA_ARGS__))                \
+    }                                                                                           \
+    void from_json(const Json& nlohmann_json_j, Type& nlohmann_json_t) {                        \
+        const Type nlohmann_json_default_obj;                                                   \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_FROM_WITH_DEFAULT, __VA_ARGS__)) \
+    }
+
+// Of a source, what comparing and the report read (briefEntry).
+KORVA_JSON_MEMBERS(ReadElement, name, line, row)
+KORVA_JSON_MEMBERS(ValueStep, elements)
+KORVA_JSON_MEMBERS(SourceParameter, name, steps)
+KORVA_JSON_MEMBERS(LoadedEntry, deviceId, code, values, from, entry, builtinTable, parameters)
+KORVA_JSON_MEMBERS(LoadedBlob, kind, id, name, port, tuning, words, valid, header, entries, same)
+KORVA_JSON_MEMBERS(StoreState, tuningsUsable, ports, mixMatrices)
+KORVA_JSON_MEMBERS(LoadedFile, path, formatVersion, toolVersion, blobs, store)
+
 Json LoadedFile::toJson(bool brief) const {
+    if (brief) {
+        LoadedFile sent = *this;
+        for (LoadedBlob& blob : sent.blobs) {
+            std::transform(blob.entries.begin(), blob.entries.end(), blob.entries.begin(),
+                           briefEntry);
+        }
+        return sent;
+    }
     Json json = {{"file", path.empty() ? Json(nullptr) : Json(path)},
                  {"format_version", formatVersion},
                  {"tool_version", toolVersion},
@@ -332,12 +381,12 @@ Json LoadedFile::toJson(bool brief) const {
             out["code"] = BlobDecoder::codeText(entry.code);
             out["count"] = entry.values.size();
             out["values"] = entry.values;
-            const EntryView view = brief ? EntryView() : EntryView::decode(entry.code, entry.values);
+            const EntryView view = EntryView::decode(entry.code, entry.values);
             if (view.kind != EntryView::Kind::kPlain) {
                 out["view"] = view.toJson();
             }
             if (!entry.from.empty()) {
-                out["source"] = entry.sourceJson(brief);
+                out["source"] = entry.sourceJson();
             }
         }
     }
@@ -345,40 +394,7 @@ Json LoadedFile::toJson(bool brief) const {
 }
 
 LoadedFile LoadedFile::fromJson(const Json& json) {
-    LoadedFile file;
-    file.path = json.value("file", Json()).is_string() ? json["file"] : "";
-    file.formatVersion = json.value("format_version", "");
-    file.toolVersion = json.value("tool_version", "");
-    for (const Json& item : member(json, "blobs")) {
-        const auto kind = std::find(std::begin(kKindNames), std::end(kKindNames),
-                                    item.value("kind", std::string()));
-        LoadedBlob& blob = file.blobs.emplace_back();
-        blob.kind = kind == std::end(kKindNames) ? Kind::kProfile
-                                                 : static_cast<Kind>(kind - std::begin(kKindNames));
-        blob.id = item.value("id", 0);
-        blob.name = item.value("name", "");
-        blob.port = item.value("port", "");
-        blob.tuning = item.value("tuning", "");
-        blob.words = item.value("words", size_t(0));
-        blob.valid = item.value("valid", false);
-        blob.header = item.value("header", 0);
-        blob.same = item.value("same", false);
-        for (const Json& entryJson : member(item, "entries")) {
-            LoadedEntry& entry = blob.entries.emplace_back();
-            entry.deviceId = entryJson.value("device", 0);
-            entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
-            entry.values = entryJson.value("values", std::vector<int>());
-            entry.entry = blob.entries.size() - 1;  // the brief form leaves it out
-            if (entryJson.contains("source")) {
-                entry.readSource(entryJson["source"]);
-            }
-        }
-    }
-    const Json& store = member(json, "store");
-    file.store = {store.value("tunings_usable", false),
-                  store.value("ports", std::vector<PortState>()),
-                  store.value("mix_matrices", std::map<std::string, MixMatrix>())};
-    return file;
+    return json.is_object() ? json.get<LoadedFile>() : LoadedFile();
 }
 
 }  // namespace korva::tool
