@@ -118,6 +118,9 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.values.size(); i++) {
         mValues[{report.values[i].record, report.values[i].parameter}].push_back(i);
     }
+    for (size_t i = 0; i < report.translated.size(); i++) {
+        mTranslations[report.translated[i].blob].push_back(i);
+    }
     for (const LoadReport::NodeEvent& event : report.structures) {
         if (event.what == static_cast<int>(Structure::kSetterRow)) {
             mRows.insert(event.node);
@@ -238,11 +241,11 @@ SourceParameter EntryProvenance::sourceParameter(Parameter parameter, int record
 }
 
 int EntryProvenance::blobRecord(size_t blob) const {
-    const auto& all = mReport.translated;
-    const auto first = std::find_if(all.begin(), all.end(), [blob](const auto& translation) {
-        return translation.blob == static_cast<int>(blob);
-    });
-    return first != all.end() ? first->record : -1;
+    auto translations = mTranslations.find(static_cast<int>(blob));
+    if (translations == mTranslations.end() || translations->second.empty()) {
+        return -1;
+    }
+    return mReport.translated[translations->second.front()].record;
 }
 
 LoadedEntry EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {
@@ -260,12 +263,12 @@ std::vector<LoadedEntry> EntryProvenance::ofBlob(size_t blob) const {
     }
     const std::vector<BlobEntry> decoded = BlobDecoder::decode(mReport.blobs[blob].words).entries;
     std::vector<LoadedEntry> entries(decoded.size());
-    for (size_t t = 0; t < mReport.translated.size(); t++) {
+    auto translations = mTranslations.find(static_cast<int>(blob));
+    for (size_t t :
+         translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
         const LoadReport::TranslatedEvent& translation = mReport.translated[t];
         for (int i = std::max(translation.firstEntry, 0);
-             translation.blob == static_cast<int>(blob) && i < translation.endEntry &&
-             i < static_cast<int>(entries.size());
-             i++) {
+             i < translation.endEntry && i < static_cast<int>(entries.size()); i++) {
             for (Parameter parameter : entryParameters(translation, decoded, i)) {
                 entries[i].parameters.push_back(sourceParameter(parameter, translation.record, t));
             }

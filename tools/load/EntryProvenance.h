@@ -101,8 +101,9 @@ private:
     std::map<int, std::vector<int>> mChildren;
     std::map<int, ReadElement> mRead;  // the attributes read of each element, by node
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
-    std::set<int> mRows;               // nodes reported as list rows
-    std::vector<int> mGlobalSettings;  // the <global_setting> elements read
+    std::map<int, std::vector<size_t>> mTranslations;  // by blob
+    std::set<int> mRows;                               // nodes reported as list rows
+    std::vector<int> mGlobalSettings;                  // the <global_setting> elements read
 };
 
 }  // namespace korva::tool

@@ -143,49 +143,10 @@ void LoadReport::onReadFailed(const std::string&, int, const xmlError* error) {
     }
 }
 
-void LoadReport::onStructure(const xmlNode* node, Structure what) {
-    structures.push_back({nodeIndex(node), static_cast<int>(what)});
-}
-
-void LoadReport::onSkipped(const xmlNode* node, Skip why) {
-    skips.push_back({nodeIndex(node), static_cast<int>(why)});
-}
-
-void LoadReport::onLookup(const xmlNode* lookedAt, Structure expected, bool found) {
-    lookups.push_back({nodeIndex(lookedAt), static_cast<int>(expected), found});
-}
-
-void LoadReport::onAttribute(const xmlNode* element, const char* name, const std::string& text,
-                             AttributeRead how) {
-    attributes.push_back({nodeIndex(element), name != nullptr ? name : "", text, how});
-}
-
-void LoadReport::onNumber(const xmlNode* element, const char* attribute, const std::string& text,
-                          int value, NumberRead how) {
-    numbers.push_back(
-        {nodeIndex(element), attribute != nullptr ? attribute : "", text, {value}, false, how});
-}
-
-void LoadReport::onNumberList(const xmlNode* element, const char* attribute,
-                              const std::string& text, const std::vector<int>& list, bool whole) {
-    numbers.push_back({nodeIndex(element), attribute != nullptr ? attribute : "", text, list, true,
-                       whole ? NumberRead::kWhole : NumberRead::kPart});
-}
-
-void LoadReport::onKeyword(const xmlNode* element, const char* attribute, const std::string& text,
-                           int value, bool recognised) {
-    keywords.push_back(
-        {nodeIndex(element), attribute != nullptr ? attribute : "", text, value, recognised});
-}
-
 void LoadReport::onRecord(const xmlNode* element, const ParameterValues& record, RecordKind kind) {
     RecordSnapshot& snapshot = records[recordIndex(record)];
     snapshot.kind = kind;
     snapshot.node = nodeIndex(element);
-}
-
-void LoadReport::onDeviceTuning(const xmlNode* element, const DeviceTuning& binding) {
-    mBindingNode[&binding] = nodeIndex(element);
 }
 
 void LoadReport::onRecordDropped(const ParameterValues& record) {
@@ -194,16 +155,6 @@ void LoadReport::onRecordDropped(const ParameterValues& record) {
     records[index].dropped = true;
     // Its memory may hold a later record.
     mRecordIndex.erase(&record);
-}
-
-void LoadReport::onSetter(const xmlNode* element, ValueSetter&, const ParameterValues& record) {
-    setters.push_back({nodeIndex(element), recordIndex(record)});
-}
-
-void LoadReport::onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
-                         const std::vector<int>& list, ValueSource source) {
-    values.push_back(
-        {nodeIndex(element), recordIndex(record), parameter, list, source, translated.size()});
 }
 
 void LoadReport::onParsed(TuningFileParser& parser) {
@@ -235,18 +186,6 @@ void LoadReport::onTranslated(Translator& translator, const ParameterValues& rec
                           firstEntry, endEntry, translator.getSrcParams()});
 }
 
-void LoadReport::onSpeakerTuning(const DeviceTuning*, const ParameterValues* tuning) {
-    speakerTuning = tuning != nullptr ? recordIndex(*tuning) : -1;
-}
-
-void LoadReport::onLoaderDefault(LoaderDefault what) {
-    loaderDefaults.push_back(what);
-}
-
-void LoadReport::onBlobBegin(const BlobKey& blob) {
-    blobs.push_back({blob.isTuning, blob.profileId, blob.device, {}});
-}
-
 void LoadReport::onPartnerMissing(MissingPartner what, const ParameterValues* record,
                                   const DeviceTuning* binding) {
     partnersMissing.push_back({what, record != nullptr ? recordIndex(*record) : -1,
@@ -258,10 +197,6 @@ void LoadReport::onBlobFiled(const BlobKey&, const std::vector<int>& words, Blob
         blobs.back().words = words;
         blobs.back().fate = fate;
     }
-}
-
-void LoadReport::onDefaultSelectionMissing(int port, const std::string& device) {
-    defaultSelectionsMissing.emplace_back(port, device);
 }
 
 }  // namespace korva::tool

@@ -80,27 +80,6 @@ MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provena
     return matrix;
 }
 
-// Of an entry's source, what comparing and the report read: its summary, its parameters' names and
-// the band and matrix row elements their values were read from; a tenth of the size.
-LoadedEntry briefEntry(const LoadedEntry& entry) {
-    LoadedEntry brief{entry.deviceId,     entry.code, entry.values, entry.from, entry.entry,
-                      entry.builtinTable, {}};
-    for (const SourceParameter& parameter : entry.parameters) {
-        SourceParameter& names = brief.parameters.emplace_back();
-        names.name = parameter.name;
-        for (const ValueStep& step : parameter.steps) {
-            ValueStep rows;
-            std::copy_if(step.elements.begin(), step.elements.end(),
-                         std::back_inserter(rows.elements),
-                         [](const ReadElement& element) { return element.row; });
-            if (!rows.elements.empty()) {
-                names.steps.push_back(std::move(rows));
-            }
-        }
-    }
-    return brief;
-}
-
 }  // namespace
 
 long LoadedEntry::rowLine(int row) const {
@@ -295,29 +274,9 @@ LoadedFile::ProfileNames LoadedFile::profileNames(const LoadReport& report) {
     return names;
 }
 
-// The store's state, in both directions.
-void to_json(Json& json, const PortState& port) {
-    json = {{"port", port.port}, {"tuning_devices", port.devices}, {"selected", port.selected}};
-}
-void from_json(const Json& json, PortState& port) {
-    port = {json.value("port", ""), json.value("tuning_devices", ""), json.value("selected", "")};
-}
-void to_json(Json& json, const MatrixRow& row) {
-    json = {{"element", row.element}, {"line", row.line}, {"count", row.count}};
-}
-void from_json(const Json& json, MatrixRow& row) {
-    row = {json.value("element", ""), json.value("line", 0L), json.value("count", size_t(0))};
-}
-void to_json(Json& json, const MixMatrix& matrix) {
-    json = {{"words", matrix.words}, {"rows", matrix.rows}};
-}
-void from_json(const Json& json, MixMatrix& matrix) {
-    matrix.words = json.value("words", std::vector<int>());
-    matrix.rows = json.value("rows", std::vector<MatrixRow>());
-}
-
-// The child's form of a loaded file: each struct's members under their own names, one list read
-// both ways (nlohmann's NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT, for the ordered Json).
+// Each struct's members under their own names, one list read both ways (nlohmann's
+// NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT, for the ordered Json): the child's form of a
+// loaded file, and the printed one of the store's mix matrices.
 #define KORVA_JSON_MEMBERS(Type, ...)                                                           \
     void to_json(Json& nlohmann_json_j, const Type& nlohmann_json_t) {                          \
         NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_TO, __VA_ARGS__))                \
@@ -327,10 +286,40 @@ void from_json(const Json& json, MixMatrix& matrix) {
         NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_FROM_WITH_DEFAULT, __VA_ARGS__)) \
     }
 
-// Of a source, what comparing and the report read (briefEntry).
+// The store's ports as printed, in both directions.
+void to_json(Json& json, const PortState& port) {
+    json = {{"port", port.port}, {"tuning_devices", port.devices}, {"selected", port.selected}};
+}
+void from_json(const Json& json, PortState& port) {
+    port = {json.value("port", ""), json.value("tuning_devices", ""), json.value("selected", "")};
+}
+
+KORVA_JSON_MEMBERS(MatrixRow, element, line, count)
+KORVA_JSON_MEMBERS(MixMatrix, words, rows)
 KORVA_JSON_MEMBERS(ReadElement, name, line, row)
 KORVA_JSON_MEMBERS(ValueStep, elements)
-KORVA_JSON_MEMBERS(SourceParameter, name, steps)
+
+// Of a source parameter, what comparing and the report read: its name and the band and matrix row
+// elements of its writes, a tenth of the whole.
+void to_json(Json& json, const SourceParameter& parameter) {
+    json = {{"name", parameter.name}, {"steps", Json::array()}};
+    for (const ValueStep& step : parameter.steps) {
+        Json rows = Json::array();
+        for (const ReadElement& element : step.elements) {
+            if (element.row) {
+                rows.push_back(element);
+            }
+        }
+        if (!rows.empty()) {
+            json["steps"].push_back({{"elements", std::move(rows)}});
+        }
+    }
+}
+void from_json(const Json& json, SourceParameter& parameter) {
+    parameter.name = json.value("name", "");
+    parameter.steps = json.value("steps", std::vector<ValueStep>());
+}
+
 KORVA_JSON_MEMBERS(LoadedEntry, deviceId, code, values, from, entry, builtinTable, parameters)
 KORVA_JSON_MEMBERS(LoadedBlob, kind, id, name, port, tuning, words, valid, header, entries, same)
 KORVA_JSON_MEMBERS(StoreState, tuningsUsable, ports, mixMatrices)
@@ -338,12 +327,7 @@ KORVA_JSON_MEMBERS(LoadedFile, path, formatVersion, toolVersion, blobs, store)
 
 Json LoadedFile::toJson(bool brief) const {
     if (brief) {
-        LoadedFile sent = *this;
-        for (LoadedBlob& blob : sent.blobs) {
-            std::transform(blob.entries.begin(), blob.entries.end(), blob.entries.begin(),
-                           briefEntry);
-        }
-        return sent;
+        return *this;
     }
     Json json = {{"file", path.empty() ? Json(nullptr) : Json(path)},
                  {"format_version", formatVersion},
