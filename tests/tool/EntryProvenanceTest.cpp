@@ -109,14 +109,11 @@ TEST_F(ExampleProvenanceTest, BuiltinTablesNameThemselves) {
     EXPECT_TRUE(first.parameters.empty());
 }
 
-// Read back, either form of a source writes again what it was written from; the brief one keeps
-// the summary and the rows' lines that comparing reads.
+// Read back, the brief form writes again what it was written from and keeps the summary and the
+// rows' lines that comparing reads.
 TEST_F(ExampleProvenanceTest, SourcesReadBackAsTheyWereWritten) {
     ASSERT_NE(movie(), nullptr);
-    const Json json = sFile.toJson();
-    const LoadedFile full = LoadedFile::fromJson(json);
     const LoadedFile brief = LoadedFile::fromJson(sFile.toJson(true));
-    EXPECT_EQ(full.toJson(), json);
     EXPECT_EQ(brief.toJson(true), sFile.toJson(true));
     for (const char* code : {"iebs", "dea", "dom"}) {
         SCOPED_TRACE(code);

@@ -53,12 +53,8 @@ std::vector<Parameter> entryParameters(const LoadReport::TranslatedEvent& transl
     return parameters;
 }
 
-// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON, of a band or matrix row
-// only its place when brief (which is JSON only).
-void printElement(Printer& out, const ReadElement& element, bool brief) {
-    if (brief) {
-        return out.json("", {{"element", element.name}, {"line", element.line}, {"row", true}});
-    }
+// One line in text: "line 12 <name> a="1" (no b)"; an object in JSON.
+void printElement(Printer& out, const ReadElement& element) {
     std::string text = "line " + std::to_string(element.line) + (element.atLeast ? "+" : "") +
                        " <" + element.name + ">";
     Json attributes = Json::object();
@@ -90,11 +86,6 @@ std::set<long> firstLines(const SourceParameter& parameter) {
 }
 
 }  // namespace
-
-const Json& member(const Json& json, const char* key) {
-    static const Json kNone;
-    return json.is_object() && json.contains(key) ? json[key] : kNone;
-}
 
 EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     for (size_t i = 0; i < report.nodes.size(); i++) {
@@ -272,9 +263,6 @@ std::vector<LoadedEntry> EntryProvenance::ofBlob(size_t blob) const {
     }
     const std::vector<BlobEntry> decoded = BlobDecoder::decode(mReport.blobs[blob].words).entries;
     std::vector<LoadedEntry> entries(decoded.size());
-    for (size_t i = 0; i < entries.size(); i++) {
-        entries[i].entry = i;
-    }
     auto translations = mTranslations.find(static_cast<int>(blob));
     for (size_t t :
          translations != mTranslations.end() ? translations->second : std::vector<size_t>()) {
@@ -334,12 +322,8 @@ std::string LoadedEntry::summary() const {
     return text;
 }
 
-void LoadedEntry::print(Printer& out, bool brief) const {
-    // A built-in table's entry has nothing to cut.
-    brief = brief && builtinTable.empty();
-    if (!brief) {
-        out.json("entry", entry);
-    }
+void LoadedEntry::print(Printer& out) const {
+    out.json("entry", entry);
     if (!builtinTable.empty()) {
         out.json("builtin_table", builtinTable);
         return out.text("from the built-in table \"" + builtinTable + "\"");
@@ -350,83 +334,36 @@ void LoadedEntry::print(Printer& out, bool brief) const {
     }
     const auto list = out.list("parameters");
     for (const SourceParameter& parameter : parameters) {
-        const auto item =
-            out.object("", brief ? ""
-                                 : parameter.name + " of " + parameter.recordName + " (line " +
-                                       std::to_string(parameter.recordLine) + ")");
+        const auto item = out.object("", parameter.name + " of " + parameter.recordName +
+                                             " (line " + std::to_string(parameter.recordLine) + ")");
         out.json("name", parameter.name);
-        if (!brief) {
-            out.json("record", parameter.recordName);
-            out.json("record_line", parameter.recordLine);
-        }
+        out.json("record", parameter.recordName);
+        out.json("record_line", parameter.recordLine);
         if (parameter.steps.empty()) {
             out.text("no write reported: the record's own value");
         }
         const auto steps = out.list("steps");
         for (const ValueStep& step : parameter.steps) {
-            const bool rows = std::any_of(step.elements.begin(), step.elements.end(),
-                                          [](const ReadElement& element) { return element.row; });
-            if (brief && !rows) {
-                continue;
-            }
             const std::string record = step.record.empty() ? "" : " (" + step.record + ")";
             const auto write =
-                out.object("", brief ? ""
-                                     : (step.rule.empty() ? "read from the file" : step.rule) +
-                                           record + ": values " + NumberText::join(step.values));
-            if (!brief) {
-                out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
-            }
-            if (!brief && !step.record.empty()) {
+                out.object("", (step.rule.empty() ? "read from the file" : step.rule) + record +
+                                   ": values " + NumberText::join(step.values));
+            out.json("rule", step.rule.empty() ? Json(nullptr) : Json(step.rule));
+            if (!step.record.empty()) {
                 out.json("record", step.record);
             }
             {
                 const auto elements = out.list("elements");
                 for (const ReadElement& element : step.elements) {
-                    if (!brief || element.row) {
-                        printElement(out, element, brief);
-                    }
+                    printElement(out, element);
                 }
             }
-            if (!brief) {
-                out.json("values", step.values);
-            }
+            out.json("values", step.values);
         }
     }
 }
 
-Json LoadedEntry::sourceJson(bool brief) const {
-    return Printer::document([this, brief](Printer& out) { print(out, brief); });
+Json LoadedEntry::sourceJson() const {
+    return Printer::document([this](Printer& out) { print(out); });
 }
-
-void LoadedEntry::readSource(const Json& json) {
-    entry = json.value("entry", entry);
-    builtinTable = json.value("builtin_table", "");
-    from = json.value("summary", "");
-    for (const Json& item : member(json, "parameters")) {
-        SourceParameter& parameter = parameters.emplace_back();
-        parameter.name = item.value("name", "");
-        parameter.recordName = item.value("record", "");
-        parameter.recordLine = item.value("record_line", 0L);
-        for (const Json& stepJson : member(item, "steps")) {
-            ValueStep& step = parameter.steps.emplace_back();
-            step.rule = stepJson.value("rule", Json()).is_string() ? stepJson["rule"] : "";
-            step.record = stepJson.value("record", "");
-            step.values = stepJson.value("values", std::vector<int>());
-            for (const Json& read : member(stepJson, "elements")) {
-                ReadElement& element = step.elements.emplace_back();
-                element.name = read.value("element", "");
-                element.line = read.value("line", 0L);
-                element.atLeast = read.value("at_least", false);
-                element.row = read.value("row", false);
-                for (const auto& [name, text] : member(read, "attributes").items()) {
-                    element.attributes.emplace_back(name, text);
-                }
-                element.absent = read.value("absent", std::vector<std::string>());
-            }
-        }
-    }
-    from = from.empty() ? summary() : from;
-}
-
 }  // namespace korva::tool

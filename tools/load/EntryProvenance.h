@@ -72,17 +72,9 @@ struct LoadedEntry {
     std::string parameterNames() const;
     // The source. Text: each parameter with its record, each write with its rule and values, each
     // element with its line and attribute texts. JSON: the same as objects, with the summary.
-    // brief keeps of a file's entry its summary, its parameters' names and their band and row
-    // elements: what comparing and the report read, a tenth of the size.
-    void print(Printer& out, bool brief = false) const;
-    Json sourceJson(bool brief = false) const;
-    // Reads either form of the source back.
-    void readSource(const Json& json);
+    void print(Printer& out) const;
+    Json sourceJson() const;
 };
-
-// A member of an object, or null, which iterates as nothing, when it has none: for reading JSON
-// back.
-const Json& member(const Json& json, const char* key);
 
 class EntryProvenance {
 public:

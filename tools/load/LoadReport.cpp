@@ -59,15 +59,6 @@ const ReportedNode& LoadReport::node(int index) const {
     return index >= 0 && static_cast<size_t>(index) < nodes.size() ? nodes[index] : kNone;
 }
 
-int LoadReport::recordOfNode(int element) const {
-    for (size_t i = 0; element >= 0 && i < records.size(); i++) {
-        if (records[i].node == element) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
 int LoadReport::nodeIndex(const xmlNode* node) {
     if (node == nullptr) {
         return -1;
@@ -76,19 +67,12 @@ int LoadReport::nodeIndex(const xmlNode* node) {
     if (known != mNodeIndex.end()) {
         return known->second;
     }
-    ReportedNode reported;
-    reported.parent = nodeIndex(NodeInfo::parentOf(node));
+    // The holding elements first, so that they come before the node.
+    const int parent = nodeIndex(NodeInfo::parentOf(node));
     const NodeInfo::Line line = NodeInfo::lineOf(node);
-    reported.line = line.line;
-    reported.atLeast = line.atLeast;
-    reported.name = NodeInfo::nameOf(node);
-    reported.isElement = NodeInfo::isElement(node);
-    reported.isComment = NodeInfo::isComment(node);
-    if (!reported.isElement) {
-        reported.name.clear();
-        reported.content = NodeInfo::contentOf(node);
-    }
-    nodes.push_back(std::move(reported));
+    const bool element = NodeInfo::isElement(node);
+    nodes.push_back({line.line, line.atLeast, element ? NodeInfo::nameOf(node) : "", element,
+                     NodeInfo::isComment(node), element ? "" : NodeInfo::contentOf(node), parent});
     if (keepDocument) {
         if (document == nullptr) {
             document.reset(NodeInfo::copyDocument(node, &mCopyOf));
@@ -159,71 +143,18 @@ void LoadReport::onReadFailed(const std::string&, int, const xmlError* error) {
     }
 }
 
-void LoadReport::onStructure(const xmlNode* node, Structure what) {
-    structures.push_back({nodeIndex(node), static_cast<int>(what)});
-}
-
-void LoadReport::onSkipped(const xmlNode* node, Skip why) {
-    skips.push_back({nodeIndex(node), static_cast<int>(why)});
-}
-
-void LoadReport::onLookup(const xmlNode* lookedAt, Structure expected, bool found) {
-    lookups.push_back({nodeIndex(lookedAt), static_cast<int>(expected), found});
-}
-
-void LoadReport::onAttribute(const xmlNode* element, const char* name, const std::string& text,
-                             AttributeRead how) {
-    attributes.push_back({nodeIndex(element), name != nullptr ? name : "", text, how});
-}
-
-void LoadReport::onNumber(const xmlNode* element, const char* attribute, const std::string& text,
-                          int value, NumberRead how) {
-    numbers.push_back(
-        {nodeIndex(element), attribute != nullptr ? attribute : "", text, {value}, false, how});
-}
-
-void LoadReport::onNumberList(const xmlNode* element, const char* attribute,
-                              const std::string& text, const std::vector<int>& list, bool whole) {
-    numbers.push_back({nodeIndex(element), attribute != nullptr ? attribute : "", text, list, true,
-                       whole ? NumberRead::kWhole : NumberRead::kPart});
-}
-
-void LoadReport::onKeyword(const xmlNode* element, const char* attribute, const std::string& text,
-                           int value, bool recognised) {
-    keywords.push_back(
-        {nodeIndex(element), attribute != nullptr ? attribute : "", text, value, recognised});
-}
-
 void LoadReport::onRecord(const xmlNode* element, const ParameterValues& record, RecordKind kind) {
     RecordSnapshot& snapshot = records[recordIndex(record)];
     snapshot.kind = kind;
     snapshot.node = nodeIndex(element);
 }
 
-void LoadReport::onDeviceTuning(const xmlNode* element, const DeviceTuning& binding) {
-    mBindingNode[&binding] = nodeIndex(element);
-}
-
 void LoadReport::onRecordDropped(const ParameterValues& record) {
     const int index = recordIndex(record);
-    const RecordKind kind = records[index].kind;
-    const int node = records[index].node;
     snapshot(record, &records[index]);
-    records[index].kind = kind;
-    records[index].node = node;
     records[index].dropped = true;
     // Its memory may hold a later record.
     mRecordIndex.erase(&record);
-}
-
-void LoadReport::onSetter(const xmlNode* element, ValueSetter&, const ParameterValues& record) {
-    setters.push_back({nodeIndex(element), recordIndex(record)});
-}
-
-void LoadReport::onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
-                         const std::vector<int>& list, ValueSource source) {
-    values.push_back(
-        {nodeIndex(element), recordIndex(record), parameter, list, source, translated.size()});
 }
 
 void LoadReport::onParsed(TuningFileParser& parser) {
@@ -242,10 +173,7 @@ void LoadReport::onParsed(TuningFileParser& parser) {
     addInOrder(data->getProfileEndpoints(), &ordered);
     addInOrder(data->getTunings(), &ordered);
     for (const ParameterValues* record : ordered) {
-        RecordSnapshot& held = records[recordIndex(*record)];
-        const int node = held.node;
-        snapshot(*record, &held);
-        held.node = node;
+        snapshot(*record, &records[recordIndex(*record)]);
     }
     for (const DeviceTuning* binding : inCreationOrder(data->getDeviceTunings())) {
         bindings.push_back(bindingOf(*binding));
@@ -256,18 +184,6 @@ void LoadReport::onTranslated(Translator& translator, const ParameterValues& rec
                               int firstEntry, int endEntry) {
     translated.push_back({recordIndex(record), static_cast<int>(blobs.size()) - 1, deviceId,
                           firstEntry, endEntry, translator.getSrcParams()});
-}
-
-void LoadReport::onSpeakerTuning(const DeviceTuning*, const ParameterValues* tuning) {
-    speakerTuning = tuning != nullptr ? recordIndex(*tuning) : -1;
-}
-
-void LoadReport::onLoaderDefault(LoaderDefault what) {
-    loaderDefaults.push_back(what);
-}
-
-void LoadReport::onBlobBegin(const BlobKey& blob) {
-    blobs.push_back({blob.isTuning, blob.profileId, blob.device, {}});
 }
 
 void LoadReport::onPartnerMissing(MissingPartner what, const ParameterValues* record,
@@ -281,10 +197,6 @@ void LoadReport::onBlobFiled(const BlobKey&, const std::vector<int>& words, Blob
         blobs.back().words = words;
         blobs.back().fate = fate;
     }
-}
-
-void LoadReport::onDefaultSelectionMissing(int port, const std::string& device) {
-    defaultSelectionsMissing.emplace_back(port, device);
 }
 
 }  // namespace korva::tool

@@ -162,38 +162,67 @@ struct LoadReport : public LoadObserver {
     std::vector<const RecordSnapshot*> ofKind(RecordKind kind) const;
     // The element at index, or an empty one for -1.
     const ReportedNode& node(int index) const;
-    // The record made from the element, or -1.
-    int recordOfNode(int node) const;
+
+    // The callbacks that only record their event.
+    void onStructure(const xmlNode* node, Structure what) override {
+        structures.push_back({nodeIndex(node), static_cast<int>(what)});
+    }
+    void onSkipped(const xmlNode* node, Skip why) override {
+        skips.push_back({nodeIndex(node), static_cast<int>(why)});
+    }
+    void onLookup(const xmlNode* lookedAt, Structure expected, bool found) override {
+        lookups.push_back({nodeIndex(lookedAt), static_cast<int>(expected), found});
+    }
+    void onAttribute(const xmlNode* element, const char* name, const std::string& text,
+                     AttributeRead how) override {
+        attributes.push_back({nodeIndex(element), name != nullptr ? name : "", text, how});
+    }
+    void onNumber(const xmlNode* element, const char* attribute, const std::string& text, int value,
+                  NumberRead how) override {
+        numbers.push_back(
+            {nodeIndex(element), attribute != nullptr ? attribute : "", text, {value}, false, how});
+    }
+    void onNumberList(const xmlNode* element, const char* attribute, const std::string& text,
+                      const std::vector<int>& list, bool whole) override {
+        numbers.push_back({nodeIndex(element), attribute != nullptr ? attribute : "", text, list,
+                           true, whole ? NumberRead::kWhole : NumberRead::kPart});
+    }
+    void onKeyword(const xmlNode* element, const char* attribute, const std::string& text,
+                   int value, bool recognised) override {
+        keywords.push_back(
+            {nodeIndex(element), attribute != nullptr ? attribute : "", text, value, recognised});
+    }
+    void onDeviceTuning(const xmlNode* element, const DeviceTuning& binding) override {
+        mBindingNode[&binding] = nodeIndex(element);
+    }
+    void onSetter(const xmlNode* element, ValueSetter&, const ParameterValues& record) override {
+        setters.push_back({nodeIndex(element), recordIndex(record)});
+    }
+    void onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
+                 const std::vector<int>& list, ValueSource source) override {
+        values.push_back(
+            {nodeIndex(element), recordIndex(record), parameter, list, source, translated.size()});
+    }
+    void onSpeakerTuning(const DeviceTuning*, const ParameterValues* tuning) override {
+        speakerTuning = tuning != nullptr ? recordIndex(*tuning) : -1;
+    }
+    void onLoaderDefault(LoaderDefault what) override { loaderDefaults.push_back(what); }
+    void onBlobBegin(const BlobKey& blob) override {
+        blobs.push_back({blob.isTuning, blob.profileId, blob.device, {}});
+    }
+    void onDefaultSelectionMissing(int port, const std::string& device) override {
+        defaultSelectionsMissing.emplace_back(port, device);
+    }
 
     void onReadFailed(const std::string& path, int status, const xmlError* error) override;
-    void onStructure(const xmlNode* node, Structure what) override;
-    void onSkipped(const xmlNode* node, Skip why) override;
-    void onLookup(const xmlNode* lookedAt, Structure expected, bool found) override;
-    void onAttribute(const xmlNode* element, const char* name, const std::string& text,
-                     AttributeRead how) override;
-    void onNumber(const xmlNode* element, const char* attribute, const std::string& text, int value,
-                  NumberRead how) override;
-    void onNumberList(const xmlNode* element, const char* attribute, const std::string& text,
-                      const std::vector<int>& values, bool whole) override;
-    void onKeyword(const xmlNode* element, const char* attribute, const std::string& text,
-                   int value, bool recognised) override;
     void onRecord(const xmlNode* element, const ParameterValues& record, RecordKind kind) override;
-    void onDeviceTuning(const xmlNode* element, const DeviceTuning& binding) override;
     void onRecordDropped(const ParameterValues& record) override;
-    void onSetter(const xmlNode* element, ValueSetter& setter,
-                  const ParameterValues& record) override;
-    void onValue(const xmlNode* element, const ParameterValues& record, Parameter parameter,
-                 const std::vector<int>& values, ValueSource source) override;
     void onParsed(TuningFileParser& parser) override;
     void onTranslated(Translator& translator, const ParameterValues& record, int deviceId,
                       int firstEntry, int endEntry) override;
-    void onSpeakerTuning(const DeviceTuning* binding, const ParameterValues* tuning) override;
-    void onLoaderDefault(LoaderDefault what) override;
-    void onBlobBegin(const BlobKey& blob) override;
     void onPartnerMissing(MissingPartner what, const ParameterValues* record,
                           const DeviceTuning* binding) override;
     void onBlobFiled(const BlobKey& blob, const std::vector<int>& words, BlobFate fate) override;
-    void onDefaultSelectionMissing(int port, const std::string& device) override;
 
 private:
     int nodeIndex(const xmlNode* node);

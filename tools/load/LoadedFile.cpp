@@ -274,28 +274,61 @@ LoadedFile::ProfileNames LoadedFile::profileNames(const LoadReport& report) {
     return names;
 }
 
-// The store's state, in both directions.
+// Each struct's members under their own names, one list read both ways (nlohmann's
+// NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT, for the ordered Json): the child's form of a
+// loaded file, and the printed one of the store's mix matrices.
+#define KORVA_JSON_MEMBERS(Type, ...)                                                           \
+    void to_json(Json& nlohmann_json_j, const Type& nlohmann_json_t) {                          \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_TO, __VA_ARGS__))                \
+    }                                                                                           \
+    void from_json(const Json& nlohmann_json_j, Type& nlohmann_json_t) {                        \
+        const Type nlohmann_json_default_obj;                                                   \
+        NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_FROM_WITH_DEFAULT, __VA_ARGS__)) \
+    }
+
+// The store's ports as printed, in both directions.
 void to_json(Json& json, const PortState& port) {
     json = {{"port", port.port}, {"tuning_devices", port.devices}, {"selected", port.selected}};
 }
 void from_json(const Json& json, PortState& port) {
     port = {json.value("port", ""), json.value("tuning_devices", ""), json.value("selected", "")};
 }
-void to_json(Json& json, const MatrixRow& row) {
-    json = {{"element", row.element}, {"line", row.line}, {"count", row.count}};
+
+KORVA_JSON_MEMBERS(MatrixRow, element, line, count)
+KORVA_JSON_MEMBERS(MixMatrix, words, rows)
+KORVA_JSON_MEMBERS(ReadElement, name, line, row)
+KORVA_JSON_MEMBERS(ValueStep, elements)
+
+// Of a source parameter, what comparing and the report read: its name and the band and matrix row
+// elements of its writes, a tenth of the whole.
+void to_json(Json& json, const SourceParameter& parameter) {
+    json = {{"name", parameter.name}, {"steps", Json::array()}};
+    for (const ValueStep& step : parameter.steps) {
+        Json rows = Json::array();
+        for (const ReadElement& element : step.elements) {
+            if (element.row) {
+                rows.push_back(element);
+            }
+        }
+        if (!rows.empty()) {
+            json["steps"].push_back({{"elements", std::move(rows)}});
+        }
+    }
 }
-void from_json(const Json& json, MatrixRow& row) {
-    row = {json.value("element", ""), json.value("line", 0L), json.value("count", size_t(0))};
-}
-void to_json(Json& json, const MixMatrix& matrix) {
-    json = {{"words", matrix.words}, {"rows", matrix.rows}};
-}
-void from_json(const Json& json, MixMatrix& matrix) {
-    matrix.words = json.value("words", std::vector<int>());
-    matrix.rows = json.value("rows", std::vector<MatrixRow>());
+void from_json(const Json& json, SourceParameter& parameter) {
+    parameter.name = json.value("name", "");
+    parameter.steps = json.value("steps", std::vector<ValueStep>());
 }
 
+KORVA_JSON_MEMBERS(LoadedEntry, deviceId, code, values, from, entry, builtinTable, parameters)
+KORVA_JSON_MEMBERS(LoadedBlob, kind, id, name, port, tuning, words, valid, header, entries, same)
+KORVA_JSON_MEMBERS(StoreState, tuningsUsable, ports, mixMatrices)
+KORVA_JSON_MEMBERS(LoadedFile, path, formatVersion, toolVersion, blobs, store)
+
 Json LoadedFile::toJson(bool brief) const {
+    if (brief) {
+        return *this;
+    }
     Json json = {{"file", path.empty() ? Json(nullptr) : Json(path)},
                  {"format_version", formatVersion},
                  {"tool_version", toolVersion},
@@ -332,12 +365,12 @@ Json LoadedFile::toJson(bool brief) const {
             out["code"] = BlobDecoder::codeText(entry.code);
             out["count"] = entry.values.size();
             out["values"] = entry.values;
-            const EntryView view = brief ? EntryView() : EntryView::decode(entry.code, entry.values);
+            const EntryView view = EntryView::decode(entry.code, entry.values);
             if (view.kind != EntryView::Kind::kPlain) {
                 out["view"] = view.toJson();
             }
             if (!entry.from.empty()) {
-                out["source"] = entry.sourceJson(brief);
+                out["source"] = entry.sourceJson();
             }
         }
     }
@@ -345,40 +378,7 @@ Json LoadedFile::toJson(bool brief) const {
 }
 
 LoadedFile LoadedFile::fromJson(const Json& json) {
-    LoadedFile file;
-    file.path = json.value("file", Json()).is_string() ? json["file"] : "";
-    file.formatVersion = json.value("format_version", "");
-    file.toolVersion = json.value("tool_version", "");
-    for (const Json& item : member(json, "blobs")) {
-        const auto kind = std::find(std::begin(kKindNames), std::end(kKindNames),
-                                    item.value("kind", std::string()));
-        LoadedBlob& blob = file.blobs.emplace_back();
-        blob.kind = kind == std::end(kKindNames) ? Kind::kProfile
-                                                 : static_cast<Kind>(kind - std::begin(kKindNames));
-        blob.id = item.value("id", 0);
-        blob.name = item.value("name", "");
-        blob.port = item.value("port", "");
-        blob.tuning = item.value("tuning", "");
-        blob.words = item.value("words", size_t(0));
-        blob.valid = item.value("valid", false);
-        blob.header = item.value("header", 0);
-        blob.same = item.value("same", false);
-        for (const Json& entryJson : member(item, "entries")) {
-            LoadedEntry& entry = blob.entries.emplace_back();
-            entry.deviceId = entryJson.value("device", 0);
-            entry.code = vexParameterCode(entryJson.value("code", std::string()).c_str());
-            entry.values = entryJson.value("values", std::vector<int>());
-            entry.entry = blob.entries.size() - 1;  // the brief form leaves it out
-            if (entryJson.contains("source")) {
-                entry.readSource(entryJson["source"]);
-            }
-        }
-    }
-    const Json& store = member(json, "store");
-    file.store = {store.value("tunings_usable", false),
-                  store.value("ports", std::vector<PortState>()),
-                  store.value("mix_matrices", std::map<std::string, MixMatrix>())};
-    return file;
+    return json.is_object() ? json.get<LoadedFile>() : LoadedFile();
 }
 
 }  // namespace korva::tool

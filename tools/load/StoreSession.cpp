@@ -3,14 +3,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <vector>
 
 #include "platform/LocalProperties.h"
 #include "store/SpatializerParamArrayConstants.h"
@@ -25,30 +23,6 @@ std::string failed(const std::string& what) {
     return what + ": " + strerror(errno);
 }
 
-// The files and folders a session makes for its load, removed last first when the load is over
-// (and by TemporaryPaths when the run is interrupted).
-class MadePaths {
-public:
-    ~MadePaths() {
-        for (auto path = mPaths.rbegin(); path != mPaths.rend(); ++path) {
-            TemporaryPaths::drop(*path);
-            if (unlink(path->c_str()) != 0) {
-                rmdir(path->c_str());
-            }
-        }
-    }
-    void add(const std::string& path) {
-        mPaths.push_back(path);
-        TemporaryPaths::add(path);
-    }
-    bool made(const std::string& path) const {
-        return std::find(mPaths.begin(), mPaths.end(), path) != mPaths.end();
-    }
-
-private:
-    std::vector<std::string> mPaths;
-};
-
 std::string temporaryName(const char* name) {
     const char* folder = getenv("TMPDIR");
     return std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/" + name +
@@ -57,7 +31,7 @@ std::string temporaryName(const char* name) {
 
 // Where the library can read the file the user named: a regular file where it is; a pipe,
 // "-" (standard input) or a process substitution, which can be read only once, copied first.
-bool readablePath(const std::string& path, MadePaths& made, std::string* readable) {
+bool readablePath(const std::string& path, TemporaryPaths& made, std::string* readable) {
     const std::string source = path == "-" ? "/dev/stdin" : path;
     struct stat status;
     if (stat(source.c_str(), &status) != 0 || access(source.c_str(), R_OK) != 0) {
@@ -94,39 +68,35 @@ bool readablePath(const std::string& path, MadePaths& made, std::string* readabl
 
 // A throw-away folder laid out like the device's /odm and /vendor, in which every tuning file
 // path the store may choose is a link to the file: with KORVA_HOST_ROOT naming it, the store
-// loads that file whatever the product name and amplifier properties select.
-bool makeHostRoot(const std::string& file, MadePaths& made, std::string* root, std::string* error) {
+// loads that file whatever the product name and amplifier properties select. Empty, or why it
+// could not be made.
+std::string makeHostRoot(const std::string& file, TemporaryPaths& made, std::string* root) {
     char target[PATH_MAX];
     if (realpath(file.c_str(), target) == nullptr) {
-        *error = strerror(errno);
-        return false;
+        return strerror(errno);
     }
     *root = temporaryName("spatializer-paramtool");
     if (mkdtemp(root->data()) == nullptr) {
-        *error = failed("cannot make a temporary folder");
-        return false;
+        return failed("cannot make a temporary folder");
     }
     made.add(*root);
     for (const std::string path : kTuningFiles) {
         for (size_t slash = path.find('/', 1); slash != std::string::npos;
              slash = path.find('/', slash + 1)) {
             const std::string folder = *root + path.substr(0, slash);
-            if (made.made(folder)) {
-                continue;
+            // The folders the paths share are there already: the root is new.
+            if (mkdir(folder.c_str(), 0700) == 0) {
+                made.add(folder);
+            } else if (errno != EEXIST) {
+                return failed("cannot make " + folder);
             }
-            if (mkdir(folder.c_str(), 0700) != 0) {
-                *error = failed("cannot make " + folder);
-                return false;
-            }
-            made.add(folder);
         }
         if (symlink(target, (*root + path).c_str()) != 0) {
-            *error = failed("cannot link " + *root + path);
-            return false;
+            return failed("cannot link " + *root + path);
         }
         made.add(*root + path);
     }
-    return true;
+    return "";
 }
 
 }  // namespace
@@ -134,14 +104,13 @@ bool makeHostRoot(const std::string& file, MadePaths& made, std::string* root, s
 std::unique_ptr<StoreSession> StoreSession::open(const std::string& tuningFile,
                                                  const Properties& properties, bool keepText,
                                                  bool keepDocument) {
-    MadePaths made;
+    TemporaryPaths made;
     std::string path;
     std::string root;
-    std::string error;
     if (!readablePath(tuningFile, made, &path)) {
         return nullptr;
     }
-    if (!makeHostRoot(path, made, &root, &error)) {
+    if (const std::string error = makeHostRoot(path, made, &root); !error.empty()) {
         ToolOutput::error(tuningFile, error);
         return nullptr;
     }

@@ -15,10 +15,16 @@ constexpr int kMostPaths = 32;
 char sPaths[kMostPaths][PATH_MAX];
 volatile sig_atomic_t sCount = 0;
 
+void removePath(const char* path) {
+    if (unlink(path) != 0) {
+        rmdir(path);
+    }
+}
+
 void removeAndEnd(int signal) {
     for (int i = sCount - 1; i >= 0; i--) {
-        if (sPaths[i][0] != '\0' && unlink(sPaths[i]) != 0) {
-            rmdir(sPaths[i]);
+        if (sPaths[i][0] != '\0') {
+            removePath(sPaths[i]);
         }
     }
     ::signal(signal, SIG_DFL);
@@ -27,7 +33,24 @@ void removeAndEnd(int signal) {
 
 }  // namespace
 
+TemporaryPaths::~TemporaryPaths() {
+    for (auto path = mPaths.rbegin(); path != mPaths.rend(); ++path) {
+        // Unlisted before it goes, so that the handler never removes a later path of its name.
+        for (int i = sCount - 1; i >= 0; i--) {
+            if (*path == sPaths[i]) {
+                sPaths[i][0] = '\0';
+                break;
+            }
+        }
+        while (sCount > 0 && sPaths[sCount - 1][0] == '\0') {
+            sCount = sCount - 1;
+        }
+        removePath(path->c_str());
+    }
+}
+
 void TemporaryPaths::add(const std::string& path) {
+    mPaths.push_back(path);
     if (sCount == 0) {
         for (int signal : {SIGINT, SIGTERM, SIGPIPE}) {
             ::signal(signal, removeAndEnd);
@@ -38,18 +61,6 @@ void TemporaryPaths::add(const std::string& path) {
     }
     memcpy(sPaths[sCount], path.c_str(), path.size() + 1);
     sCount = sCount + 1;
-}
-
-void TemporaryPaths::drop(const std::string& path) {
-    for (int i = sCount - 1; i >= 0; i--) {
-        if (path == sPaths[i]) {
-            sPaths[i][0] = '\0';
-            break;
-        }
-    }
-    while (sCount > 0 && sPaths[sCount - 1][0] == '\0') {
-        sCount = sCount - 1;
-    }
 }
 
 }  // namespace korva::tool
