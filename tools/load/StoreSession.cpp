@@ -47,13 +47,19 @@ bool readablePath(const std::string& path, TemporaryPaths& made, std::string* re
         return true;
     }
     std::string copy = temporaryName("paramtool-input");
-    const int fd = mkstemp(copy.data());
+    int fd;
+    {
+        const TemporaryPaths::Hold hold;
+        fd = mkstemp(copy.data());
+        if (fd >= 0) {
+            made.add(copy);
+        }
+    }
     if (fd < 0) {
         ToolOutput::error(path, failed("cannot make a temporary copy"));
         return false;
     }
     close(fd);
-    made.add(copy);
     std::ifstream in(source, std::ios::binary);
     std::ofstream out(copy, std::ios::binary);
     std::copy(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>(),
@@ -71,6 +77,8 @@ bool readablePath(const std::string& path, TemporaryPaths& made, std::string* re
 // loads that file whatever the product name and amplifier properties select. Empty, or why it
 // could not be made.
 std::string makeHostRoot(const std::string& file, TemporaryPaths& made, std::string* root) {
+    // Quick, so interrupts simply wait for it: each path is listed as it is made.
+    const TemporaryPaths::Hold hold;
     char target[PATH_MAX];
     if (realpath(file.c_str(), target) == nullptr) {
         return strerror(errno);

@@ -49,6 +49,19 @@ TemporaryPaths::~TemporaryPaths() {
     }
 }
 
+TemporaryPaths::Hold::Hold() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (int signal : {SIGINT, SIGTERM, SIGPIPE}) {
+        sigaddset(&held, signal);
+    }
+    sigprocmask(SIG_BLOCK, &held, &mBefore);
+}
+
+TemporaryPaths::Hold::~Hold() {
+    sigprocmask(SIG_SETMASK, &mBefore, nullptr);
+}
+
 void TemporaryPaths::add(const std::string& path) {
     mPaths.push_back(path);
     if (sCount == 0) {

@@ -3,6 +3,7 @@
 // them too before the process ends with that signal.
 #pragma once
 
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,22 @@ public:
     TemporaryPaths& operator=(const TemporaryPaths&) = delete;
     ~TemporaryPaths();
 
-    // Lists a path just made.
+    // Lists a path just made. Make the path and list it under one Hold, or an interrupt between
+    // the two leaves it behind.
     void add(const std::string& path);
+
+    // Holds back SIGINT, SIGTERM and SIGPIPE while it lives; one that came meanwhile is taken when
+    // it ends.
+    class Hold {
+    public:
+        Hold();
+        ~Hold();
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+    private:
+        sigset_t mBefore;
+    };
 
 private:
     std::vector<std::string> mPaths;
