@@ -232,12 +232,13 @@ void Effects::measure(const StoreSession& session, ChildLoads& loads, bool verbo
     }
     std::vector<Finding> kept;
     for (size_t f = 0; f < all.size(); f++) {
+        // A cause that changes and clears nothing: a comment or text always goes, a warning
+        // unless verbose.
         const Finding& finding = all[f];
-        const bool nothing = finding.effect && finding.effect->empty();
-        const bool quietNothing = finding.onlyIfEffect && (!finding.effect || nothing);
-        if (causeOf[f] < 0 && !(quietNothing && finding.follows.empty()) &&
-            !(nothing && finding.follows.empty() && finding.severity != Severity::kError &&
-              !verbose)) {
+        const bool idle = finding.follows.empty() &&
+                          (finding.effect ? finding.effect->empty() : finding.onlyIfEffect);
+        if (causeOf[f] < 0 && !(idle && (finding.onlyIfEffect ||
+                                         (finding.severity != Severity::kError && !verbose)))) {
             kept.push_back(std::move(all[f]));
         }
     }

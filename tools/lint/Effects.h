@@ -9,9 +9,7 @@
 
 #include "tools/lint/Finding.h"
 #include "tools/load/ChildLoads.h"
-#include "tools/load/LoadReport.h"
 #include "tools/load/StoreSession.h"
-#include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
 

@@ -136,9 +136,13 @@ private:
         return parent.isElement ? tag(parent.name) : std::string("the document");
     }
 
-    // The entries of a blob that a translation added.
-    std::vector<BlobEntry> entriesOf(const Report::TranslatedEvent& event) const {
-        const bool known = event.blob >= 0 && static_cast<size_t>(event.blob) < mReport.blobs.size();
+    // The entries that a translation added to a blob the store kept, or to any blob it did not
+    // drop: what reaches the effect, or may.
+    std::vector<BlobEntry> entriesOf(const Report::TranslatedEvent& event, bool stored) const {
+        const bool known = event.blob >= 0 &&
+                           static_cast<size_t>(event.blob) < mReport.blobs.size() &&
+                           mReport.blobs[event.blob].fate != BlobFate::kDropped &&
+                           (!stored || mReport.blobs[event.blob].fate == BlobFate::kStored);
         const std::vector<BlobEntry> all =
             known ? BlobDecoder::decode(mReport.blobs[event.blob].words).entries
                   : std::vector<BlobEntry>();
@@ -411,16 +415,14 @@ void Linter::valuesChanged() {
     // Entries sent with no values because their record lacks a parameter: one per record and code.
     std::set<std::pair<int, std::string>> made;
     for (const auto& [index, names] : empty) {
-        const Report::TranslatedEvent* event =
-            index < mReport.translated.size() ? &mReport.translated[index] : nullptr;
-        if (event == nullptr || event->blob < 0 ||
-            mReport.blobs[event->blob].fate == BlobFate::kDropped) {
+        if (index >= mReport.translated.size()) {
             continue;
         }
-        const RecordSnapshot& record = mReport.records[event->record];
-        for (const BlobEntry& entry : entriesOf(*event)) {
+        const Report::TranslatedEvent& event = mReport.translated[index];
+        const RecordSnapshot& record = mReport.records[event.record];
+        for (const BlobEntry& entry : entriesOf(event, false)) {
             const std::string code = BlobDecoder::codeText(entry.code);
-            if (entry.values.empty() && made.insert({event->record, code}).second) {
+            if (entry.values.empty() && made.insert({event.record, code}).second) {
                 add(record.node, record.title() + " has no " + names + ": the effect gets " +
                                      inQuotes(code) + " with no values");
             }
@@ -584,11 +586,10 @@ void Linter::presetBands() {
     }
     for (const Report::TranslatedEvent& event : mReport.translated) {
         const RecordSnapshot& record = mReport.records[event.record];
-        if (record.kind != RecordKind::kGeqPreset || event.blob < 0 ||
-            mReport.blobs[event.blob].fate != BlobFate::kStored) {
+        if (record.kind != RecordKind::kGeqPreset) {
             continue;
         }
-        for (const BlobEntry& entry : entriesOf(event)) {
+        for (const BlobEntry& entry : entriesOf(event, true)) {
             if (entry.code == vexParameterCode(GEBS) &&
                 entry.values.size() != static_cast<size_t>(kGeqWords)) {
                 add(record.node, cat(record.title(), " makes a \"gebs\" of ", entry.values.size(),

@@ -5,8 +5,6 @@
 
 #include <string>
 
-#include "tools/lint/Finding.h"
-#include "tools/load/LoadReport.h"
 #include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
