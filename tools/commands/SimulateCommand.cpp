@@ -293,20 +293,18 @@ void printCall(Printer& out, size_t number, const EffectCall& call, const Effect
     const bool commit = call.kind == EffectCall::kCommit;
     const bool get = call.kind == EffectCall::kGetParam;
     const std::vector<int>& values = get ? call.answer : call.values;
-    const std::string device = BlobDecoder::deviceName(call.deviceId);
-    const std::string code = BlobDecoder::codeText(call.code);
+    const std::optional<int32_t> code = commit ? std::nullopt : std::optional(call.code);
     // getParam shows what the effect wrote back beside what it was asked for ("-": refused).
     const std::string count =
         (get ? (call.result == 0 ? std::to_string(call.returned) : "-") + " of " : "") +
         std::to_string(call.count);
     const auto item = out.object("", std::to_string(number) + ". " + kCallNames[call.kind] + " " +
-                                         device + (commit ? "" : " " + code + ", count " + count) +
-                                         ": result " + std::to_string(call.result));
+                                         EntryView::identity(call.deviceId, code) +
+                                         (commit ? "" : ", count " + count) + ": result " +
+                                         std::to_string(call.result));
     out.json("call", kCallNames[call.kind]);
-    out.json("device", call.deviceId);
-    out.json("device_name", device);
+    EntryView::printIdentity(out, call.deviceId, code);
     if (!commit) {
-        out.json("code", code);
         out.json(get ? "capacity" : "count", call.count);
         if (get) {
             out.json("returned", call.returned);
@@ -358,7 +356,7 @@ bool takeProperties(const std::vector<std::string>& assignments,
     for (const std::string& assignment : assignments) {
         const size_t equals = assignment.find('=');
         if (equals == std::string::npos || equals == 0) {
-            ToolOutput::usageError("simulate", "--prop takes KEY=VALUE, not '" + assignment + "'");
+            ToolOutput::error("simulate", "--prop takes KEY=VALUE, not '" + assignment + "'");
             return false;
         }
         std::string key = assignment.substr(0, equals);
@@ -369,9 +367,9 @@ bool takeProperties(const std::vector<std::string>& assignments,
         }
         // Every property name has a dot; a word without one was meant as a short name.
         if (key.find('.') == std::string::npos) {
-            ToolOutput::usageError("simulate", "--prop: unknown short name '" + key +
-                                                   "' (short names: " + shortNames +
-                                                   "; or a full property name)");
+            ToolOutput::error("simulate", "--prop: unknown short name '" + key +
+                                              "' (short names: " + shortNames +
+                                              "; or a full property name)");
             return false;
         }
         properties->emplace_back(key, assignment.substr(equals + 1));
@@ -395,10 +393,10 @@ bool takeWords(const std::vector<std::string>& words, std::string* file,
         } else if (i == 0 && (looksLikePath || stat(word.c_str(), &status) == 0)) {
             *file = word;
         } else {
-            ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
-                                                   (i == 0 ? "), and no file of that name"
-                                                           : "; only the first word may be a "
-                                                             "file)"));
+            ToolOutput::error("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
+                                              (i == 0 ? "), and no file of that name"
+                                                      : "; only the first word may be a "
+                                                        "file)"));
             return false;
         }
     }

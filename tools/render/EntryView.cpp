@@ -2,6 +2,9 @@
 
 #include <cstdio>
 
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/Printer.h"
+
 namespace korva::tool {
 
 namespace {
@@ -27,6 +30,18 @@ EntryView EntryView::decode(int32_t code, const std::vector<int>& values) {
         view.decodeOutputMode();
     }
     return view;
+}
+
+std::string EntryView::identity(int32_t deviceId, std::optional<int32_t> code) {
+    return BlobDecoder::deviceName(deviceId) + (code ? " " + BlobDecoder::codeText(*code) : "");
+}
+
+void EntryView::printIdentity(Printer& out, int32_t deviceId, std::optional<int32_t> code) {
+    out.json("device", deviceId);
+    out.json("device_name", BlobDecoder::deviceName(deviceId));
+    if (code) {
+        out.json("code", BlobDecoder::codeText(*code));
+    }
 }
 
 void EntryView::decodeBands(const BandListLayout& layout) {
