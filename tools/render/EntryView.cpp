@@ -18,6 +18,23 @@ std::string withWord(const std::string& text, int word) {
     return text + " (" + std::to_string(word) + ")";
 }
 
+// "47 Hz", "-1.5 dB", "yes", as a reader of the tuning wants to see a value.
+std::string valueText(ListUnit unit, int raw) {
+    char text[32];
+    if (unit == ListUnit::kFlag) {
+        return raw == 0 ? "no" : raw == 1 ? "yes" : std::to_string(raw);
+    }
+    snprintf(text, sizeof(text), unit == ListUnit::kHz ? "%.0f Hz" : "%g dB",
+             unit == ListUnit::kHz ? raw : EntryView::decibels(raw));
+    return text;
+}
+
+std::string q14Text(int coefficient) {
+    char text[32];
+    snprintf(text, sizeof(text), "%.4f", EntryView::q14(coefficient));
+    return text;
+}
+
 }  // namespace
 
 EntryView EntryView::decode(int32_t code, const std::vector<int>& values) {
@@ -121,22 +138,6 @@ void EntryView::decodeOutputMode() {
     complete = complete && mPlaces.size() == raw.size();
 }
 
-std::string EntryView::valueText(ListUnit unit, int raw) {
-    char text[32];
-    if (unit == ListUnit::kFlag) {
-        return raw == 0 ? "no" : raw == 1 ? "yes" : std::to_string(raw);
-    }
-    snprintf(text, sizeof(text), unit == ListUnit::kHz ? "%.0f Hz" : "%g dB",
-             unit == ListUnit::kHz ? raw : decibels(raw));
-    return text;
-}
-
-std::string EntryView::q14Text(int coefficient) {
-    char text[32];
-    snprintf(text, sizeof(text), "%.4f", q14(coefficient));
-    return text;
-}
-
 std::vector<std::string> EntryView::lines(bool words) const {
     if (words || kind == Kind::kPlain) {
         return {NumberText::join(raw)};
@@ -215,18 +216,17 @@ Json EntryView::toJson() const {
             {{"layout", matrix.layout}, {"coefficients", matrix.coefficients}, {"rows", rows}});
     }
     if (kind == Kind::kBands) {
-        json["layout"] = "bands";
-        json["bands"] = bands;
+        json.update({{"layout", "bands"}, {"bands", bands}});
         if (channels > 0) {
             json["channels"] = channels;
         }
         json["columns"] = list;
     } else {
-        json["layout"] = "output_mode";
-        json["enable"] = enable;
-        json["endpoint"] = endpoint;
-        json["orientation"] = orientation;
-        json["matrices"] = list;
+        json.update({{"layout", "output_mode"},
+                     {"enable", enable},
+                     {"endpoint", endpoint},
+                     {"orientation", orientation},
+                     {"matrices", list}});
     }
     json["complete"] = complete;
     return json;

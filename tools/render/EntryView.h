@@ -56,9 +56,6 @@ struct EntryView {
 
     static double decibels(int sixteenths) { return sixteenths / 16.0; }
     static double q14(int coefficient) { return static_cast<double>(coefficient) / kQ14One; }
-    // "47 Hz", "-1.5 dB", "yes", as a reader of the tuning wants to see a value.
-    static std::string valueText(ListUnit unit, int raw);
-    static std::string q14Text(int coefficient);
 
     // One line per band or matrix row, with the units and the raw words; the words alone, on one
     // line, for plain entries or when words.
