@@ -29,6 +29,15 @@ std::string valueText(ListUnit unit, int raw) {
     return text;
 }
 
+// Words in their unit, for JSON.
+Json inUnit(const std::vector<int>& words, double (*unit)(int)) {
+    Json values = Json::array();
+    for (int word : words) {
+        values.push_back(unit(word));
+    }
+    return values;
+}
+
 std::string q14Text(int coefficient) {
     char text[32];
     snprintf(text, sizeof(text), "%.4f", EntryView::q14(coefficient));
@@ -193,24 +202,16 @@ Json EntryView::toJson() const {
     Json list = Json::array();
     for (const BandColumnView& column : columns) {
         const bool db = column.unit == ListUnit::kSixteenthDb;
-        Json values = Json::array();
-        for (int word : column.raw) {
-            values.push_back(db ? Json(decibels(word)) : Json(word));
-        }
         list.push_back({{"name", column.name},
                         {"unit", db ? "dB" : unitName(column.unit)},
                         {"raw_unit", unitName(column.unit)},
                         {"raw", column.raw},
-                        {"values", values}});
+                        {"values", db ? inUnit(column.raw, decibels) : Json(column.raw)}});
     }
     for (const MixMatrixView& matrix : matrices) {
         Json rows = Json::array();
         for (const std::vector<int>& row : matrix.rows) {
-            Json decimals = Json::array();
-            for (int coefficient : row) {
-                decimals.push_back(q14(coefficient));
-            }
-            rows.push_back({{"raw", row}, {"values", decimals}});
+            rows.push_back({{"raw", row}, {"values", inUnit(row, q14)}});
         }
         list.push_back(
             {{"layout", matrix.layout}, {"coefficients", matrix.coefficients}, {"rows", rows}});
