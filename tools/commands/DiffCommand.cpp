@@ -5,7 +5,6 @@
 #include <unordered_set>
 
 #include "tools/load/ChildLoads.h"
-#include "tools/render/BlobDecoder.h"
 #include "tools/render/EntryView.h"
 #include "tools/render/NumberText.h"
 
@@ -181,13 +180,10 @@ void printValues(Printer& out, const Differences::Entry& entry) {
 
 void printEntry(Printer& out, const Differences::Entry& entry) {
     const char* change = !entry.b ? "removed" : !entry.a ? "added" : "changed";
-    const std::string device = BlobDecoder::deviceName(entry.deviceId);
-    const std::string code = BlobDecoder::codeText(entry.code);
-    const Printer::Scope scope = out.object("", std::string(change) + " " + device + " " + code);
+    const Printer::Scope scope =
+        out.object("", std::string(change) + " " + EntryView::identity(entry.deviceId, entry.code));
     out.json("change", change);
-    out.json("device", entry.deviceId);
-    out.json("device_name", device);
-    out.json("code", code);
+    EntryView::printIdentity(out, entry.deviceId, entry.code);
     const bool same = entry.a && entry.b && entry.a->from == entry.b->from;
     if (same) {
         out.json("source_a", entry.a->from);

@@ -42,17 +42,14 @@ int ExplainCommand::run(const Options& options) {
                     continue;
                 }
                 found = true;
-                const std::string device = BlobDecoder::deviceName(entry.deviceId);
                 const size_t count = entry.values.size();
-                const auto item =
-                    out->object("", blob.title() + ", entry " + std::to_string(i + 1) + ": " +
-                                        device + " " + code + ", " + std::to_string(count) +
-                                        (count == 1 ? " value" : " values"));
+                const auto item = out->object(
+                    "", blob.title() + ", entry " + std::to_string(i + 1) + ": " +
+                            EntryView::identity(entry.deviceId, entry.code) + ", " +
+                            std::to_string(count) + (count == 1 ? " value" : " values"));
                 out->json("blob", blob.title());
                 out->json("entry", i);
-                out->json("device", entry.deviceId);
-                out->json("device_name", device);
-                out->json("code", code);
+                EntryView::printIdentity(*out, entry.deviceId, entry.code);
                 out->json("values", entry.values);
                 const EntryView view = EntryView::decode(entry.code, entry.values);
                 out->json("view", view.toJson());

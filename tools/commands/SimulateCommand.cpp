@@ -55,17 +55,16 @@ const DeliveryWords kDeliveries[] = {
     {"switched_off", "0, content processing off"},
 };
 
-// What the cache reported before a call.
+// What the cache reported before a call: the blob entry it sends (no blob when it reads the
+// effect's own values back), and what it sends in the entry's place.
 struct CallSource {
-    bool reported = false;  // false for commits and calls no report preceded
-    bool fromBlob = false;  // false: the effect's own values, read back
-    DeliveredBlob blob = DeliveredBlob::kBuiltinProfile;
-    int profileId = 0;
-    std::string device;  // the blob's tuning device
+    std::optional<DeliveredBlob> blob;
+    int blobProfile = 0;
+    std::string blobDevice;  // the blob's tuning device
     int entry = -1;
     Delivery how = Delivery::kAsIs;
-    int gainsProfile = 0;      // kUserGeqGains
-    std::string matrixDevice;  // kTuningMixMatrix
+    int profileId = 0;   // kUserGeqGains
+    std::string device;  // kTuningMixMatrix
 };
 
 // The cache's reports, each kept with the number of calls the effect had recorded when it came.
@@ -73,18 +72,17 @@ class DeliveryLog : public DeliveryObserver {
 public:
     explicit DeliveryLog(const RecordingEffect& effect) : mEffect(effect) {}
 
-    // The source of each call taken from the effect since the last take.
-    std::vector<CallSource> take(const std::vector<EffectCall>& calls) {
-        std::vector<CallSource> sources(calls.size());
-        CallSource current;
-        size_t next = 0;
-        for (size_t i = 0; i < calls.size(); i++) {
+    // The source of each call taken from the effect since the last take; none for commits, which
+    // end what a report covers, and for calls no report preceded.
+    std::vector<std::optional<CallSource>> take(const std::vector<EffectCall>& calls) {
+        std::vector<std::optional<CallSource>> sources(calls.size());
+        std::optional<CallSource> current;
+        for (size_t i = 0, next = 0; i < calls.size(); i++) {
             for (; next < mMarks.size() && mMarks[next].first <= i; next++) {
                 current = mMarks[next].second;
             }
-            // A commit ends what a report covers.
             if (calls[i].kind == EffectCall::kCommit) {
-                current = CallSource();
+                current.reset();
             } else {
                 sources[i] = current;
             }
@@ -94,22 +92,21 @@ public:
     }
 
     void onBlob(DeliveredBlob blob, int profileId, const std::string& device) override {
-        mBlob = {true, true, blob, profileId, device, -1, Delivery::kAsIs, 0, ""};
+        mBlob = {blob, profileId, device, -1, Delivery::kAsIs, 0, ""};
     }
     void onEntry(int entry, Delivery how, int profileId, const std::string& device) override {
         mBlob.entry = entry;
         mark(mBlob, how, profileId, device);
     }
     void onEffectValues(Delivery how, int profileId, const std::string& device) override {
-        mark({true, false, DeliveredBlob::kBuiltinProfile, 0, "", -1, how, 0, ""}, how, profileId,
-             device);
+        mark(CallSource(), how, profileId, device);
     }
 
 private:
     void mark(CallSource source, Delivery how, int profileId, const std::string& device) {
         source.how = how;
-        source.gainsProfile = profileId;
-        source.matrixDevice = device;
+        source.profileId = profileId;
+        source.device = device;
         mMarks.emplace_back(mEffect.calls().size(), std::move(source));
     }
 
@@ -220,22 +217,23 @@ std::string profileTitle(const LoadedFile& file, int id) {
 // provenance, and what the cache put in place of the entry's values. JSON has it as an object; text
 // as notes under the call.
 void printSource(Printer& out, const StoreSession& session, const LoadedFile& file,
-                 const EffectCall& call, const CallSource& source) {
-    if (!source.reported) {
+                 const EffectCall& call, const std::optional<CallSource>& reported) {
+    if (!reported) {
         return out.json("source", nullptr);
     }
+    const CallSource& source = *reported;
     const auto object = out.object("source");
-    Json blobJson = {
-        {"kind", source.fromBlob ? LoadedBlob::kindName(kindOf(source.blob)) : "effect"}};
+    Json blobJson = {{"kind", source.blob ? LoadedBlob::kindName(kindOf(*source.blob)) : "effect"}};
     std::string origin = "the effect's own " + BlobDecoder::codeText(call.code) + ", read back";
     const LoadedEntry* entry = nullptr;
-    if (source.fromBlob) {
+    if (source.blob) {
         const bool device = source.blob == DeliveredBlob::kTuningDevice;
-        blobJson[device ? "device" : "id"] = device ? Json(source.device) : Json(source.profileId);
-        const LoadedBlob::Kind kind = kindOf(source.blob);
+        blobJson[device ? "device" : "id"] =
+            device ? Json(source.blobDevice) : Json(source.blobProfile);
+        const LoadedBlob::Kind kind = kindOf(*source.blob);
         const LoadedBlob* from = (kind == LoadedBlob::Kind::kBuiltin ? LoadedFile::builtin() : file)
-                                     .find(kind, source.profileId, source.device);
-        origin = (from != nullptr ? from->title() : profileTitle(file, source.profileId)) + " #" +
+                                     .find(kind, source.blobProfile, source.blobDevice);
+        origin = (from != nullptr ? from->title() : profileTitle(file, source.blobProfile)) + " #" +
                  std::to_string(source.entry + 1);
         const bool inBlob = from != nullptr && source.entry >= 0 &&
                             static_cast<size_t>(source.entry) < from->entries.size();
@@ -251,18 +249,18 @@ void printSource(Printer& out, const StoreSession& session, const LoadedFile& fi
     std::string substitution = words.instead == nullptr ? "" : words.instead;
     Json delivery = {{"kind", words.name}};
     if (source.how == Delivery::kUserGeqGains) {
-        substitution = "the user's GEQ gains of " + profileTitle(file, source.gainsProfile);
-        delivery["profile"] = source.gainsProfile;
+        substitution = "the user's GEQ gains of " + profileTitle(file, source.profileId);
+        delivery["profile"] = source.profileId;
         delivery["gains"] = session.store().getProfileGeqGains(
-            static_cast<KrvSpatializerProfileId>(source.gainsProfile));
+            static_cast<KrvSpatializerProfileId>(source.profileId));
     } else if (source.how == Delivery::kTuningMixMatrix) {
         // The tuning device's tuning: its orientation and matrix.
-        const auto matrix = file.store.mixMatrices.find(source.matrixDevice);
+        const auto matrix = file.store.mixMatrices.find(source.device);
         const MixMatrix none;
         const MixMatrix& from = matrix != file.store.mixMatrices.end() ? matrix->second : none;
-        substitution = "the mix matrix of tuning device \"" + source.matrixDevice +
-                       "\": " + from.source.summary();
-        delivery["device"] = source.matrixDevice;
+        substitution =
+            "the mix matrix of tuning device \"" + source.device + "\": " + from.source.summary();
+        delivery["device"] = source.device;
         delivery["words"] = from.words;
         delivery["provenance"] = from.source.sourceJson();
     }
@@ -288,25 +286,23 @@ void printSource(Printer& out, const StoreSession& session, const LoadedFile& fi
 // One call, titled in text by what the effect was asked and answered. previous is the call
 // before it in the step, if any.
 void printCall(Printer& out, size_t number, const EffectCall& call, const EffectCall* previous,
-               const CallSource& source, const StoreSession& session, const LoadedFile& file,
-               bool raw) {
+               const std::optional<CallSource>& source, const StoreSession& session,
+               const LoadedFile& file, bool raw) {
     const bool commit = call.kind == EffectCall::kCommit;
     const bool get = call.kind == EffectCall::kGetParam;
     const std::vector<int>& values = get ? call.answer : call.values;
-    const std::string device = BlobDecoder::deviceName(call.deviceId);
-    const std::string code = BlobDecoder::codeText(call.code);
+    const std::optional<int32_t> code = commit ? std::nullopt : std::optional(call.code);
     // getParam shows what the effect wrote back beside what it was asked for ("-": refused).
     const std::string count =
         (get ? (call.result == 0 ? std::to_string(call.returned) : "-") + " of " : "") +
         std::to_string(call.count);
     const auto item = out.object("", std::to_string(number) + ". " + kCallNames[call.kind] + " " +
-                                         device + (commit ? "" : " " + code + ", count " + count) +
-                                         ": result " + std::to_string(call.result));
+                                         EntryView::identity(call.deviceId, code) +
+                                         (commit ? "" : ", count " + count) + ": result " +
+                                         std::to_string(call.result));
     out.json("call", kCallNames[call.kind]);
-    out.json("device", call.deviceId);
-    out.json("device_name", device);
+    EntryView::printIdentity(out, call.deviceId, code);
     if (!commit) {
-        out.json("code", code);
         out.json(get ? "capacity" : "count", call.count);
         if (get) {
             out.json("returned", call.returned);
@@ -358,7 +354,7 @@ bool takeProperties(const std::vector<std::string>& assignments,
     for (const std::string& assignment : assignments) {
         const size_t equals = assignment.find('=');
         if (equals == std::string::npos || equals == 0) {
-            ToolOutput::usageError("simulate", "--prop takes KEY=VALUE, not '" + assignment + "'");
+            ToolOutput::error("simulate", "--prop takes KEY=VALUE, not '" + assignment + "'");
             return false;
         }
         std::string key = assignment.substr(0, equals);
@@ -369,9 +365,9 @@ bool takeProperties(const std::vector<std::string>& assignments,
         }
         // Every property name has a dot; a word without one was meant as a short name.
         if (key.find('.') == std::string::npos) {
-            ToolOutput::usageError("simulate", "--prop: unknown short name '" + key +
-                                                   "' (short names: " + shortNames +
-                                                   "; or a full property name)");
+            ToolOutput::error("simulate", "--prop: unknown short name '" + key +
+                                              "' (short names: " + shortNames +
+                                              "; or a full property name)");
             return false;
         }
         properties->emplace_back(key, assignment.substr(equals + 1));
@@ -395,10 +391,10 @@ bool takeWords(const std::vector<std::string>& words, std::string* file,
         } else if (i == 0 && (looksLikePath || stat(word.c_str(), &status) == 0)) {
             *file = word;
         } else {
-            ToolOutput::usageError("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
-                                                   (i == 0 ? "), and no file of that name"
-                                                           : "; only the first word may be a "
-                                                             "file)"));
+            ToolOutput::error("simulate", "unknown step '" + word + "' (steps: " + kStepForms +
+                                              (i == 0 ? "), and no file of that name"
+                                                      : "; only the first word may be a "
+                                                        "file)"));
             return false;
         }
     }
@@ -486,7 +482,7 @@ int SimulateCommand::run(const Options& options) {
         Cache cache;
         const int result = steps[s].run(cache, &effect);
         const std::vector<EffectCall> calls = effect.takeCalls();
-        const std::vector<CallSource> from = deliveries.take(calls);
+        const std::vector<std::optional<CallSource>> from = deliveries.take(calls);
         const std::vector<std::string> errors = LibraryLog::takeErrors();
         const std::string why = result == 0 ? "" : whyFailed(steps[s], calls, errors);
         const auto step = out->object("", "step " + std::to_string(s + 1) + ": " + steps[s].text +

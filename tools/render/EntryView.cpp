@@ -2,6 +2,9 @@
 
 #include <cstdio>
 
+#include "tools/render/BlobDecoder.h"
+#include "tools/render/Printer.h"
+
 namespace korva::tool {
 
 namespace {
@@ -13,6 +16,32 @@ const char* unitName(ListUnit unit) {
 // A value in its unit beside its word, where the unit is not the word itself.
 std::string withWord(const std::string& text, int word) {
     return text + " (" + std::to_string(word) + ")";
+}
+
+// "47 Hz", "-1.5 dB", "yes", as a reader of the tuning wants to see a value.
+std::string valueText(ListUnit unit, int raw) {
+    char text[32];
+    if (unit == ListUnit::kFlag) {
+        return raw == 0 ? "no" : raw == 1 ? "yes" : std::to_string(raw);
+    }
+    snprintf(text, sizeof(text), unit == ListUnit::kHz ? "%.0f Hz" : "%g dB",
+             unit == ListUnit::kHz ? raw : EntryView::decibels(raw));
+    return text;
+}
+
+// Words in their unit, for JSON.
+Json inUnit(const std::vector<int>& words, double (*unit)(int)) {
+    Json values = Json::array();
+    for (int word : words) {
+        values.push_back(unit(word));
+    }
+    return values;
+}
+
+std::string q14Text(int coefficient) {
+    char text[32];
+    snprintf(text, sizeof(text), "%.4f", EntryView::q14(coefficient));
+    return text;
 }
 
 }  // namespace
@@ -27,6 +56,18 @@ EntryView EntryView::decode(int32_t code, const std::vector<int>& values) {
         view.decodeOutputMode();
     }
     return view;
+}
+
+std::string EntryView::identity(int32_t deviceId, std::optional<int32_t> code) {
+    return BlobDecoder::deviceName(deviceId) + (code ? " " + BlobDecoder::codeText(*code) : "");
+}
+
+void EntryView::printIdentity(Printer& out, int32_t deviceId, std::optional<int32_t> code) {
+    out.json("device", deviceId);
+    out.json("device_name", BlobDecoder::deviceName(deviceId));
+    if (code) {
+        out.json("code", BlobDecoder::codeText(*code));
+    }
 }
 
 void EntryView::decodeBands(const BandListLayout& layout) {
@@ -106,22 +147,6 @@ void EntryView::decodeOutputMode() {
     complete = complete && mPlaces.size() == raw.size();
 }
 
-std::string EntryView::valueText(ListUnit unit, int raw) {
-    char text[32];
-    if (unit == ListUnit::kFlag) {
-        return raw == 0 ? "no" : raw == 1 ? "yes" : std::to_string(raw);
-    }
-    snprintf(text, sizeof(text), unit == ListUnit::kHz ? "%.0f Hz" : "%g dB",
-             unit == ListUnit::kHz ? raw : decibels(raw));
-    return text;
-}
-
-std::string EntryView::q14Text(int coefficient) {
-    char text[32];
-    snprintf(text, sizeof(text), "%.4f", q14(coefficient));
-    return text;
-}
-
 std::vector<std::string> EntryView::lines(bool words) const {
     if (words || kind == Kind::kPlain) {
         return {NumberText::join(raw)};
@@ -177,41 +202,32 @@ Json EntryView::toJson() const {
     Json list = Json::array();
     for (const BandColumnView& column : columns) {
         const bool db = column.unit == ListUnit::kSixteenthDb;
-        Json values = Json::array();
-        for (int word : column.raw) {
-            values.push_back(db ? Json(decibels(word)) : Json(word));
-        }
         list.push_back({{"name", column.name},
                         {"unit", db ? "dB" : unitName(column.unit)},
                         {"raw_unit", unitName(column.unit)},
                         {"raw", column.raw},
-                        {"values", values}});
+                        {"values", db ? inUnit(column.raw, decibels) : Json(column.raw)}});
     }
     for (const MixMatrixView& matrix : matrices) {
         Json rows = Json::array();
         for (const std::vector<int>& row : matrix.rows) {
-            Json decimals = Json::array();
-            for (int coefficient : row) {
-                decimals.push_back(q14(coefficient));
-            }
-            rows.push_back({{"raw", row}, {"values", decimals}});
+            rows.push_back({{"raw", row}, {"values", inUnit(row, q14)}});
         }
         list.push_back(
             {{"layout", matrix.layout}, {"coefficients", matrix.coefficients}, {"rows", rows}});
     }
     if (kind == Kind::kBands) {
-        json["layout"] = "bands";
-        json["bands"] = bands;
+        json.update({{"layout", "bands"}, {"bands", bands}});
         if (channels > 0) {
             json["channels"] = channels;
         }
         json["columns"] = list;
     } else {
-        json["layout"] = "output_mode";
-        json["enable"] = enable;
-        json["endpoint"] = endpoint;
-        json["orientation"] = orientation;
-        json["matrices"] = list;
+        json.update({{"layout", "output_mode"},
+                     {"enable", enable},
+                     {"endpoint", endpoint},
+                     {"orientation", orientation},
+                     {"matrices", list}});
     }
     json["complete"] = complete;
     return json;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@
 #include "translator/ListLayout.h"
 
 namespace korva::tool {
+
+class Printer;
 
 struct BandColumnView {
     std::string name;
@@ -46,12 +49,13 @@ struct EntryView {
     std::vector<MixMatrixView> matrices;
 
     static EntryView decode(int32_t code, const std::vector<int>& values);
+    // An entry's device and code as titles name them ("speaker dea"), and written to JSON as
+    // "device" (the id), "device_name" and "code"; the device alone for a call without a code.
+    static std::string identity(int32_t deviceId, std::optional<int32_t> code);
+    static void printIdentity(Printer& out, int32_t deviceId, std::optional<int32_t> code);
 
     static double decibels(int sixteenths) { return sixteenths / 16.0; }
     static double q14(int coefficient) { return static_cast<double>(coefficient) / kQ14One; }
-    // "47 Hz", "-1.5 dB", "yes", as a reader of the tuning wants to see a value.
-    static std::string valueText(ListUnit unit, int raw);
-    static std::string q14Text(int coefficient);
 
     // One line per band or matrix row, with the units and the raw words; the words alone, on one
     // line, for plain entries or when words.

@@ -26,9 +26,6 @@ class ToolOutput {
 public:
     // "spatializer-paramtool: PATH: message" on stderr; a command's name for a wrong command line.
     static void error(const std::string& where, const std::string& message);
-    static void usageError(const std::string& command, const std::string& message) {
-        error(command, message);
-    }
     // One JSON document on stdout. Text that is not UTF-8 is replaced, never refused.
     static void printJson(const Json& document) { print(jsonText(document)); }
     static std::string jsonText(const Json& document);
