@@ -97,6 +97,7 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     }
     for (const LoadReport::NumberEvent& event : report.numbers) {
         read(event.node, event.attribute, event.text);
+        mRead[event.node].numbers = event.values.size();
     }
     for (const LoadReport::KeywordEvent& event : report.keywords) {
         read(event.node, event.attribute, event.text);

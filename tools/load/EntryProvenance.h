@@ -24,6 +24,7 @@ struct ReadElement {
     bool atLeast = false;
     // A band or matrix row that a setter read as one row of the list.
     bool row = false;
+    size_t numbers = 0;  // of the last number or list the reader took from it
     std::vector<std::pair<std::string, std::string>> attributes;
     // Attributes the reader asked for that the element does not have (read as empty).
     std::vector<std::string> absent;

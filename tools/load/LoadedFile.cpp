@@ -47,32 +47,18 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
     return blob;
 }
 
-// The number of values the reader reported taking from each element, by line and name.
-using ValueCounts = std::map<std::pair<long, std::string>, size_t>;
-
-ValueCounts valueCounts(const LoadReport& report) {
-    ValueCounts counts;
-    for (const LoadReport::NumberEvent& number : report.numbers) {
-        const ReportedNode& node = report.node(number.node);
-        counts[{node.line, node.name}] = number.values.size();
-    }
-    return counts;
-}
-
 // The store's matrix of a tuning device, with the sources of its tuning's orientation and matrix,
 // and the rows of the last write the file's elements made of the matrix.
 MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provenance,
-                    const ValueCounts& counts, const std::string& device, int tuning) {
+                    const std::string& device, int tuning) {
     MixMatrix matrix{store.getXMLTuningMixMatrix(device), {}, {}};
     matrix.source = provenance.ofRecord(tuning, {ORIENTATION, OUTPUT_MIX_MATRIX});
     matrix.source.from = matrix.source.summary();
     for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
-            const auto count = counts.find({element.line, element.name});
             if (element.row) {
-                rows.push_back(
-                    {element.name, element.line, count != counts.end() ? count->second : 0});
+                rows.push_back({element.name, element.line, element.numbers});
             }
         }
         matrix.rows = rows.empty() ? matrix.rows : rows;
@@ -157,7 +143,6 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
     LoadedFile file;
     file.formatVersion = report.formatVersion;
     file.toolVersion = report.toolVersion;
-    const ValueCounts counts = valueCounts(report);
     std::vector<LoadedBlob> devices;
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
@@ -182,8 +167,7 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
             named.port = bound ? binding.port : named.port;
         }
         // A later blob of the same device replaces this one.
-        file.store.mixMatrices[blob.device] =
-            mixMatrix(store, provenance, counts, blob.device, record);
+        file.store.mixMatrices[blob.device] = mixMatrix(store, provenance, blob.device, record);
         auto same = std::find_if(devices.begin(), devices.end(),
                                  [&blob](const LoadedBlob& d) { return d.name == blob.device; });
         if (same != devices.end()) {
