@@ -215,11 +215,11 @@ SourceParameter EntryProvenance::sourceParameter(Parameter parameter, int record
 }
 
 int EntryProvenance::blobRecord(size_t blob) const {
-    auto translations = mTranslations.find(static_cast<int>(blob));
-    if (translations == mTranslations.end() || translations->second.empty()) {
-        return -1;
-    }
-    return mReport.translated[translations->second.front()].record;
+    // A blob's list of translations is made with its first.
+    const auto translations = mTranslations.find(static_cast<int>(blob));
+    return translations != mTranslations.end()
+               ? mReport.translated[translations->second.front()].record
+               : -1;
 }
 
 LoadedEntry EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {

@@ -144,6 +144,7 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
     file.formatVersion = report.formatVersion;
     file.toolVersion = report.toolVersion;
     std::vector<LoadedBlob> devices;
+    std::map<std::string, size_t> deviceAt;  // in devices, by name
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
         const int record = provenance.blobRecord(i);
@@ -168,13 +169,9 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
         }
         // A later blob of the same device replaces this one.
         file.store.mixMatrices[blob.device] = mixMatrix(store, provenance, blob.device, record);
-        auto same = std::find_if(devices.begin(), devices.end(),
-                                 [&blob](const LoadedBlob& d) { return d.name == blob.device; });
-        if (same != devices.end()) {
-            *same = std::move(named);
-        } else {
-            devices.push_back(std::move(named));
-        }
+        const auto [at, first] = deviceAt.emplace(blob.device, devices.size());
+        devices.resize(devices.size() + (first ? 1 : 0));
+        devices[at->second] = std::move(named);
     }
     std::move(devices.begin(), devices.end(), std::back_inserter(file.blobs));
     file.store.tuningsUsable = SpatializerParamCache().isTuningAvailable();
@@ -281,29 +278,22 @@ void from_json(const Json& json, PortState& port) {
 KORVA_JSON_MEMBERS(MatrixRow, element, line, count)
 KORVA_JSON_MEMBERS(MixMatrix, words, rows)
 KORVA_JSON_MEMBERS(ReadElement, name, line, row)
-KORVA_JSON_MEMBERS(ValueStep, elements)
 
-// Of a source parameter, what comparing and the report read: its name and the band and matrix row
-// elements of its writes, a tenth of the whole.
-void to_json(Json& json, const SourceParameter& parameter) {
-    json = {{"name", parameter.name}, {"steps", Json::array()}};
-    for (const ValueStep& step : parameter.steps) {
-        Json rows = Json::array();
-        for (const ReadElement& element : step.elements) {
-            if (element.row) {
-                rows.push_back(element);
-            }
-        }
-        if (!rows.empty()) {
-            json["steps"].push_back({{"elements", std::move(rows)}});
+// Of a parameter's writes, what comparing and the report read: the band and matrix row elements,
+// a tenth of the whole.
+void to_json(Json& json, const ValueStep& step) {
+    json = {{"elements", Json::array()}};
+    for (const ReadElement& element : step.elements) {
+        if (element.row) {
+            json["elements"].push_back(element);
         }
     }
 }
-void from_json(const Json& json, SourceParameter& parameter) {
-    parameter.name = json.value("name", "");
-    parameter.steps = json.value("steps", std::vector<ValueStep>());
+void from_json(const Json& json, ValueStep& step) {
+    step.elements = json.value("elements", std::vector<ReadElement>());
 }
 
+KORVA_JSON_MEMBERS(SourceParameter, name, steps)
 KORVA_JSON_MEMBERS(LoadedEntry, deviceId, code, values, from, entry, builtinTable, parameters)
 KORVA_JSON_MEMBERS(LoadedBlob, kind, id, name, port, tuning, words, valid, header, entries, same)
 KORVA_JSON_MEMBERS(StoreState, tuningsUsable, ports, mixMatrices)
