@@ -312,24 +312,19 @@ Json LoadedFile::toJson(bool brief) const {
                    {"mix_matrices", store.mixMatrices}}},
                  {"blobs", Json::array()}};
     for (const LoadedBlob& blob : blobs) {
-        const bool device = blob.kind == Kind::kTuningDevice;
-        Json& item = json["blobs"].emplace_back(Json::object());
-        item["kind"] = LoadedBlob::kindName(blob.kind);
-        if (!device) {
-            item["id"] = blob.id;
-        }
-        item["name"] = blob.name;
-        if (device) {
-            item["port"] = blob.port;
-            item["tuning"] = blob.tuning;
-        }
+        const char* kind = LoadedBlob::kindName(blob.kind);
+        Json& item = json["blobs"].emplace_back(
+            blob.kind == Kind::kTuningDevice
+                ? Json{{"kind", kind},
+                       {"name", blob.name},
+                       {"port", blob.port},
+                       {"tuning", blob.tuning}}
+                : Json{{"kind", kind}, {"id", blob.id}, {"name", blob.name}});
         if (blob.same) {
             item["same"] = true;
             continue;
         }
-        item["words"] = blob.words;
-        item["valid"] = blob.valid;
-        item["header"] = blob.header;
+        item.update({{"words", blob.words}, {"valid", blob.valid}, {"header", blob.header}});
         Json& entries = item["entries"] = Json::array();
         for (const LoadedEntry& entry : blob.entries) {
             // Built member by member: an initializer list would copy every value.
