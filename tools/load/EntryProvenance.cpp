@@ -74,23 +74,9 @@ void printElement(Printer& out, const ReadElement& element) {
                   {"absent", element.absent}});
 }
 
-// The first line of each file element a parameter's values were read from.
-std::set<long> firstLines(const SourceParameter& parameter) {
-    std::set<long> lines;
-    for (const ValueStep& step : parameter.steps) {
-        if (!step.elements.empty()) {
-            lines.insert(step.elements.front().line);
-        }
-    }
-    return lines;
-}
-
 }  // namespace
 
 EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
-    for (size_t i = 0; i < report.nodes.size(); i++) {
-        mChildren[report.nodes[i].parent].push_back(static_cast<int>(i));
-    }
     // An attribute the element does not have is said to be absent, never shown with the empty
     // text it was read as; one the reader passed over is shown as the file has it.
     std::set<std::pair<int, std::string>> seen;
@@ -111,6 +97,7 @@ EntryProvenance::EntryProvenance(const LoadReport& report) : mReport(report) {
     }
     for (const LoadReport::NumberEvent& event : report.numbers) {
         read(event.node, event.attribute, event.text);
+        mRead[event.node].numbers = event.values.size();
     }
     for (const LoadReport::KeywordEvent& event : report.keywords) {
         read(event.node, event.attribute, event.text);
@@ -165,28 +152,20 @@ std::string EntryProvenance::ruleText(ValueSource source, Parameter parameter) c
     return text;
 }
 
-std::vector<ReadElement> EntryProvenance::readElements(int node) const {
-    std::vector<ReadElement> elements;
-    std::vector<int> pending = {node};
-    while (!pending.empty()) {
-        const int at = pending.back();
-        pending.pop_back();
-        const auto read = mRead.find(at);
-        if (at == node || read != mRead.end()) {
-            const ReportedNode& reported = mReport.node(at);
-            elements.push_back(read != mRead.end() ? read->second : ReadElement());
-            elements.back().name = reported.name;
-            elements.back().line = reported.line;
-            elements.back().atLeast = reported.atLeast;
-            elements.back().row = mRows.count(at) > 0;
-        }
-        auto children = mChildren.find(at);
-        if (children != mChildren.end()) {
-            // Depth first, in document order.
-            pending.insert(pending.end(), children->second.rbegin(), children->second.rend());
-        }
+void EntryProvenance::addRead(int node, bool caused, std::vector<ReadElement>* elements) const {
+    const auto read = mRead.find(node);
+    if (caused || read != mRead.end()) {
+        const ReportedNode& reported = mReport.node(node);
+        elements->push_back(read != mRead.end() ? read->second : ReadElement());
+        elements->back().name = reported.name;
+        elements->back().line = reported.line;
+        elements->back().atLeast = reported.atLeast;
+        elements->back().row = mRows.count(node) > 0;
     }
-    return elements;
+    // Depth first, in document order.
+    for (int child : mReport.node(node).children) {
+        addRead(child, false, elements);
+    }
 }
 
 void EntryProvenance::addSteps(Parameter parameter, int record, size_t translation,
@@ -210,8 +189,7 @@ void EntryProvenance::addSteps(Parameter parameter, int record, size_t translati
         for (int node : event.source == ValueSource::kGlobalSetting ? mGlobalSettings
                                                                     : std::vector<int>{event.node}) {
             if (node >= 0) {
-                const std::vector<ReadElement> read = readElements(node);
-                step.elements.insert(step.elements.end(), read.begin(), read.end());
+                addRead(node, true, &step.elements);
             }
         }
         step.values = event.values;
@@ -228,24 +206,20 @@ void EntryProvenance::addSteps(Parameter parameter, int record, size_t translati
 
 SourceParameter EntryProvenance::sourceParameter(Parameter parameter, int record,
                                                  size_t translation) const {
-    SourceParameter source;
-    source.parameter = parameter;
-    source.name = kParameterNames[parameter];
-    source.record = record;
-    if (record >= 0 && static_cast<size_t>(record) < mReport.records.size()) {
-        source.recordName = mReport.records[record].title();
-        source.recordLine = mReport.node(mReport.records[record].node).line;
-    }
+    // Records are the report's own indices, of records it snapshotted.
+    const RecordSnapshot& of = mReport.records.at(record);
+    SourceParameter source{parameter,  kParameterNames[parameter], record,
+                           of.title(), mReport.node(of.node).line, {}};
     addSteps(parameter, record, translation, false, &source.steps);
     return source;
 }
 
 int EntryProvenance::blobRecord(size_t blob) const {
-    auto translations = mTranslations.find(static_cast<int>(blob));
-    if (translations == mTranslations.end() || translations->second.empty()) {
-        return -1;
-    }
-    return mReport.translated[translations->second.front()].record;
+    // A blob's list of translations is made with its first.
+    const auto translations = mTranslations.find(static_cast<int>(blob));
+    return translations != mTranslations.end()
+               ? mReport.translated[translations->second.front()].record
+               : -1;
 }
 
 LoadedEntry EntryProvenance::ofRecord(int record, const std::vector<Parameter>& parameters) const {
@@ -288,8 +262,11 @@ std::string LoadedEntry::summary() const {
     std::vector<std::pair<std::string, std::set<long>>> groups;
     std::vector<std::string> rules;
     for (const SourceParameter& parameter : parameters) {
-        std::set<long> lines = firstLines(parameter);
+        std::set<long> lines;  // of the file element each write was read from
         for (const ValueStep& step : parameter.steps) {
+            if (!step.elements.empty()) {
+                lines.insert(step.elements.front().line);
+            }
             if (!step.rule.empty() && step.source != ValueSource::kTranslator &&
                 std::find(rules.begin(), rules.end(), step.rule) == rules.end()) {
                 rules.push_back(step.rule);

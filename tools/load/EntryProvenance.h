@@ -24,6 +24,7 @@ struct ReadElement {
     bool atLeast = false;
     // A band or matrix row that a setter read as one row of the list.
     bool row = false;
+    size_t numbers = 0;  // of the last number or list the reader took from it
     std::vector<std::pair<std::string, std::string>> attributes;
     // Attributes the reader asked for that the element does not have (read as empty).
     std::vector<std::string> absent;
@@ -92,13 +93,13 @@ public:
     std::string ruleText(ValueSource source, Parameter parameter) const;
 
 private:
-    std::vector<ReadElement> readElements(int node) const;
+    // The element that caused a write (always) and those below it that were read.
+    void addRead(int node, bool caused, std::vector<ReadElement>* elements) const;
     SourceParameter sourceParameter(Parameter parameter, int record, size_t translation) const;
     void addSteps(Parameter parameter, int record, size_t translation, bool otherRecord,
                   std::vector<ValueStep>* steps) const;
 
     const LoadReport& mReport;
-    std::map<int, std::vector<int>> mChildren;
     std::map<int, ReadElement> mRead;  // the attributes read of each element, by node
     std::map<std::pair<int, Parameter>, std::vector<size_t>> mValues;
     std::map<int, std::vector<size_t>> mTranslations;  // by blob

@@ -71,8 +71,13 @@ int LoadReport::nodeIndex(const xmlNode* node) {
     const int parent = nodeIndex(NodeInfo::parentOf(node));
     const NodeInfo::Line line = NodeInfo::lineOf(node);
     const bool element = NodeInfo::isElement(node);
+    const int index = static_cast<int>(nodes.size());
     nodes.push_back({line.line, line.atLeast, element ? NodeInfo::nameOf(node) : "", element,
-                     NodeInfo::isComment(node), element ? "" : NodeInfo::contentOf(node), parent});
+                     NodeInfo::isComment(node), element ? "" : NodeInfo::contentOf(node), parent,
+                     std::vector<int>()});
+    if (parent >= 0) {
+        nodes[parent].children.push_back(index);
+    }
     if (keepDocument) {
         if (document == nullptr) {
             document.reset(NodeInfo::copyDocument(node, &mCopyOf));
@@ -80,8 +85,8 @@ int LoadReport::nodeIndex(const xmlNode* node) {
         auto copy = mCopyOf.find(node);
         copies.push_back(copy != mCopyOf.end() ? copy->second : nullptr);
     }
-    mNodeIndex[node] = static_cast<int>(nodes.size() - 1);
-    return static_cast<int>(nodes.size() - 1);
+    mNodeIndex[node] = index;
+    return index;
 }
 
 int LoadReport::recordIndex(const ParameterValues& record) {

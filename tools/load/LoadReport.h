@@ -23,8 +23,9 @@ struct ReportedNode {
     std::string name;  // "" for comments and texts
     bool isElement = false;
     bool isComment = false;
-    std::string content;  // a comment's or text's content
-    int parent = -1;      // the holding element's index, -1 for the root
+    std::string content;        // a comment's or text's content
+    int parent = -1;            // the holding element's index, -1 for the root
+    std::vector<int> children;  // the reported nodes it holds, in the order they were met
 };
 
 struct RecordSnapshot {

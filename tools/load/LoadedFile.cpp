@@ -47,32 +47,18 @@ LoadedBlob makeBlob(Kind kind, int id, std::string name, const std::vector<int>&
     return blob;
 }
 
-// The number of values the reader reported taking from each element, by line and name.
-using ValueCounts = std::map<std::pair<long, std::string>, size_t>;
-
-ValueCounts valueCounts(const LoadReport& report) {
-    ValueCounts counts;
-    for (const LoadReport::NumberEvent& number : report.numbers) {
-        const ReportedNode& node = report.node(number.node);
-        counts[{node.line, node.name}] = number.values.size();
-    }
-    return counts;
-}
-
 // The store's matrix of a tuning device, with the sources of its tuning's orientation and matrix,
 // and the rows of the last write the file's elements made of the matrix.
 MixMatrix mixMatrix(SpatializerParamArray& store, const EntryProvenance& provenance,
-                    const ValueCounts& counts, const std::string& device, int tuning) {
+                    const std::string& device, int tuning) {
     MixMatrix matrix{store.getXMLTuningMixMatrix(device), {}, {}};
     matrix.source = provenance.ofRecord(tuning, {ORIENTATION, OUTPUT_MIX_MATRIX});
     matrix.source.from = matrix.source.summary();
     for (const ValueStep& step : matrix.source.parameters[1].steps) {
         std::vector<MatrixRow> rows;
         for (const ReadElement& element : step.elements) {
-            const auto count = counts.find({element.line, element.name});
             if (element.row) {
-                rows.push_back(
-                    {element.name, element.line, count != counts.end() ? count->second : 0});
+                rows.push_back({element.name, element.line, element.numbers});
             }
         }
         matrix.rows = rows.empty() ? matrix.rows : rows;
@@ -157,8 +143,8 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
     LoadedFile file;
     file.formatVersion = report.formatVersion;
     file.toolVersion = report.toolVersion;
-    const ValueCounts counts = valueCounts(report);
     std::vector<LoadedBlob> devices;
+    std::map<std::string, size_t> deviceAt;  // in devices, by name
     for (size_t i = 0; i < report.blobs.size(); i++) {
         const LoadReport::Blob& blob = report.blobs[i];
         const int record = provenance.blobRecord(i);
@@ -182,15 +168,10 @@ LoadedFile LoadedFile::of(const StoreSession& session, const Known& known) {
             named.port = bound ? binding.port : named.port;
         }
         // A later blob of the same device replaces this one.
-        file.store.mixMatrices[blob.device] =
-            mixMatrix(store, provenance, counts, blob.device, record);
-        auto same = std::find_if(devices.begin(), devices.end(),
-                                 [&blob](const LoadedBlob& d) { return d.name == blob.device; });
-        if (same != devices.end()) {
-            *same = std::move(named);
-        } else {
-            devices.push_back(std::move(named));
-        }
+        file.store.mixMatrices[blob.device] = mixMatrix(store, provenance, blob.device, record);
+        const auto [at, first] = deviceAt.emplace(blob.device, devices.size());
+        devices.resize(devices.size() + (first ? 1 : 0));
+        devices[at->second] = std::move(named);
     }
     std::move(devices.begin(), devices.end(), std::back_inserter(file.blobs));
     file.store.tuningsUsable = SpatializerParamCache().isTuningAvailable();
@@ -297,29 +278,22 @@ void from_json(const Json& json, PortState& port) {
 KORVA_JSON_MEMBERS(MatrixRow, element, line, count)
 KORVA_JSON_MEMBERS(MixMatrix, words, rows)
 KORVA_JSON_MEMBERS(ReadElement, name, line, row)
-KORVA_JSON_MEMBERS(ValueStep, elements)
 
-// Of a source parameter, what comparing and the report read: its name and the band and matrix row
-// elements of its writes, a tenth of the whole.
-void to_json(Json& json, const SourceParameter& parameter) {
-    json = {{"name", parameter.name}, {"steps", Json::array()}};
-    for (const ValueStep& step : parameter.steps) {
-        Json rows = Json::array();
-        for (const ReadElement& element : step.elements) {
-            if (element.row) {
-                rows.push_back(element);
-            }
-        }
-        if (!rows.empty()) {
-            json["steps"].push_back({{"elements", std::move(rows)}});
+// Of a parameter's writes, what comparing and the report read: the band and matrix row elements,
+// a tenth of the whole.
+void to_json(Json& json, const ValueStep& step) {
+    json = {{"elements", Json::array()}};
+    for (const ReadElement& element : step.elements) {
+        if (element.row) {
+            json["elements"].push_back(element);
         }
     }
 }
-void from_json(const Json& json, SourceParameter& parameter) {
-    parameter.name = json.value("name", "");
-    parameter.steps = json.value("steps", std::vector<ValueStep>());
+void from_json(const Json& json, ValueStep& step) {
+    step.elements = json.value("elements", std::vector<ReadElement>());
 }
 
+KORVA_JSON_MEMBERS(SourceParameter, name, steps)
 KORVA_JSON_MEMBERS(LoadedEntry, deviceId, code, values, from, entry, builtinTable, parameters)
 KORVA_JSON_MEMBERS(LoadedBlob, kind, id, name, port, tuning, words, valid, header, entries, same)
 KORVA_JSON_MEMBERS(StoreState, tuningsUsable, ports, mixMatrices)
@@ -338,24 +312,19 @@ Json LoadedFile::toJson(bool brief) const {
                    {"mix_matrices", store.mixMatrices}}},
                  {"blobs", Json::array()}};
     for (const LoadedBlob& blob : blobs) {
-        const bool device = blob.kind == Kind::kTuningDevice;
-        Json& item = json["blobs"].emplace_back(Json::object());
-        item["kind"] = LoadedBlob::kindName(blob.kind);
-        if (!device) {
-            item["id"] = blob.id;
-        }
-        item["name"] = blob.name;
-        if (device) {
-            item["port"] = blob.port;
-            item["tuning"] = blob.tuning;
-        }
+        const char* kind = LoadedBlob::kindName(blob.kind);
+        Json& item = json["blobs"].emplace_back(
+            blob.kind == Kind::kTuningDevice
+                ? Json{{"kind", kind},
+                       {"name", blob.name},
+                       {"port", blob.port},
+                       {"tuning", blob.tuning}}
+                : Json{{"kind", kind}, {"id", blob.id}, {"name", blob.name}});
         if (blob.same) {
             item["same"] = true;
             continue;
         }
-        item["words"] = blob.words;
-        item["valid"] = blob.valid;
-        item["header"] = blob.header;
+        item.update({{"words", blob.words}, {"valid", blob.valid}, {"header", blob.header}});
         Json& entries = item["entries"] = Json::array();
         for (const LoadedEntry& entry : blob.entries) {
             // Built member by member: an initializer list would copy every value.
