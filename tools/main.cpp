@@ -19,6 +19,7 @@
 #include "tools/load/LibraryLog.h"
 #include "tools/render/HelpFormatter.h"
 #include "tools/render/ToolOutput.h"
+#include "tools/schema/SchemaCommand.h"
 
 using namespace korva::tool;
 
@@ -155,6 +156,8 @@ const Command kCommands[] = {
          common(command, o.explain.common);
      },
      [](Options& o) { return ExplainCommand::run(start(o.explain)); }},
+    {"schema", "print an XML Schema of the tuning files a tuning tool writes, for editors",
+     [](CLI::App&, Options&) {}, [](Options&) { return SchemaCommand::run(); }},
 };
 
 // CLI11 takes an unknown first word for a stray argument; name it as the subcommand it was meant
