@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <set>
 
 #include "model/Parameter.h"
@@ -35,26 +36,63 @@ constexpr char kProfileRecord[] = "profile";
 constexpr char kEndpointRecord[] = "endpoint";
 constexpr char kTuningRecord[] = "tuning";
 
-// The effect codes each parameter ends up in, measured by running every translator on a record
-// that holds its sources, once for each endpoint.
+// The entries that translating the record gives, by effect code.
+std::map<std::string, std::vector<int>> translated(ParameterValues& record, Endpoint endpoint) {
+    SetParamCommand command(0);
+    for (Translator* translator : TranslatorCollection::kAllTranslators) {
+        translator->vexTranslate(command, record, endpoint, false);
+    }
+    std::vector<int> words = command.mBuffer;
+    words[1] = command.mCount;
+    std::map<std::string, std::vector<int>> entries;
+    for (const BlobEntry& entry : BlobDecoder::decode(words).entries) {
+        auto& values = entries[BlobDecoder::codeText(entry.code)];
+        values.insert(values.end(), entry.values.begin(), entry.values.end());
+    }
+    return entries;
+}
+
+// A record of each kind that holds every parameter, with a value changed or not.
+std::map<std::string, std::vector<int>> translatedRecord(int kind, Endpoint endpoint, int channels,
+                                                         Parameter changed, int value) {
+    std::unique_ptr<ParameterValues> record;
+    if (kind == 0) {
+        record = std::make_unique<Profile>(0, "", true);
+    } else if (kind == 1) {
+        record = std::make_unique<ProfileEndpoint>(0, endpoint, 0);
+    } else {
+        record = std::make_unique<Tuning>("", endpoint, false);
+    }
+    for (int p = 0; p < kNumParameters; p++) {
+        record->set(Parameter(p), std::vector<int>{1});
+    }
+    // An output whose per-channel lists are translated.
+    record->set(OUTPUT_CHANNELS, std::vector<int>{channels});
+    record->set(changed, std::vector<int>{value});
+    return translated(*record, endpoint);
+}
+
+// The effect codes each parameter ends up in, measured: the entries whose values change when the
+// parameter's value does, in every kind of record, for every endpoint, on stereo and four-channel
+// outputs.
 std::map<Parameter, std::set<std::string>> measuredCodes() {
     std::map<Parameter, std::set<std::string>> codes;
-    for (Translator* translator : TranslatorCollection::kAllTranslators) {
-        for (Endpoint endpoint : {ENDPOINT_SPEAKER, ENDPOINT_HEADPHONE, ENDPOINT_OTHER}) {
-            // Every parameter set, so that translators that consult others (the output's
-            // channel count, a switch) add their entries.
-            Tuning record("", endpoint, false);
+    for (int kind = 0; kind < 3; kind++) {
+        for (auto [endpoint, channels] : {std::pair{ENDPOINT_SPEAKER, 2},
+                                          {ENDPOINT_SPEAKER, 4},
+                                          {ENDPOINT_HEADPHONE, 2},
+                                          {ENDPOINT_OTHER, 2}}) {
+            const auto base = translatedRecord(kind, endpoint, channels, OUTPUT_CHANNELS, channels);
             for (int p = 0; p < kNumParameters; p++) {
-                record.set(Parameter(p), std::vector<int>{1});
-            }
-            record.set(OUTPUT_CHANNELS, std::vector<int>{2});
-            SetParamCommand command(0);
-            translator->vexTranslate(command, record, endpoint, false);
-            std::vector<int> words = command.mBuffer;
-            words[1] = command.mCount;
-            for (const BlobEntry& entry : BlobDecoder::decode(words).entries) {
-                for (Parameter source : translator->getSrcParams()) {
-                    codes[source].insert(BlobDecoder::codeText(entry.code));
+                for (int value : {0, 3}) {
+                    const auto changed =
+                        translatedRecord(kind, endpoint, channels, Parameter(p), value);
+                    for (const auto& [code, values] : changed) {
+                        auto was = base.find(code);
+                        if (was == base.end() || was->second != values) {
+                            codes[Parameter(p)].insert(code);
+                        }
+                    }
                 }
             }
         }
