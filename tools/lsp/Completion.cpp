@@ -123,16 +123,18 @@ Cursor Cursor::at(const std::string& text, size_t offset) {
             }
             return cursor;
         }
-        const bool selfClosing = p > 0 && text[p - 1] == '/';
+        // A tag cut short by the next one opens nothing: it is still being typed.
+        const bool ended = p < text.size() && text[p] == '>';
+        const bool selfClosing = text[p - 1] == '/';
         if (closing) {
             const auto match = std::find(cursor.open.rbegin(), cursor.open.rend(), name);
             if (match != cursor.open.rend()) {
                 cursor.open.erase(std::prev(match.base()), cursor.open.end());
             }
-        } else if (!selfClosing) {
+        } else if (ended && !selfClosing) {
             cursor.open.push_back(name);
         }
-        i = p + 1;
+        i = ended ? p + 1 : p;
     }
     return cursor;
 }
