@@ -100,21 +100,28 @@ std::map<Parameter, std::set<std::string>> measuredCodes() {
     return codes;
 }
 
-// The unit of a band list's column, where the list layouts know it.
-std::string unitOf(Parameter parameter) {
+// The band-list column a parameter fills, where the list layouts have one.
+const ListColumn* columnOf(Parameter parameter) {
     for (const BandListLayout& layout : kBandListLayouts) {
         for (int i = 0; i < layout.numColumns; i++) {
             if (layout.columns[i].source == parameter) {
-                switch (layout.columns[i].unit) {
-                    case ListUnit::kHz:
-                        return "Hz";
-                    case ListUnit::kSixteenthDb:
-                        return "1/16 dB";
-                    case ListUnit::kFlag:
-                        return "true or false";
-                }
+                return &layout.columns[i];
             }
         }
+    }
+    return nullptr;
+}
+
+std::string unitOf(Parameter parameter) {
+    const ListColumn* column = columnOf(parameter);
+    if (column == nullptr) return "";
+    switch (column->unit) {
+        case ListUnit::kHz:
+            return "Hz";
+        case ListUnit::kSixteenthDb:
+            return "1/16 dB";
+        case ListUnit::kFlag:
+            return "true or false";
     }
     return "";
 }
@@ -140,12 +147,11 @@ public:
     }
 
     // The parameter elements as the node table has them, in name order.
-    std::vector<GrammarElement> parameters() const {
+    std::vector<GrammarElement> parameters() {
         std::vector<GrammarElement> elements;
         for (ValueSetter* setter : SetterCollection::kAllValueSetters) {
             GrammarElement element{setter->getNodeName()};
             element.choice = true;
-            element.isParameter = true;
             if (parameterElement(*setter, element)) {
                 elements.push_back(std::move(element));
             }
@@ -165,7 +171,8 @@ public:
         return list;
     }
 
-    std::map<std::string, std::vector<Parameter>> mFills;  // element name -> parameters
+    // The parameters each parameter element fills, by its name.
+    std::map<std::string, std::vector<Parameter>> mFills;
 
 private:
     GrammarAttribute attribute(const std::string& name, Parameter parameter, Type type) const {
@@ -178,7 +185,8 @@ private:
         band.minOccurs = 0;
         band.many = true;
         for (size_t i = 0; i < attributes.size() && i < parameters.size(); i++) {
-            const bool flag = unitOf(parameters[i]) == "true or false";
+            const ListColumn* column = columnOf(parameters[i]);
+            const bool flag = column != nullptr && column->unit == ListUnit::kFlag;
             GrammarAttribute a =
                 attribute(attributes[i], parameters[i], flag ? Type::kKeyword : Type::kInt);
             if (flag) {
@@ -189,7 +197,7 @@ private:
         return band;
     }
 
-    bool parameterElement(ValueSetter& setter, GrammarElement& element) const {
+    bool parameterElement(ValueSetter& setter, GrammarElement& element) {
         if (dynamic_cast<IeqValueSetter*>(&setter) || dynamic_cast<GeqValueSetter*>(&setter)) {
             return false;  // lists of presets, not parameters of a record
         }
@@ -229,7 +237,7 @@ private:
                     rows(Layout::kBand, RegulatorTuningValueSetter::kAttrNames, fills));
             }
         }
-        const_cast<Builder*>(this)->mFills[element.name] = fills;
+        mFills[element.name] = fills;
         return !fills.empty();
     }
 

@@ -43,7 +43,6 @@ struct GrammarElement {
     bool choice = false;
     // Holds the parameter elements of these records (kinds of the model), among choice children.
     std::vector<std::string> parameterRecords;
-    bool isParameter = false;
 };
 
 class TuningGrammar {
