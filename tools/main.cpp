@@ -1,6 +1,8 @@
 // spatializer-paramtool: shows tuning engineers and integrators what a tuning file turns into
 // before it reaches a device, with the library's own classes doing all the reading, translating
 // and serving.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
@@ -17,6 +19,7 @@
 #include "tools/commands/SimulateCommand.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/load/LibraryLog.h"
+#include "tools/lsp/LspServer.h"
 #include "tools/render/HelpFormatter.h"
 #include "tools/render/ToolOutput.h"
 
@@ -33,6 +36,7 @@ struct Options {
     DiffCommand::Options diff;
     ReportCommand::Options report;
     ExplainCommand::Options explain;
+    CommonOptions lsp;
 };
 
 // A subcommand: its name and help, the options it adds, and what runs it.
@@ -155,6 +159,16 @@ const Command kCommands[] = {
          common(command, o.explain.common);
      },
      [](Options& o) { return ExplainCommand::run(start(o.explain)); }},
+    {"lsp", "serve tuning files to an editor: the Language Server Protocol on stdin and stdout",
+     [](CLI::App& command, Options& o) {
+         // Editors' clients name the transport; standard input and output is the only one.
+         command.add_flag("--stdio", "talk through standard input and output (the default)");
+         common(command, o.lsp, false);
+     },
+     [](Options& o) {
+         LibraryLog::install(o.lsp.verbose);
+         return LspServer(STDIN_FILENO, STDOUT_FILENO).run();
+     }},
 };
 
 // CLI11 takes an unknown first word for a stray argument; name it as the subcommand it was meant
