@@ -308,9 +308,11 @@ void LspServer::analyse(const std::string& uri, Document& document) {
         if (getppid() != server) {
             _exit(1);
         }
+        // The answer says what went wrong; the library's own messages name private files.
         const int quiet = open("/dev/null", O_RDWR);
         dup2(quiet, mInput.fd());
         dup2(quiet, mOutput);
+        dup2(quiet, STDERR_FILENO);
         close(quiet);
         close(ends[0]);
         for (const auto& [other, earlier] : mDocuments) {
