@@ -219,6 +219,11 @@ TEST_F(LspServerTest, EachMalformedInputGetsItsErrorAndTheNextMessageIsAnswered)
         {"length past the bound", "Content-Length: 99999999999\r\n\r\n", -32700},
         {"header without an end", std::string(MessageStream::kMaxHeader + 10, 'x'), -32700},
         {"body not JSON", framed("{\"id\": 1,"), -32700},
+        {"nested too deep for the stack",
+         // A member after the deep one moves it, which copies it recursively.
+         framed("{\"id\": " + std::string(1000000, '[') + std::string(1000000, ']') +
+                ", \"method\": \"x\"}"),
+         -32700},
         {"neither method nor id", framed(R"({"jsonrpc": "2.0"})"), -32600},
         {"not an object", framed("[1, 2]"), -32600},
         {"id of a wrong type", framed(R"({"jsonrpc": "2.0", "id": [1], "method": "x"})"), -32600},
