@@ -91,64 +91,88 @@ std::string rulesOf(const SourceParameter& parameter, size_t mine) {
     return text;
 }
 
-// A value an element feeds and where it went: the parameter with its rules, and the blobs and
-// devices of the entries that hold it, in the order met.
+// Values an element feeds: a run of an entry's words (none: the whole entry), what they were
+// made of with the rules on the way, and the blobs and devices of the entries that hold them.
 struct Feed {
-    std::string value;
+    size_t entry;  // in the index's entries
+    long first;
+    size_t count;
     std::string from;
     std::vector<std::pair<std::string, std::string>> holders;
 
-    // "from — in profile 1 "movie": speaker, a2dp; tuning device "usb_dac": usb"
-    std::string where() const {
-        std::string in;
+    // "profile 1 "movie": speaker, a2dp; tuning device "usb_dac": usb"
+    std::string in() const {
+        std::string text;
         for (size_t i = 0; i < holders.size(); i++) {
             const bool sameBlob = i > 0 && holders[i - 1].first == holders[i].first;
-            in += sameBlob ? ", " + holders[i].second
-                           : (i > 0 ? "; " : "") + holders[i].first + ": " + holders[i].second;
+            text += sameBlob ? ", " + holders[i].second
+                             : (i > 0 ? "; " : "") + holders[i].first + ": " + holders[i].second;
         }
-        return from + " — in " + in;
+        return text;
     }
 };
 
-void addFeed(std::vector<Feed>* feeds, const std::string& value, const std::string& from,
+void addFeed(std::vector<Feed>* feeds, Feed feed,
              const std::pair<std::string, std::string>& holder) {
-    auto found = std::find_if(feeds->begin(), feeds->end(), [&](const Feed& feed) {
-        return feed.value == value && feed.from == from;
+    auto found = std::find_if(feeds->begin(), feeds->end(), [&feed](const Feed& f) {
+        return f.entry == feed.entry && f.first == feed.first && f.count == feed.count &&
+               f.from == feed.from;
     });
     if (found == feeds->end()) {
-        found = feeds->insert(feeds->end(), {value, from, {}});
+        found = feeds->insert(feeds->end(), std::move(feed));
     }
     if (std::find(found->holders.begin(), found->holders.end(), holder) == found->holders.end()) {
         found->holders.push_back(holder);
     }
 }
 
-// Texts that many elements share, kept once at the head of the index.
-struct SharedTexts {
-    Json texts = Json::array();
-    std::map<std::string, size_t> at;
+// What many items share, kept once at the head of the index: texts, and entries' words.
+template <typename Key>
+struct Shared {
+    Json list = Json::array();
+    std::map<Key, size_t> at;
 
-    size_t of(const std::string& text) {
-        const auto [found, added] = at.emplace(text, texts.size());
+    size_t of(const Key& key) {
+        const auto [found, added] = at.emplace(key, list.size());
         if (added) {
-            texts.push_back(text);
+            list.push_back(key);
         }
         return found->second;
     }
 };
 
+// A number of an array that the index was read back as, or -1 when it is not one.
+long numberAt(const Json& array, size_t i) {
+    return array.is_array() && i < array.size() && array[i].is_number_integer()
+               ? array[i].get<long>()
+               : -1;
+}
+
+std::string stringAt(const Json& array, long i) {
+    return array.is_array() && i >= 0 && static_cast<size_t>(i) < array.size() &&
+                   array[i].is_string()
+               ? array[i].get<std::string>()
+               : std::string();
+}
+
 }  // namespace
 
-// The index: the shared texts first, then one item per element (and attribute) of a line:
-// [line, element, attribute or "", [[value, shared text], ...], [what check says of it, ...]].
+// The index: the shared texts, the entries' words (code first), then one item per element (and
+// attribute) of a line: [line, element, attribute ("" for the element), [[entry, first word,
+// word count, what made them, the blobs and devices holding them], ...], [what check says of
+// it, ...]], names and texts by their number in the shared texts.
 Json HoverIndex::build(const StoreSession& session) {
     const LoadReport& report = session.report();
     const LoadedFile file = LoadedFile::of(session);
+    Shared<std::string> texts;
+    Shared<std::vector<int>> entries;
     std::map<std::tuple<long, std::string, std::string>, std::vector<Feed>> feeds;
     for (const LoadedBlob& blob : file.blobs) {
         for (const LoadedEntry& entry : blob.entries) {
             const EntryView view = EntryView::decode(entry.code, entry.values);
-            const std::string code = "`" + BlobDecoder::codeText(entry.code) + "` ";
+            std::vector<int> words = {entry.code};
+            words.insert(words.end(), entry.values.begin(), entry.values.end());
+            const size_t shared = entries.of(words);
             const auto holder = std::pair(blob.title(), BlobDecoder::deviceName(entry.deviceId));
             for (const SourceParameter& parameter : entry.parameters) {
                 for (size_t s = 0; s < parameter.steps.size(); s++) {
@@ -161,35 +185,35 @@ Json HoverIndex::build(const StoreSession& session) {
                         const size_t end = std::min(
                             taken + (element.row ? std::max<size_t>(element.numbers, 1) : 0),
                             step.values.size());
-                        std::string places;
-                        for (size_t i = taken; i < end; i++) {
-                            const long at = entryIndex(entry, view, parameter.parameter, i);
-                            const EntryView::Place place = view.place(at);
-                            places += at < 0 ? ""
-                                             : (places.empty() ? "" : "; ") + place.where + ": " +
-                                                   place.value;
-                        }
+                        const long first = entryIndex(entry, view, parameter.parameter, taken);
+                        const long last = entryIndex(entry, view, parameter.parameter, end - 1);
+                        const bool placed = end > taken && first >= 0 && last >= first;
                         const std::string attribute = attributeWritten(
                             element, {step.values.begin() + taken, step.values.begin() + end});
                         taken = end;
                         addFeed(&feeds[{element.line, element.name, attribute}],
-                                code + (places.empty() ? entrySummary(view) : places), from, holder);
+                                {shared,
+                                 placed ? first : 0,
+                                 placed ? static_cast<size_t>(last - first + 1) : 0,
+                                 from,
+                                 {}},
+                                holder);
                     }
                 }
             }
         }
     }
-    SharedTexts shared;
-    Json index = Json::array({Json::array()});
+    Json index = Json::array({Json(), Json()});
     std::set<ElementKey> fed;
     for (const auto& [key, values] : feeds) {
         const auto& [line, element, attribute] = key;
         fed.insert({line, element});
         Json list = Json::array();
         for (const Feed& feed : values) {
-            list.push_back({feed.value, shared.of(feed.where())});
+            list.push_back(
+                {feed.entry, feed.first, feed.count, texts.of(feed.from), texts.of(feed.in())});
         }
-        index.push_back({line, element, attribute, list, Json::array()});
+        index.push_back({line, texts.of(element), texts.of(attribute), list, Json::array()});
     }
     // Elements the reader passed over that feed nothing, in the words of check's findings.
     const std::vector<Finding> findings = LintRules::run(report);
@@ -202,10 +226,11 @@ Json HoverIndex::build(const StoreSession& session) {
             }
         }
         if (node.isElement && !passed.empty() && fed.insert({node.line, node.name}).second) {
-            index.push_back({node.line, node.name, "", Json::array(), passed});
+            index.push_back({node.line, texts.of(node.name), texts.of(""), Json::array(), passed});
         }
     }
-    index[0] = std::move(shared.texts);
+    index[0] = std::move(texts.list);
+    index[1] = std::move(entries.list);
     return index;
 }
 
@@ -213,7 +238,8 @@ Json HoverIndex::at(const Json& index, const std::string& text, int line, int ch
     const TagText tags(text);
     size_t at = 0;
     StartTag tag;
-    if (!index.is_array() || !tags.offset(line, character, &at) || !tags.startTagAt(at, &tag)) {
+    if (!index.is_array() || index.size() < 2 || !tags.offset(line, character, &at) ||
+        !tags.startTagAt(at, &tag)) {
         return nullptr;
     }
     const StartTag::Attribute* on = nullptr;
@@ -223,32 +249,43 @@ Json HoverIndex::at(const Json& index, const std::string& text, int line, int ch
     // The library numbers an element by a line of its start tag.
     const long first = tags.lineOf(tag.tag.begin);
     const long last = tags.lineOf(tag.tag.end - 1);
-    const Json& shared = index.empty() ? index : index[0];
-    // Whatever the item's shape, a string where one is expected or nothing.
-    const auto string = [](const Json& array, size_t i) {
-        return array.is_array() && i < array.size() && array[i].is_string()
-                   ? array[i].get<std::string>()
-                   : std::string();
-    };
+    const Json& texts = index[0];
+    const Json& entries = index[1];
     std::string feeds, passed;
-    for (size_t i = 1; i < index.size(); i++) {
+    for (size_t i = 2; i < index.size(); i++) {
         const Json& item = index[i];
-        const std::string attribute = string(item, 2);
-        if (!item.is_array() || item.size() < 5 || !item[0].is_number_integer() ||
-            string(item, 1) != tag.name || item[0].get<long>() < first ||
-            item[0].get<long>() > last ||
+        const std::string attribute = stringAt(texts, numberAt(item, 2));
+        if (numberAt(item, 0) < first || numberAt(item, 0) > last || item.size() != 5 ||
+            stringAt(texts, numberAt(item, 1)) != tag.name ||
             (on != nullptr && !attribute.empty() && attribute != on->name)) {
             continue;
         }
-        for (const Json& feed : item[3]) {
-            const bool known = feed.is_array() && feed.size() == 2 && feed[1].is_number_unsigned();
-            if (known && feed[0].is_string()) {
-                feeds += "- " + feed[0].get<std::string>() + " · " +
-                         string(shared, feed[1].get<size_t>()) + "\n";
+        for (const Json& feed : item[3].is_array() ? item[3] : Json::array()) {
+            const long entry = numberAt(feed, 0);
+            const Json& words = entry >= 0 && static_cast<size_t>(entry) < entries.size()
+                                    ? entries[entry]
+                                    : Json::array();
+            if (!words.is_array() || words.empty() || numberAt(feed, 1) < 0 ||
+                numberAt(feed, 2) < 0 || !words[0].is_number_integer()) {
+                continue;
             }
+            std::vector<int> values;
+            for (size_t w = 1; w < words.size(); w++) {
+                values.push_back(words[w].is_number_integer() ? words[w].get<int>() : 0);
+            }
+            const EntryView view = EntryView::decode(words[0].get<int>(), values);
+            std::string places;
+            for (long w = numberAt(feed, 1); w < numberAt(feed, 1) + numberAt(feed, 2); w++) {
+                const EntryView::Place place = view.place(w);
+                places += (places.empty() ? "" : "; ") + place.where + ": " + place.value;
+            }
+            feeds += "- `" + BlobDecoder::codeText(view.code) + "` " +
+                     (places.empty() ? entrySummary(view) : places) + " · " +
+                     stringAt(texts, numberAt(feed, 3)) + " — in " +
+                     stringAt(texts, numberAt(feed, 4)) + "\n";
         }
-        for (size_t m = 0; m < item[4].size(); m++) {
-            passed += "- " + string(item[4], m) + "\n";
+        for (size_t m = 0; item[4].is_array() && m < item[4].size(); m++) {
+            passed += "- " + stringAt(item[4], m) + "\n";
         }
     }
     if (feeds.empty() && passed.empty()) {
