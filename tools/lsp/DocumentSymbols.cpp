@@ -46,7 +46,9 @@ Json DocumentSymbols::build(const StoreSession& session, const std::string& text
         const ReportedNode& element = report.node(node);
         StartTag tag;
         TagSpan extent;
-        if (node < 0 || !tags.element(element.line, element.name, &tag, &extent)) {
+        // Past the lines libxml2 counts, the line names no tag of the text.
+        if (node < 0 || element.atLeast ||
+            !tags.element(element.line, element.name, &tag, &extent)) {
             return;
         }
         Json symbol = {{"name", name},

@@ -186,11 +186,16 @@ Json HoverIndex::build(const StoreSession& session) {
                             taken + (element.row ? std::max<size_t>(element.numbers, 1) : 0),
                             step.values.size());
                         const long first = entryIndex(entry, view, parameter.parameter, taken);
-                        const long last = entryIndex(entry, view, parameter.parameter, end - 1);
+                        const long last =
+                            end > taken ? entryIndex(entry, view, parameter.parameter, end - 1) : -1;
                         const bool placed = end > taken && first >= 0 && last >= first;
                         const std::string attribute = attributeWritten(
                             element, {step.values.begin() + taken, step.values.begin() + end});
                         taken = end;
+                        // Past the lines libxml2 counts, the line names no tag of the text.
+                        if (element.atLeast) {
+                            continue;
+                        }
                         addFeed(&feeds[{element.line, element.name, attribute}],
                                 {shared,
                                  placed ? first : 0,
@@ -216,17 +221,16 @@ Json HoverIndex::build(const StoreSession& session) {
         index.push_back({line, texts.of(element), texts.of(attribute), list, Json::array()});
     }
     // Elements the reader passed over that feed nothing, in the words of check's findings.
-    const std::vector<Finding> findings = LintRules::run(report);
+    std::map<long, Json> said;  // by line
+    for (const Finding& finding : LintRules::run(report)) {
+        said[finding.at.line].push_back(finding.message);
+    }
     for (const LoadReport::NodeEvent& skip : report.skips) {
         const ReportedNode& node = report.node(skip.node);
-        Json passed = Json::array();
-        for (const Finding& finding : findings) {
-            if (finding.at.line == node.line) {
-                passed.push_back(finding.message);
-            }
-        }
-        if (node.isElement && !passed.empty() && fed.insert({node.line, node.name}).second) {
-            index.push_back({node.line, texts.of(node.name), texts.of(""), Json::array(), passed});
+        const auto passed = said.find(node.line);
+        if (node.isElement && passed != said.end() && fed.insert({node.line, node.name}).second) {
+            index.push_back(
+                {node.line, texts.of(node.name), texts.of(""), Json::array(), passed->second});
         }
     }
     index[0] = std::move(texts.list);
