@@ -1,6 +1,8 @@
 // spatializer-paramtool: shows tuning engineers and integrators what a tuning file turns into
 // before it reaches a device, with the library's own classes doing all the reading, translating
 // and serving.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
@@ -17,6 +19,7 @@
 #include "tools/commands/SimulateCommand.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/load/LibraryLog.h"
+#include "tools/lsp/LspServer.h"
 #include "tools/render/HelpFormatter.h"
 #include "tools/render/ToolOutput.h"
 
@@ -155,6 +158,12 @@ const Command kCommands[] = {
          common(command, o.explain.common);
      },
      [](Options& o) { return ExplainCommand::run(start(o.explain)); }},
+    {"lsp", "serve tuning files to editors: the Language Server Protocol on stdin/stdout",
+     [](CLI::App& command, Options&) {
+         // Editors' clients name the transport; standard input and output is the only one.
+         command.add_flag("--stdio", "talk through standard input and output (the default)");
+     },
+     [](Options&) { return LspServer(STDIN_FILENO, STDOUT_FILENO).run(); }},
 };
 
 // CLI11 takes an unknown first word for a stray argument; name it as the subcommand it was meant

@@ -184,22 +184,33 @@ void CheckCommand::printSummary(Printer& out, const StoreSession& session, bool 
     }
 }
 
+std::unique_ptr<StoreSession> CheckCommand::load(const std::string& path, bool effects,
+                                                 bool verbose, std::vector<Finding>* findings,
+                                                 void (*progress)(size_t, size_t)) {
+    // The loads of undone copies fork from a process that has loaded nothing yet.
+    std::unique_ptr<ChildLoads> loads = effects ? Effects::start() : nullptr;
+    std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, false, loads != nullptr);
+    if (session == nullptr) {
+        return nullptr;
+    }
+    *findings = LintRules::run(session->report());
+    if (loads != nullptr && !session->report().readFailed) {
+        Effects::measure(*session, *loads, verbose, findings, progress);
+    } else {
+        Effects::skip(findings);
+    }
+    return session;
+}
+
 int CheckCommand::run(const Options& options) {
     const std::string& path = options.common.file;
-    // The loads of undone copies fork from a process that has loaded nothing yet.
-    std::unique_ptr<ChildLoads> loads = options.noEffects ? nullptr : Effects::start();
-    std::unique_ptr<StoreSession> session = StoreSession::open(path, {}, false, loads != nullptr);
+    std::vector<Finding> findings;
+    const std::unique_ptr<StoreSession> session =
+        load(path, !options.noEffects, options.common.verbose, &findings, showProgress);
     if (session == nullptr) {
         return kExitError;
     }
     const LoadReport& report = session->report();
-    std::vector<Finding> findings = LintRules::run(report);
-    if (loads != nullptr && !report.readFailed) {
-        Effects::measure(*session, *loads, options.common.verbose, &findings, showProgress);
-    } else {
-        Effects::skip(&findings);
-    }
-    loads.reset();
     const auto listAll = [&](Printer& out) {
         printFindings(out, path, findings, report, true, true);
     };

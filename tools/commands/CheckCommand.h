@@ -3,6 +3,8 @@
 // cannot be read.
 #pragma once
 
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "tools/lint/Finding.h"
@@ -24,6 +26,14 @@ public:
     };
 
     static int run(const Options& options);
+
+    // The file loaded once and its findings, measured when effects (progress is told how many
+    // causes are done, and may be null): what check and the language server both show. Null
+    // after one line on stderr when the file cannot be put where the store looks. A process
+    // loads one file, once.
+    static std::unique_ptr<StoreSession> load(const std::string& path, bool effects, bool verbose,
+                                              std::vector<Finding>* findings,
+                                              void (*progress)(size_t, size_t));
 
     // The findings, each under its cause's place in path with its notes and, when effects, its
     // undo and measured effect; the findings its undo clears are listed when listClears, else

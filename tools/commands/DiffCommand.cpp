@@ -271,6 +271,36 @@ void Differences::print(Printer& out, const std::string& a, const std::string& b
     printStore(out, store);
 }
 
+std::string Differences::headline() const {
+    const auto shown = [](const std::string& side) { return side.empty() ? "(none)" : side; };
+    std::string first;
+    size_t count = store.size();
+    for (const StoreChange& change : store) {
+        first =
+            first.empty() ? change.what + " " + shown(change.b) + " → " + shown(change.a) : first;
+    }
+    for (const Blob& blob : blobs) {
+        for (const Entry& entry : blob.entries) {
+            const std::string entryTitle =
+                blob.title + " " + EntryView::identity(entry.deviceId, entry.code);
+            const Value* value =
+                entry.values && !entry.values->empty() ? &entry.values->front() : nullptr;
+            count += value != nullptr ? entry.values->size() : 1;
+            first = !first.empty()     ? first
+                    : value != nullptr ? entryTitle + " " + value->where + " " + value->newText +
+                                             " → " + value->oldText
+                    : !entry.a ? entryTitle + " removed"
+                    : !entry.b ? entryTitle + " added"
+                               : entryTitle + " changed";
+        }
+        count += blob.entries.empty() ? 1 : 0;
+        first = !first.empty() || !blob.entries.empty()
+                    ? first
+                    : blob.title + (blob.change == "added" ? " removed" : " added");
+    }
+    return count <= 1 ? first : first + " and " + std::to_string(count - 1) + " more";
+}
+
 int DiffCommand::run(const Options& options) {
     std::vector<LoadedFile> files;
     if (ChildLoads::loadApart({options.fileA, options.fileB}, &files) != kExitOk) {

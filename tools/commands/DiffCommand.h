@@ -70,6 +70,10 @@ struct Differences {
     bool empty() const { return blobs.empty() && store.empty(); }
     // The differences, then the store changes, a and b named as given.
     void print(Printer& out, const std::string& a, const std::string& b) const;
+    // The first difference in one line, from b's side to a's ("speaker IEQ preset 0 → 2",
+    // "profile 1 \"movie\" dea band 3 2.0 dB → 4.0 dB"), and how many more there are: what
+    // going back from b to a does, as a quick fix's title says it.
+    std::string headline() const;
 };
 
 class DiffCommand {

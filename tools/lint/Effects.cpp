@@ -14,6 +14,7 @@
 #include "tools/lint/LintRules.h"
 #include "tools/lint/UndoEdit.h"
 #include "tools/load/LoadedFile.h"
+#include "tools/load/TemporaryPaths.h"
 
 namespace korva::tool {
 
@@ -62,9 +63,7 @@ int serve(size_t, int parent) {
     const int quiet = open("/dev/null", O_WRONLY);
     dup2(quiet, STDERR_FILENO);
     close(quiet);
-    const char* folder = getenv("TMPDIR");
-    const std::string name = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") +
-                             "/paramtool-undone.XXXXXX";
+    const std::string name = TemporaryPaths::pattern("paramtool-undone");
     std::string text;
     while (ChildLoads::receive(parent, &text)) {
         std::string path = name;

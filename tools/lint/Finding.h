@@ -48,6 +48,7 @@ struct Finding {
     Severity severity;
     std::string message;
     std::vector<Note> notes;
+    int node = -1;     // the reported node of the cause, -1 when the cause is not one node
     std::string rule;  // the id of the rule that found it (LintRules::kRules)
     std::optional<Undo> undo;
     std::string unmeasured;  // why there is no effect, when there is none

@@ -105,7 +105,9 @@ private:
         return mOut.back();
     }
     Finding& add(int node, std::string message, Severity severity = Severity::kWarning) {
-        return add(at(node), std::move(message), severity);
+        Finding& finding = add(at(node), std::move(message), severity);
+        finding.node = node;
+        return finding;
     }
 
     // A finding undone by renaming to a close name (edit.to) if one was found, else told why not.

@@ -23,12 +23,6 @@ std::string failed(const std::string& what) {
     return what + ": " + strerror(errno);
 }
 
-std::string temporaryName(const char* name) {
-    const char* folder = getenv("TMPDIR");
-    return std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/" + name +
-           ".XXXXXX";
-}
-
 // Where the library can read the file the user named: a regular file where it is; a pipe,
 // "-" (standard input) or a process substitution, which can be read only once, copied first.
 bool readablePath(const std::string& path, TemporaryPaths& made, std::string* readable) {
@@ -46,15 +40,8 @@ bool readablePath(const std::string& path, TemporaryPaths& made, std::string* re
         *readable = source;
         return true;
     }
-    std::string copy = temporaryName("paramtool-input");
-    int fd;
-    {
-        const TemporaryPaths::Hold hold;
-        fd = mkstemp(copy.data());
-        if (fd >= 0) {
-            made.add(copy);
-        }
-    }
+    std::string copy;
+    const int fd = made.makeFile("paramtool-input", &copy);
     if (fd < 0) {
         ToolOutput::error(path, failed("cannot make a temporary copy"));
         return false;
@@ -83,7 +70,7 @@ std::string makeHostRoot(const std::string& file, TemporaryPaths& made, std::str
     if (realpath(file.c_str(), target) == nullptr) {
         return strerror(errno);
     }
-    *root = temporaryName("spatializer-paramtool");
+    *root = TemporaryPaths::pattern("spatializer-paramtool");
     if (mkdtemp(root->data()) == nullptr) {
         return failed("cannot make a temporary folder");
     }

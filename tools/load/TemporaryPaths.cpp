@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 
 namespace korva::tool {
@@ -60,6 +61,22 @@ TemporaryPaths::Hold::Hold() {
 
 TemporaryPaths::Hold::~Hold() {
     sigprocmask(SIG_SETMASK, &mBefore, nullptr);
+}
+
+std::string TemporaryPaths::pattern(const char* name) {
+    const char* folder = getenv("TMPDIR");
+    return std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/" + name +
+           ".XXXXXX";
+}
+
+int TemporaryPaths::makeFile(const char* name, std::string* path) {
+    *path = pattern(name);
+    const Hold hold;
+    const int fd = mkstemp(path->data());
+    if (fd >= 0) {
+        add(*path);
+    }
+    return fd;
 }
 
 void TemporaryPaths::add(const std::string& path) {

@@ -16,6 +16,13 @@ public:
     TemporaryPaths& operator=(const TemporaryPaths&) = delete;
     ~TemporaryPaths();
 
+    // The mkstemp/mkdtemp pattern of a private file or folder called name in $TMPDIR, else /tmp.
+    static std::string pattern(const char* name);
+
+    // A private file called name in $TMPDIR made and listed, its path in path: its open
+    // descriptor, or -1 with errno.
+    int makeFile(const char* name, std::string* path);
+
     // Lists a path just made. Make the path and list it under one Hold, or an interrupt between
     // the two leaves it behind.
     void add(const std::string& path);
