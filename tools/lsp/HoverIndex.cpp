@@ -221,14 +221,15 @@ Json HoverIndex::build(const StoreSession& session) {
         index.push_back({line, texts.of(element), texts.of(attribute), list, Json::array()});
     }
     // Elements the reader passed over that feed nothing, in the words of check's findings.
-    std::map<long, Json> said;  // by line
+    std::map<int, Json> said;  // by the cause's node
     for (const Finding& finding : LintRules::run(report)) {
-        said[finding.at.line].push_back(finding.message);
+        said[finding.node].push_back(finding.message);
     }
     for (const LoadReport::NodeEvent& skip : report.skips) {
         const ReportedNode& node = report.node(skip.node);
-        const auto passed = said.find(node.line);
-        if (node.isElement && passed != said.end() && fed.insert({node.line, node.name}).second) {
+        const auto passed = said.find(skip.node);
+        if (node.isElement && !node.atLeast && passed != said.end() &&
+            fed.insert({node.line, node.name}).second) {
             index.push_back(
                 {node.line, texts.of(node.name), texts.of(""), Json::array(), passed->second});
         }

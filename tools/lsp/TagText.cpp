@@ -17,53 +17,38 @@ bool endsName(char c) {
     return isSpace(c) || c == '/' || c == '>' || c == '<' || c == '=';
 }
 
-// The UTF-16 units a byte of UTF-8 starts: none for a continuation byte, two for a 4-byte lead.
+// The UTF-16 units a byte of UTF-8 starts, as LspText counts them: none for a continuation
+// byte, two for a 4-byte lead.
 int utf16Units(unsigned char byte) {
     return (byte & 0xC0) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
 }
 
 }  // namespace
 
-TagText::TagText(const std::string& text) : mText(text) {
-    mLines.push_back(0);
-    for (size_t i = 0; i < text.size(); i++) {
-        if (text[i] == '\n') {
-            mLines.push_back(i + 1);
-        }
-    }
-}
+TagText::TagText(const std::string& text) : mText(text), mLines(text) {}
 
 bool TagText::offset(int line, int character, size_t* at) const {
-    if (line < 0 || static_cast<size_t>(line) >= mLines.size() || character < 0) {
+    if (line < 0 || static_cast<size_t>(line) >= mLines.lineCount() || character < 0) {
         return false;
     }
-    size_t i = mLines[line];
+    const std::string_view bytes = mLines.line(line);
+    size_t i = 0;
     for (int units = 0; units < character; i++) {
-        if (i >= mText.size() || mText[i] == '\n') {
+        if (i >= bytes.size()) {
             return false;
         }
-        units += utf16Units(mText[i]);
+        units += utf16Units(bytes[i]);
     }
     // A position inside a character's bytes (or a surrogate pair) moves past them.
-    while (i < mText.size() && utf16Units(mText[i]) == 0) {
+    while (i < bytes.size() && utf16Units(bytes[i]) == 0) {
         i++;
     }
-    *at = i;
+    *at = static_cast<size_t>(bytes.data() - mText.data()) + i;
     return true;
 }
 
 long TagText::lineOf(size_t at) const {
-    return std::upper_bound(mLines.begin(), mLines.end(), at) - mLines.begin();
-}
-
-Json TagText::position(size_t at) const {
-    at = std::min(at, mText.size());
-    const long line = lineOf(at) - 1;
-    int character = 0;
-    for (size_t i = mLines[line]; i < at; i++) {
-        character += utf16Units(mText[i]);
-    }
-    return {{"line", line}, {"character", character}};
+    return mLines.position(at)["line"].get<long>() + 1;
 }
 
 bool TagText::parseStartTag(size_t begin, StartTag* tag) const {
@@ -127,12 +112,13 @@ bool TagText::startTagAt(size_t at, StartTag* tag) const {
 }
 
 bool TagText::element(long line, const std::string& name, StartTag* tag, TagSpan* extent) const {
-    if (line < 1 || static_cast<size_t>(line) > mLines.size()) {
+    if (line < 1 || static_cast<size_t>(line) > mLines.lineCount()) {
         return false;
     }
     *tag = StartTag();
     const std::string open = "<" + name;
-    const size_t lineEnd = static_cast<size_t>(line) < mLines.size() ? mLines[line] : mText.size();
+    const std::string_view bytes = mLines.line(line - 1);
+    const size_t lineEnd = static_cast<size_t>(bytes.data() - mText.data()) + bytes.size();
     for (size_t from = lineEnd; from > 0;) {
         const size_t begin = mText.rfind(open, from - 1);
         if (begin == std::string::npos) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/lsp/LspText.h"
 #include "tools/render/ToolOutput.h"
 
 namespace korva::tool {
@@ -34,11 +35,8 @@ public:
 
     // The byte offset of a 0-based line and UTF-16 character; false past the line or the text.
     bool offset(int line, int character, size_t* at) const;
-    // An LSP Position and Range of byte offsets.
-    Json position(size_t at) const;
-    Json range(TagSpan span) const {
-        return {{"start", position(span.begin)}, {"end", position(span.end)}};
-    }
+    // The LSP Range of a span.
+    Json range(TagSpan span) const { return mLines.range(span.begin, span.end); }
     // The 1-based line of a byte offset, as the library numbers lines.
     long lineOf(size_t at) const;
 
@@ -52,7 +50,7 @@ private:
     bool parseStartTag(size_t begin, StartTag* tag) const;
 
     const std::string& mText;
-    std::vector<size_t> mLines;  // the offset each line starts at
+    const LspText mLines;
 };
 
 }  // namespace korva::tool
