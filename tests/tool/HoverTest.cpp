@@ -74,8 +74,8 @@ struct HoverCase {
     int line;  // 1-based, as the library and a reader of the file count
     const char* needle;
     int offset;
-    std::vector<const char*> says;  // empty: no hover
-    std::vector<const char*> notSays;
+    std::vector<std::string> says;  // empty: no hover
+    std::vector<std::string> notSays;
 };
 
 void checkHovers(const std::string& text, const Json& index, const std::vector<HoverCase>& cases) {
@@ -90,10 +90,10 @@ void checkHovers(const std::string& text, const Json& index, const std::vector<H
         ASSERT_TRUE(hover.is_object());
         const std::string value = hover["contents"]["value"].get<std::string>();
         EXPECT_EQ(hover["contents"]["kind"], "markdown");
-        for (const char* word : c.says) {
+        for (const std::string& word : c.says) {
             EXPECT_NE(value.find(word), std::string::npos) << word << " in\n" << value;
         }
-        for (const char* word : c.notSays) {
+        for (const std::string& word : c.notSays) {
             EXPECT_EQ(value.find(word), std::string::npos) << word << " in\n" << value;
         }
         // The range covers the cursor.
@@ -153,8 +153,12 @@ TEST(HoverTest, ExampleElementsSayWhatTheyFeed) {
              {line, character + 1}, {line, 1000}, {-1, 0}, {100000, 0}, {line, -1}}) {
         EXPECT_TRUE(HoverIndex::at(made["index"], text, l, c).is_null()) << l << ":" << c;
     }
-    // An index that is not one answers nothing rather than failing.
-    for (const Json& odd : {Json(), Json::array(), Json::array({1, {2, "x"}}), Json("text")}) {
+    // An index that is not one answers nothing rather than failing, whatever it refers to.
+    const Json texts = {"dialog-enhancer-amount", ""};
+    const Json item = {387, 0, 1, {{1, 0, 1, 0, 1}, {0, 5, 2, 9, -1}}, {1, 2}};
+    for (const Json& odd :
+         {Json(), Json::array(), Json::array({1, {2, "x"}}), Json("text"),
+          Json::array({texts, {{"x", 1}}, item}), Json::array({texts, Json::array(), item})}) {
         EXPECT_TRUE(HoverIndex::at(odd, text, line, 20).is_null()) << odd.dump();
     }
 }
@@ -171,6 +175,8 @@ TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
     replace("<dialog-enhancer-ducking value=\"2\"/>", "<dialog-enhancer-duckin value=\"2\"/>");
     replace("<band_ieq frequency=\"47\" target=\"80\"/>",
             "<band_ieq frequency=\"47\"\n                          target=\"80\"/>");
+    replace("<dialog-enhancer-amount value=\"8\"/>",
+            "<dialog-enhancer-amount value=\"8\"/><dialog-enhancer-amount value=\"9\"/>");
     replace("<volmax-boost value=\"144\"/>",
             "<!-- \xF0\x9D\x84\x9E --><volmax-boost value=\"144\"/>");
     const Json made = analyse(text);
@@ -191,6 +197,12 @@ TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
              {"target: 5 dB (80)"},
              {"ieq_frequency"}},
             {"its frequency on the first", 55, "frequency", 1, {"frequency: 47"}, {"ieq_target"}},
+            {"a value written again",
+             lineOf(text, "value=\"9\""),
+             "value=\"8\"",
+             1,
+             {"`dea` 9", "written again from line " + std::to_string(lineOf(text, "value=\"9\""))},
+             {}},
         });
     const auto [line, bytes] = cursor(text, lineOf(text, "\xF0"), "volmax-boost", 0);
     const int character = bytes - 2;  // the four bytes of U+1D11E are two UTF-16 units

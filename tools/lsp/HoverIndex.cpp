@@ -255,7 +255,8 @@ Json HoverIndex::at(const Json& index, const std::string& text, int line, int ch
     const long first = tags.lineOf(tag.tag.begin);
     const long last = tags.lineOf(tag.tag.end - 1);
     const Json& texts = index[0];
-    const Json& entries = index[1];
+    static const Json kNone = Json::array();
+    const Json& entries = index[1].is_array() ? index[1] : kNone;
     std::string feeds, passed;
     for (size_t i = 2; i < index.size(); i++) {
         const Json& item = index[i];
@@ -265,11 +266,10 @@ Json HoverIndex::at(const Json& index, const std::string& text, int line, int ch
             (on != nullptr && !attribute.empty() && attribute != on->name)) {
             continue;
         }
-        for (const Json& feed : item[3].is_array() ? item[3] : Json::array()) {
+        for (const Json& feed : item[3].is_array() ? item[3] : kNone) {
             const long entry = numberAt(feed, 0);
-            const Json& words = entry >= 0 && static_cast<size_t>(entry) < entries.size()
-                                    ? entries[entry]
-                                    : Json::array();
+            const Json& words =
+                entry >= 0 && static_cast<size_t>(entry) < entries.size() ? entries[entry] : kNone;
             if (!words.is_array() || words.empty() || numberAt(feed, 1) < 0 ||
                 numberAt(feed, 2) < 0 || !words[0].is_number_integer()) {
                 continue;
@@ -280,7 +280,8 @@ Json HoverIndex::at(const Json& index, const std::string& text, int line, int ch
             }
             const EntryView view = EntryView::decode(words[0].get<int>(), values);
             std::string places;
-            for (long w = numberAt(feed, 1); w < numberAt(feed, 1) + numberAt(feed, 2); w++) {
+            const long end = std::min<long>(numberAt(feed, 1) + numberAt(feed, 2), values.size());
+            for (long w = numberAt(feed, 1); w < end; w++) {
                 const EntryView::Place place = view.place(w);
                 places += (places.empty() ? "" : "; ") + place.where + ": " + place.value;
             }
@@ -290,7 +291,8 @@ Json HoverIndex::at(const Json& index, const std::string& text, int line, int ch
                      stringAt(texts, numberAt(feed, 4)) + "\n";
         }
         for (size_t m = 0; item[4].is_array() && m < item[4].size(); m++) {
-            passed += "- " + stringAt(item[4], m) + "\n";
+            const std::string said = stringAt(item[4], m);
+            passed += said.empty() ? "" : "- " + said + "\n";
         }
     }
     if (feeds.empty() && passed.empty()) {
