@@ -4,6 +4,7 @@
 
 #include "observer/LoadObserver.h"
 #include "reader/NodeParseUtils.h"
+#include "reader/TuningFileLayout.h"
 
 namespace korva {
 
@@ -15,7 +16,8 @@ IeqValueSetter::IeqValueSetter(std::string nodeName, std::vector<Parameter> para
 void IeqValueSetter::set(ParameterValues& values, TagIterator& iterator) {
     std::vector<const xmlNode*> bands;
     std::vector<const xmlNode*>* report = LoadObserver::current() != nullptr ? &bands : nullptr;
-    const auto rows = NodeParseUtils::parseChildRows(iterator, 3, kAttrNames, "band_ieq", report);
+    const auto rows =
+        NodeParseUtils::parseChildRows(iterator, 3, kAttrNames, TuningFileLayout::kIeqBand, report);
     setColumns(values, iterator, joinedColumns(rows, kAttrNames, report));
 }
 

@@ -13,6 +13,10 @@
 namespace korva {
 
 class MultiParameterSetter : public ValueSetter {
+public:
+    // The parameters filled, in the order of the subclass's kAttrNames.
+    const std::vector<Parameter>& getParameters() const { return mParameters; }
+
 protected:
     MultiParameterSetter(std::string nodeName, std::vector<Parameter> parameters);
 

@@ -7,25 +7,26 @@
 #include "observer/LoadObserver.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
+#include "reader/TuningFileLayout.h"
 
 namespace korva {
 namespace NodeParseUtils {
 
 int parseValue(TagIterator& iterator) {
     std::string scratch;
-    const char* text = iterator.attributeText("value", scratch);
+    const char* text = iterator.attributeText(TuningFileLayout::kValueAttribute, scratch);
     if (text == nullptr) {
         return 0;
     }
-    if (strcmp(text, "true") == 0) {
-        ReadTrace::word(iterator.currentNode(), "value", text, 1);
+    if (strcmp(text, TuningFileLayout::kTrue) == 0) {
+        ReadTrace::word(iterator.currentNode(), TuningFileLayout::kValueAttribute, text, 1);
         return 1;
     }
-    if (strcmp(text, "false") == 0) {
-        ReadTrace::word(iterator.currentNode(), "value", text, 0);
+    if (strcmp(text, TuningFileLayout::kFalse) == 0) {
+        ReadTrace::word(iterator.currentNode(), TuningFileLayout::kValueAttribute, text, 0);
         return 0;
     }
-    return ReadTrace::readInt(iterator.currentNode(), "value", text);
+    return ReadTrace::readInt(iterator.currentNode(), TuningFileLayout::kValueAttribute, text);
 }
 
 namespace {

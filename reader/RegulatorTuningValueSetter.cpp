@@ -4,6 +4,7 @@
 
 #include "reader/NodeParseUtils.h"
 #include "reader/ReadTrace.h"
+#include "reader/TuningFileLayout.h"
 
 namespace korva {
 
@@ -30,8 +31,9 @@ void RegulatorTuningValueSetter::set(ParameterValues& values, TagIterator& itera
         for (size_t i = 0; i < band.size(); i++) {
             const char* name = kAttrNames[i].c_str();
             if (i == kIsolatedBand) {
-                const int flag = band[i] == "true" ? 1 : 0;
-                ReadTrace::keyword(element, name, band[i], flag, flag == 1 || band[i] == "false");
+                const int flag = band[i] == TuningFileLayout::kTrue ? 1 : 0;
+                ReadTrace::keyword(element, name, band[i], flag,
+                                   flag == 1 || band[i] == TuningFileLayout::kFalse);
                 columns[i].push_back(flag);
             } else {
                 columns[i].push_back(ReadTrace::readInt(element, name, band[i]));

@@ -9,6 +9,9 @@
 namespace korva {
 
 class SingleParameterSetter : public ValueSetter {
+public:
+    Parameter getParameter() const { return mParameter; }
+
 protected:
     SingleParameterSetter(std::string nodeName, Parameter parameter);
 

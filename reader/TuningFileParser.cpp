@@ -11,8 +11,11 @@
 #include "reader/NodeParseUtils.h"
 #include "reader/ReadTrace.h"
 #include "reader/String2Int.h"
+#include "reader/TuningFileLayout.h"
 
 namespace korva {
+
+namespace Layout = TuningFileLayout;
 
 namespace {
 
@@ -63,6 +66,11 @@ std::vector<std::string> readAttributes(TagIterator& iterator,
     return values;
 }
 
+template <size_t N>
+std::vector<std::string> readAttributes(TagIterator& iterator, const char* const (&names)[N]) {
+    return readAttributes(iterator, std::vector<std::string>(names, names + N));
+}
+
 }  // namespace
 
 TuningFileParser::TuningFileParser() = default;
@@ -106,15 +114,15 @@ void TuningFileParser::parseTuningFile() {
             continue;
         }
         const std::string name = mIterator.getNodeName();
-        if (name == "tool_version") {
+        if (name == Layout::kToolVersion) {
             ReadTrace::structure(mIterator.currentNode(), Structure::kToolVersion);
             mToolVersion = parseVersion();
-        } else if (name == "format_version") {
+        } else if (name == Layout::kFormatVersion) {
             ReadTrace::structure(mIterator.currentNode(), Structure::kFormatVersion);
             mFormatVersion = parseVersion();
             __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "xml version: %s",
                                 mFormatVersion.c_str());
-        } else if (name == "authorized_technologies") {
+        } else if (name == Layout::kAuthorizedTechnologies) {
             ReadTrace::structure(mIterator.currentNode(), Structure::kAuthorizedTechnologies);
             parseAuthorizedTechnologies();
         }
@@ -127,18 +135,18 @@ void TuningFileParser::parseTuningFile() {
             continue;
         }
         const std::string name = mIterator.getNodeName();
-        if (name == "profile") {
+        if (name == Layout::kProfile) {
             parseProfile();
-        } else if (name == "preset") {
+        } else if (name == Layout::kPreset) {
             parsePreset();
-        } else if (name == "tuning") {
+        } else if (name == Layout::kTuning) {
             const xmlNode* tuning = mIterator.currentNode();
             if (!parseTuning()) {
                 cutAt = tuning;
                 break;
             }
-        } else if (name != "tool_version" && name != "format_version" &&
-                   name != "authorized_technologies") {
+        } else if (name != Layout::kToolVersion && name != Layout::kFormatVersion &&
+                   name != Layout::kAuthorizedTechnologies) {
             ReadTrace::skipped(mIterator.currentNode(), Skip::kUnknown);
         }
     }
@@ -187,7 +195,7 @@ int TuningFileParser::readIeqPresetName(const xmlNode* element, const char* attr
 }
 
 std::string TuningFileParser::parseVersion() {
-    std::vector<std::string> parts = readAttributes(mIterator, {"major", "minor", "maintenance"});
+    std::vector<std::string> parts = readAttributes(mIterator, Layout::kVersionAttributes);
     return parts[0] + "." + parts[1] + "." + parts[2];
 }
 
@@ -204,7 +212,7 @@ void TuningFileParser::parseAuthorizedTechnologies() {
             continue;
         }
         const xmlNode* element = mIterator.currentNode();
-        if (mIterator.getNodeName() != "global_setting") {
+        if (mIterator.getNodeName() != Layout::kGlobalSetting) {
             ReadTrace::skipped(element, Skip::kUnknown);
             continue;
         }
@@ -214,15 +222,15 @@ void TuningFileParser::parseAuthorizedTechnologies() {
         mIterator.parseNodeAll(values);
         for (size_t i = 0; i < names.size() && i < values.size(); i++) {
             const char* name = names[i].c_str();
-            if (names[i] == "dynamic_speaker_optimization_enable") {
-                mDsoEnable = values[i] == "true";
+            if (names[i] == Layout::kGlobalSettingAttributes[0]) {
+                mDsoEnable = values[i] == Layout::kTrue;
                 ReadTrace::keyword(element, name, values[i], mDsoEnable,
-                                   mDsoEnable || values[i] == "false");
+                                   mDsoEnable || values[i] == Layout::kFalse);
                 __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "%s(): mDsoEnable = %d",
                                     "parseAuthorizedTechnologies", mDsoEnable);
-            } else if (names[i] == "orbex_game_system_gain") {
+            } else if (names[i] == Layout::kGlobalSettingAttributes[1]) {
                 mGameSystemGain = ReadTrace::readInt(element, name, values[i]);
-            } else if (names[i] == "virtual_bass_process") {
+            } else if (names[i] == Layout::kGlobalSettingAttributes[2]) {
                 mVirtualBassProcessMode = ReadTrace::readInt(element, name, values[i]);
             } else if (LoadObserver* observer = LoadObserver::current()) {
                 observer->onAttribute(element, name, values[i], AttributeRead::kIgnored);
@@ -235,30 +243,31 @@ void TuningFileParser::parseAuthorizedTechnologies() {
 void TuningFileParser::parsePreset() {
     const xmlNode* element = mIterator.currentNode();
     ReadTrace::structure(element, Structure::kPreset);
-    const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "name", "type"});
+    const std::vector<std::string> attributes = readAttributes(mIterator, Layout::kPresetAttributes);
     const std::string& idText = attributes[0];
     const std::string& type = attributes[2];
-    ReadTrace::keyword(element, "type", type, type == "ieq" ? 0 : 1, type == "ieq" || type == "geq");
-    if (type == "ieq") {
+    ReadTrace::keyword(element, Layout::kPresetAttributes[2], type, type == Layout::kIeqType ? 0 : 1,
+                       type == Layout::kIeqType || type == Layout::kGeqType);
+    if (type == Layout::kIeqType) {
         int presetId;
         std::string name;
         if (isVersion32() || isVersion330()) {
-            presetId = readIeqPresetName(element, "id", idText);
+            presetId = readIeqPresetName(element, Layout::kPresetAttributes[0], idText);
             name = kIeqPresetNames[presetId];
         } else {
             presetId = std::atoi(idText.c_str());
-            ReadTrace::number(element, "id", idText, presetId);
+            ReadTrace::number(element, Layout::kPresetAttributes[0], idText, presetId);
             name = attributes[1];
         }
         IeqPreset* preset = new IeqPreset(presetId, name);
         ReadTrace::record(element, *preset, RecordKind::kIeqPreset);
-        applySetter("ieq", *preset);
+        applySetter(Layout::kIeqList, *preset);
         mIeqPresets.insert(preset);
-    } else if (type == "geq") {
+    } else if (type == Layout::kGeqType) {
         GeqPreset* preset = new GeqPreset(std::atoi(idText.c_str()));
-        ReadTrace::number(element, "id", idText, preset->getProfileId());
+        ReadTrace::number(element, Layout::kPresetAttributes[0], idText, preset->getProfileId());
         ReadTrace::record(element, *preset, RecordKind::kGeqPreset);
-        applySetter("geq", *preset);
+        applySetter(Layout::kGeqList, *preset);
         mGeqPresets.insert(preset);
     }
 }
@@ -278,21 +287,23 @@ void TuningFileParser::parseProfile() {
         mIterator.childrenNext();
         mIterator.next();
         mIterator.next();
-        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == kIncludeElement;
+        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == Layout::kInclude;
         const xmlNode* include = mIterator.currentNode();
         ReadTrace::lookup(include, Structure::kInclude, found);
         if (found) {
             ReadTrace::structure(include, Structure::kInclude);
-            presetName = readAttributes(mIterator, {"preset"})[0];
+            presetName = readAttributes(mIterator, {Layout::kIncludePresetName})[0];
         }
-        presetId = readIeqPresetName(found ? include : element, "preset", presetName);
+        presetId =
+            readIeqPresetName(found ? include : element, Layout::kIncludePresetName, presetName);
         mIterator.popNode();
     }
 
     mIterator.pushNode();
-    const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "name", "group"});
-    const int id = ReadTrace::readInt(element, "id", attributes[0]);
-    const bool mobility = !isVersion32() && attributes[2] == "mobility";
+    const std::vector<std::string> attributes =
+        readAttributes(mIterator, Layout::kProfileAttributes);
+    const int id = ReadTrace::readInt(element, Layout::kProfileAttributes[0], attributes[0]);
+    const bool mobility = !isVersion32() && attributes[2] == Layout::kMobilityGroup;
     mProfileNames[id] = attributes[1];
     Profile* profile = new Profile(id, attributes[1], mobility);
     ReadTrace::record(element, *profile, RecordKind::kProfile);
@@ -324,10 +335,10 @@ void TuningFileParser::parseProfile() {
                 ReadTrace::setter(mIterator.currentNode(), *setter, *profile);
                 setter->set(*profile, mIterator);
             }
-        } else if (name != "endpoint_type" && mIterator.isElementNode()) {
+        } else if (name != Layout::kEndpoint && mIterator.isElementNode()) {
             ReadTrace::skipped(mIterator.currentNode(), Skip::kNoSetter);
         }
-        if (name == "endpoint_type") {
+        if (name == Layout::kEndpoint) {
             parseProfileEndpoint(id, ieqEnable, ieqAmount, presetId);
         }
     }
@@ -349,16 +360,16 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
     const xmlNode* element = mIterator.currentNode();
     ReadTrace::structure(element, Structure::kEndpoint);
     mIterator.pushNode();
-    const std::string idText = readAttributes(mIterator, {"id"})[0];
+    const std::string idText = readAttributes(mIterator, Layout::kEndpointAttributes)[0];
     // Unlike a tuning's endpoint_type, an unknown name here means "other".
     Endpoint endpoint = ENDPOINT_OTHER;
-    if (idText == "speaker") {
+    if (idText == kEndpointNames[ENDPOINT_SPEAKER]) {
         endpoint = ENDPOINT_SPEAKER;
-    } else if (idText == "headphone") {
+    } else if (idText == kEndpointNames[ENDPOINT_HEADPHONE]) {
         endpoint = ENDPOINT_HEADPHONE;
     }
-    ReadTrace::keyword(element, "id", idText, endpoint,
-                       endpoint != ENDPOINT_OTHER || idText == "other");
+    ReadTrace::keyword(element, Layout::kEndpointAttributes[0], idText, endpoint,
+                       endpoint != ENDPOINT_OTHER || idText == kEndpointNames[ENDPOINT_OTHER]);
 
     int presetId = ieqPresetId;
     if (!isVersion32()) {
@@ -366,18 +377,20 @@ void TuningFileParser::parseProfileEndpoint(int profileId, int ieqEnable, int ie
                             "parseProfileEndpoint", idText.c_str());
         mIterator.pushNode();
         mIterator.childrenNext();
-        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == kIncludeElement;
+        const bool found = mIterator.isElementNode() && mIterator.getNodeName() == Layout::kInclude;
         ReadTrace::lookup(mIterator.currentNode(), Structure::kInclude, found);
         if (found) {
             const xmlNode* include = mIterator.currentNode();
             ReadTrace::structure(include, Structure::kInclude);
             if (isVersion330()) {
                 presetId =
-                    readIeqPresetName(include, "preset", readAttributes(mIterator, {"preset"})[0]);
+                    readIeqPresetName(include, Layout::kIncludePresetName,
+                                      readAttributes(mIterator, {Layout::kIncludePresetName})[0]);
             } else {
-                const std::string text = readAttributes(mIterator, {"ieq_preset"})[0];
+                const std::string text =
+                    readAttributes(mIterator, {Layout::kIncludePresetNumber})[0];
                 presetId = std::atoi(text.c_str());
-                ReadTrace::number(include, "ieq_preset", text, presetId);
+                ReadTrace::number(include, Layout::kIncludePresetNumber, text, presetId);
             }
         }
         mIterator.popNode();
@@ -423,29 +436,29 @@ bool TuningFileParser::parseTuning() {
     const xmlNode* element = mIterator.currentNode();
     ReadTrace::structure(element, Structure::kTuning);
     mIterator.pushNode();
-    std::vector<std::string> attributes = readAttributes(
-        mIterator, {"name", "endpoint_type", "mono_device", "orientation", "output_channels"});
+    std::vector<std::string> attributes = readAttributes(mIterator, Layout::kTuningAttributes);
     std::string& name = attributes[0];
     const std::string& endpointText = attributes[1];
     // Unlike a profile's endpoint_type, an unknown name here means the speaker.
     Endpoint endpoint = ENDPOINT_SPEAKER;
-    if (endpointText == "other") {
+    if (endpointText == kEndpointNames[ENDPOINT_OTHER]) {
         endpoint = ENDPOINT_OTHER;
-    } else if (endpointText == "headphone") {
+    } else if (endpointText == kEndpointNames[ENDPOINT_HEADPHONE]) {
         endpoint = ENDPOINT_HEADPHONE;
     }
-    ReadTrace::keyword(element, "endpoint_type", endpointText, endpoint,
-                       endpoint != ENDPOINT_SPEAKER || endpointText == "speaker");
-    const bool mono = attributes[2] == "true";
-    ReadTrace::keyword(element, "mono_device", attributes[2], mono,
-                       mono || attributes[2] == "false");
+    ReadTrace::keyword(
+        element, Layout::kTuningAttributes[1], endpointText, endpoint,
+        endpoint != ENDPOINT_SPEAKER || endpointText == kEndpointNames[ENDPOINT_SPEAKER]);
+    const bool mono = attributes[2] == Layout::kTrue;
+    ReadTrace::keyword(element, Layout::kTuningAttributes[2], attributes[2], mono,
+                       mono || attributes[2] == Layout::kFalse);
     Tuning* tuning = new Tuning(name, endpoint, mono);
     ReadTrace::record(element, *tuning, RecordKind::kTuning);
     writeByRule(element, *tuning, ORIENTATION,
-                {ReadTrace::readInt(element, "orientation", attributes[3])},
+                {ReadTrace::readInt(element, Layout::kTuningAttributes[3], attributes[3])},
                 ValueSource::kRecordAttribute);
     writeByRule(element, *tuning, OUTPUT_CHANNELS,
-                {ReadTrace::readInt(element, "output_channels", attributes[4])},
+                {ReadTrace::readInt(element, Layout::kTuningAttributes[4], attributes[4])},
                 ValueSource::kRecordAttribute);
 
     const bool hasData =
@@ -481,7 +494,8 @@ bool TuningFileParser::parseTuning() {
 void TuningFileParser::parseDeviceTuning(std::string& tuningName) {
     const xmlNode* element = mIterator.currentNode();
     ReadTrace::structure(element, Structure::kDeviceBinding);
-    const std::vector<std::string> attributes = readAttributes(mIterator, {"id", "endpoint_port"});
+    const std::vector<std::string> attributes =
+        readAttributes(mIterator, Layout::kDeviceBindingAttributes);
     DeviceTuning* binding = new DeviceTuning(attributes[0], attributes[1], tuningName);
     if (LoadObserver* observer = LoadObserver::current()) {
         observer->onDeviceTuning(element, *binding);

@@ -22,10 +22,6 @@ namespace korva {
 
 class TuningFileParser {
 public:
-    // The element that selects an endpoint's (or a 3.2 profile's) IEQ preset, where the reader
-    // looks for it.
-    static constexpr char kIncludeElement[] = "include";
-
     TuningFileParser();
     // Deletes every record read and the DeviceData that refers to them.
     virtual ~TuningFileParser();

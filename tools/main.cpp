@@ -22,6 +22,7 @@
 #include "tools/lsp/LspServer.h"
 #include "tools/render/HelpFormatter.h"
 #include "tools/render/ToolOutput.h"
+#include "tools/schema/SchemaCommand.h"
 
 using namespace korva::tool;
 
@@ -169,6 +170,8 @@ const Command kCommands[] = {
          LibraryLog::install(o.lsp.verbose);
          return LspServer(STDIN_FILENO, STDOUT_FILENO).run();
      }},
+    {"schema", "print an XML Schema of the tuning files a tuning tool writes, for editors",
+     [](CLI::App&, Options&) {}, [](Options&) { return SchemaCommand::run(); }},
 };
 
 // CLI11 takes an unknown first word for a stray argument; name it as the subcommand it was meant

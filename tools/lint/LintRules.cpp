@@ -8,7 +8,7 @@
 #include <tuple>
 
 #include "reader/SetterCollection.h"
-#include "reader/TuningFileParser.h"
+#include "reader/TuningFileLayout.h"
 #include "reader/ValueSetter.h"
 #include "tools/render/BlobDecoder.h"
 #include "tools/render/NumberText.h"
@@ -247,7 +247,7 @@ void Linter::passedOver() {
             add(skip.node, stepped).unmeasured =
                 "no rule undoes an element that the reader steps over";
         } else if ((why == Skip::kNoSetter || why == Skip::kUnknown) &&
-                   node.name == TuningFileParser::kIncludeElement && lookedAt != missedIn.end()) {
+                   node.name == TuningFileLayout::kInclude && lookedAt != missedIn.end()) {
             add(skip.node, in + ": the reader looks for it at " + describe(lookedAt->second)).undo =
                 Undo{Action::kMoveBefore, skip.node, "", "", lookedAt->second};
         } else if (why == Skip::kNoSetter || why == Skip::kUnknown) {
@@ -469,7 +469,7 @@ void Linter::loaded() {
             for (const Report::AttributeEvent& a : mReport.attributes) {
                 const ReportedNode& include = mReport.node(a.node);
                 if (a.how == AttributeRead::kRead && include.parent == node &&
-                    include.name == TuningFileParser::kIncludeElement) {
+                    include.name == TuningFileLayout::kInclude) {
                     f.undo = Undo{Action::kRemoveAttribute, a.node, a.name};
                     f.at = at(a.node);
                 }
