@@ -223,7 +223,11 @@ async function main() {
         }), 'completion');
         await published;
         const labels = (Array.isArray(items) ? items : items.items).map((i) => i.label);
-        for (const name of ['dialog-enhancer-amount', 'volume-modeler-enable']) {
+        // What the example has in that data element, up to its first endpoint.
+        const endpoint = lines.findIndex((l, i) => i > data && l.includes('<endpoint_type'));
+        const names = lines.slice(data + 1, endpoint).map((l) => l.trim().match(/^<([\w-]+)/)[1]);
+        assert.ok(names.length > 5, names.join(' '));
+        for (const name of [...names, 'endpoint_type']) {
             assert.ok(labels.includes(name), `${name} in ${labels.join(' ')}`);
         }
         assert.ok(!labels.includes('band_ieq'), 'no IEQ band in a profile\'s data');
