@@ -37,7 +37,6 @@ struct Options {
     DiffCommand::Options diff;
     ReportCommand::Options report;
     ExplainCommand::Options explain;
-    CommonOptions lsp;
 };
 
 // A subcommand: its name and help, the options it adds, and what runs it.
@@ -160,16 +159,12 @@ const Command kCommands[] = {
          common(command, o.explain.common);
      },
      [](Options& o) { return ExplainCommand::run(start(o.explain)); }},
-    {"lsp", "serve tuning files to an editor: the Language Server Protocol on stdin and stdout",
-     [](CLI::App& command, Options& o) {
+    {"lsp", "serve tuning files to editors: the Language Server Protocol on stdin/stdout",
+     [](CLI::App& command, Options&) {
          // Editors' clients name the transport; standard input and output is the only one.
          command.add_flag("--stdio", "talk through standard input and output (the default)");
-         common(command, o.lsp, false);
      },
-     [](Options& o) {
-         LibraryLog::install(o.lsp.verbose);
-         return LspServer(STDIN_FILENO, STDOUT_FILENO).run();
-     }},
+     [](Options&) { return LspServer(STDIN_FILENO, STDOUT_FILENO).run(); }},
     {"schema", "print an XML Schema of the tuning files a tuning tool writes, for editors",
      [](CLI::App&, Options&) {}, [](Options&) { return SchemaCommand::run(); }},
 };

@@ -41,9 +41,15 @@ Json capabilities() {
             {"serverInfo", {{"name", "spatializer-paramtool"}, {"version", VersionInfo::tool()}}}};
 }
 
+// A position's member; -1, which is outside every text, when it is no integer.
+long coordinate(const Json& position, const char* key) {
+    const Json& value = position.at(key);
+    return value.is_number_integer() ? value.get<long>() : -1;
+}
+
 bool before(const Json& a, const Json& b) {
     const auto at = [](const Json& p) {
-        return std::make_pair(p.at("line").get<long>(), p.at("character").get<long>());
+        return std::make_pair(coordinate(p, "line"), coordinate(p, "character"));
     };
     return at(a) <= at(b);
 }
@@ -61,6 +67,28 @@ void writeAll(int fd, const std::string& text) {
         }
         done += static_cast<size_t>(std::max<ssize_t>(n, 0));
     }
+}
+
+// Whether a JSON text nests arrays and objects deeper than an LSP message ever does. Too deep a
+// value would take the stack: the JSON library copies and frees it recursively.
+bool nestsTooDeep(const std::string& body) {
+    constexpr int kMaxDepth = 256;
+    int depth = 0;
+    bool quoted = false;
+    for (size_t i = 0; i < body.size(); i++) {
+        const char c = body[i];
+        if (quoted) {
+            i += c == '\\' ? 1 : 0;
+            quoted = c != '"';
+        } else if (c == '"') {
+            quoted = true;
+        } else if ((c == '[' || c == '{') && ++depth > kMaxDepth) {
+            return true;
+        } else if (c == ']' || c == '}') {
+            depth--;
+        }
+    }
+    return false;
 }
 
 }  // namespace
@@ -126,15 +154,19 @@ void LspServer::fail(const Json& id, int code, const std::string& message) {
 }
 
 bool LspServer::handle(const std::string& body) {
-    Json message = Json::parse(body, nullptr, false);
+    Json message =
+        nestsTooDeep(body) ? Json(Json::value_t::discarded) : Json::parse(body, nullptr, false);
     if (message.is_discarded()) {
-        fail(nullptr, kParseError, "the message is not JSON");
+        fail(nullptr, kParseError, "the message is not JSON, or nests deeper than JSON-RPC does");
         return true;
     }
     const bool hasId = message.is_object() && message.contains("id");
-    const Json id = hasId ? message["id"] : Json();
-    const bool validId = id.is_number_integer() || id.is_string();
-    const Json method = message.is_object() ? message.value("method", Json()) : Json();
+    const bool validId = hasId && (message["id"].is_number_integer() || message["id"].is_string());
+    // Copied only once it is known to be small: a deeply nested value would take the stack.
+    const Json id = validId ? message["id"] : Json();
+    static const Json kNone;
+    const Json& method =
+        message.is_object() && message.contains("method") ? message["method"] : kNone;
     if ((hasId && !validId) || (!method.is_string() && !hasId)) {
         fail(nullptr, kInvalidRequest, "a message needs a method or an id");
         return true;
@@ -147,7 +179,8 @@ bool LspServer::handle(const std::string& body) {
         return true;
     }
     const std::string name = method.get<std::string>();
-    const Json params = message.value("params", Json::object());
+    static const Json kNoParams = Json::object();
+    const Json& params = message.contains("params") ? message["params"] : kNoParams;
     try {
         if (!hasId) {
             notification(name, params);
@@ -196,8 +229,8 @@ Json LspServer::request(const std::string& method, const Json& params) {
     const Json analysis =
         document->analysis.is_null() ? DocumentAnalysis::empty() : document->analysis;
     if (positioned) {
-        const long line = params.at("position").at("line").get<long>();
-        const long character = params.at("position").at("character").get<long>();
+        const long line = coordinate(params.at("position"), "line");
+        const long character = coordinate(params.at("position"), "character");
         if (!LspText(document->text).contains(line, character)) {
             return empty;
         }
@@ -254,15 +287,24 @@ void LspServer::notification(const std::string& method, const Json& params) {
         if (!changes.empty()) {
             document.text = changes.back().at("text").get<std::string>();
         }
-    } else if (method == "textDocument/didSave" && params.contains("text")) {
-        document.text = params["text"].get<std::string>();
+    } else if (method == "textDocument/didSave") {
+        const std::string saved =
+            params.contains("text") ? params["text"].get<std::string>() : document.text;
+        // The saved text's analysis is published or under way.
+        if (saved == document.text && (document.child > 0 || document.analysedText == saved)) {
+            return;
+        }
+        document.text = saved;
     } else if (method == "textDocument/didClose") {
         stopAnalysis(document);
         publish(uri, Json(), Json::array());
         mDocuments.erase(uri);
         return;
     }
-    document.version = textDocument.value("version", Json());
+    // A save names no version; the text saved is the last one changed.
+    if (textDocument.contains("version") && textDocument["version"].is_number_integer()) {
+        document.version = textDocument["version"];
+    }
     analyse(uri, document);
 }
 
@@ -308,9 +350,11 @@ void LspServer::analyse(const std::string& uri, Document& document) {
         if (getppid() != server) {
             _exit(1);
         }
+        // The answer says what went wrong; the library's own messages name private files.
         const int quiet = open("/dev/null", O_RDWR);
         dup2(quiet, mInput.fd());
         dup2(quiet, mOutput);
+        dup2(quiet, STDERR_FILENO);
         close(quiet);
         close(ends[0]);
         for (const auto& [other, earlier] : mDocuments) {

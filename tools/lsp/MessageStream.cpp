@@ -34,8 +34,8 @@ MessageStream::Next MessageStream::next(std::string* body) {
         if (mBuffer.size() <= kMaxHeader) {
             return Next::kNone;
         }
-        // Keeps what may be the start of the next header's end.
-        mBuffer.erase(0, end == std::string::npos ? mBuffer.size() - 3 : end + 4);
+        // Only the last kMaxHeader bytes before a header's end can be a header.
+        mBuffer.erase(0, (end == std::string::npos ? mBuffer.size() : end) - kMaxHeader);
         const bool reported = mJunk;
         mJunk = true;
         return reported ? next(body) : Next::kBadFrame;
