@@ -1,0 +1,349 @@
+// Hovers and the outline of tuning files, each loaded in a child process (a process holds one
+// parameter store), and the tag positions they are found at in an editor's text.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/load/ChildLoads.h"
+#include "tools/load/ExampleFile.h"
+#include "tools/load/StoreSession.h"
+#include "tools/lsp/DocumentSymbols.h"
+#include "tools/lsp/HoverIndex.h"
+#include "tools/lsp/TagText.h"
+
+namespace korva::tool {
+namespace {
+
+std::string exampleText() {
+    std::ifstream in(ExampleFile::path(), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// The hover index and the outline of a text, as the server's analysing child makes them.
+Json analyse(const std::string& text) {
+    char path[] = "/tmp/hover-test.XXXXXX";
+    const int fd = mkstemp(path);
+    EXPECT_GE(fd, 0);
+    EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    close(fd);
+    const Json made = ChildLoads::one("hover test", [&](Json* document) {
+        const std::unique_ptr<StoreSession> session = StoreSession::open(path);
+        if (session == nullptr || !session->readable()) {
+            return kExitError;
+        }
+        *document = {{"index", HoverIndex::build(*session)},
+                     {"symbols", DocumentSymbols::build(*session, text)}};
+        return kExitOk;
+    });
+    unlink(path);
+    return made;
+}
+
+// The 0-based position of the character at offset into the first needle on a 1-based line.
+std::pair<int, int> cursor(const std::string& text, int line, const std::string& needle,
+                           int offset) {
+    size_t start = 0;
+    for (int l = 1; l < line && start != std::string::npos; l++) {
+        start = text.find('\n', start) + 1;
+    }
+    const size_t found = text.find(needle, start);
+    EXPECT_NE(found, std::string::npos) << needle;
+    EXPECT_LT(found, text.find('\n', start)) << needle << " is not on line " << line;
+    return {line - 1, static_cast<int>(found - start) + offset};
+}
+
+// The 1-based line of the first needle in text.
+int lineOf(const std::string& text, const std::string& needle) {
+    const size_t at = text.find(needle);
+    EXPECT_NE(at, std::string::npos) << needle;
+    return 1 + static_cast<int>(
+                   std::count(text.begin(), text.begin() + std::min(at, text.size()), '\n'));
+}
+
+struct HoverCase {
+    const char* what;
+    int line;  // 1-based, as the library and a reader of the file count
+    const char* needle;
+    int offset;
+    std::vector<std::string> says;  // empty: no hover
+    std::vector<std::string> notSays;
+};
+
+void checkHovers(const std::string& text, const Json& index, const std::vector<HoverCase>& cases) {
+    for (const HoverCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto [line, character] = cursor(text, c.line, c.needle, c.offset);
+        const Json hover = HoverIndex::at(index, text, line, character);
+        if (c.says.empty()) {
+            EXPECT_TRUE(hover.is_null()) << hover.dump(1);
+            continue;
+        }
+        ASSERT_TRUE(hover.is_object());
+        const std::string value = hover["contents"]["value"].get<std::string>();
+        EXPECT_EQ(hover["contents"]["kind"], "markdown");
+        for (const std::string& word : c.says) {
+            EXPECT_NE(value.find(word), std::string::npos) << word << " in\n" << value;
+        }
+        for (const std::string& word : c.notSays) {
+            EXPECT_EQ(value.find(word), std::string::npos) << word << " in\n" << value;
+        }
+        // The range covers the cursor.
+        const Json& range = hover["range"];
+        EXPECT_EQ(range["start"]["line"], line);
+        EXPECT_LE(range["start"]["character"].get<int>(), character);
+        EXPECT_GT(range["end"]["character"].get<int>(), character);
+    }
+}
+
+TEST(HoverTest, ExampleElementsSayWhatTheyFeed) {
+    const std::string text = exampleText();
+    const Json made = analyse(text);
+    ASSERT_TRUE(made.is_object());
+    // Lines read by hand from the example; values as explain shows them.
+    checkHovers(
+        text, made["index"],
+        {
+            {"a simple parameter",
+             387,
+             "dialog-enhancer-amount",
+             3,
+             {"`dea` 8", "dialog_enhancer_amount of speaker endpoint of profile 1",
+              "profile 1 \"movie\": speaker"},
+             {"a2dp"}},
+            {"the same element's attribute", 387, "value=", 2, {"`dea` 8"}, {}},
+            {"a band's frequency",
+             55,
+             "frequency",
+             1,
+             {"`iebs` band 1 (47 Hz) frequency: 47", "ieq_frequency of IEQ preset 1",
+              "profile 1 \"movie\": speaker, a2dp, usb"},
+             {"target"}},
+            {"the band's target",
+             55,
+             "\"80\"",
+             1,
+             {"`iebs` band 1 (47 Hz) target: 5 dB (80)", "ieq_target"},
+             {"ieq_frequency"}},
+            {"the band element: both", 55, "band_ieq", 0, {"ieq_frequency", "ieq_target"}, {}},
+            {"a mix matrix row",
+             697,
+             "<l ",
+             1,
+             {"`dom` matrix 1 (layout 15) row 1 left: 1.0000 (16384)", "row 1 right: 0.0000 (0)",
+              "loader rule: the speaker tuning's mix matrix", "profile 0 \"dynamic\": speaker"},
+             {}},
+            {"a global setting", 23, "orbex_game_system_gain", 4, {"global setting"}, {}},
+            {"a tuning's own element", 682, "<tuning", 2, {}, {}},
+            {"indentation", 387, "<dialog-enhancer-amount", -2, {}, {}},
+            {"past the tag's end", 387, "/>", 2, {}, {}},
+            {"a comment", 3, "Example", 2, {}, {}},
+            {"an end tag", 75, "</ieq>", 3, {}, {}},
+        });
+    const auto [line, character] = cursor(text, 387, "/>", 2);
+    for (const auto& [l, c] : std::vector<std::pair<int, int>>{
+             {line, character + 1}, {line, 1000}, {-1, 0}, {100000, 0}, {line, -1}}) {
+        EXPECT_TRUE(HoverIndex::at(made["index"], text, l, c).is_null()) << l << ":" << c;
+    }
+    // An index that is not one answers nothing rather than failing, whatever it refers to.
+    const Json texts = {"dialog-enhancer-amount", ""};
+    const Json item = {387, 0, 1, {{1, 0, 1, 0, 1}, {0, 5, 2, 9, -1}}, {1, 2}};
+    for (const Json& odd :
+         {Json(), Json::array(), Json::array({1, {2, "x"}}), Json("text"),
+          Json::array({texts, {{"x", 1}}, item}), Json::array({texts, Json::array(), item})}) {
+        EXPECT_TRUE(HoverIndex::at(odd, text, line, 20).is_null()) << odd.dump();
+    }
+}
+
+// The editor's copy: a misspelt element, a band written over two lines, and a character outside
+// the Basic Multilingual Plane before a tag, which counts two UTF-16 units.
+TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
+    std::string text = exampleText();
+    const auto replace = [&text](const std::string& from, const std::string& to) {
+        const size_t at = text.find(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        text.replace(at, from.size(), to);
+    };
+    replace("<dialog-enhancer-ducking value=\"2\"/>", "<dialog-enhancer-duckin value=\"2\"/>");
+    replace("<band_ieq frequency=\"47\" target=\"80\"/>",
+            "<band_ieq frequency=\"47\"\n                          target=\"80\"/>");
+    replace("<dialog-enhancer-amount value=\"8\"/>",
+            "<dialog-enhancer-amount value=\"8\"/><dialog-enhancer-amount value=\"9\"/>");
+    replace("<volmax-boost value=\"144\"/>",
+            "<!-- \xF0\x9D\x84\x9E --><volmax-boost value=\"144\"/>");
+    const Json made = analyse(text);
+    ASSERT_TRUE(made.is_object());
+    checkHovers(
+        text, made["index"],
+        {
+            {"a misspelt element",
+             lineOf(text, "duckin"),
+             "duckin",
+             0,
+             {"is not read: no parameter has this name"},
+             {"feeds"}},
+            {"an attribute on the tag's second line",
+             56,
+             "\"80\"",
+             1,
+             {"target: 5 dB (80)"},
+             {"ieq_frequency"}},
+            {"its frequency on the first", 55, "frequency", 1, {"frequency: 47"}, {"ieq_target"}},
+            {"a value written again",
+             lineOf(text, "value=\"9\""),
+             "value=\"8\"",
+             1,
+             {"`dea` 9", "written again from line " + std::to_string(lineOf(text, "value=\"9\""))},
+             {}},
+        });
+    const auto [line, bytes] = cursor(text, lineOf(text, "\xF0"), "volmax-boost", 0);
+    const int character = bytes - 2;  // the four bytes of U+1D11E are two UTF-16 units
+    const Json hover = HoverIndex::at(made["index"], text, line, character);
+    ASSERT_TRUE(hover.is_object());
+    EXPECT_NE(hover["contents"]["value"].get<std::string>().find("`vmb` 144"), std::string::npos)
+        << hover.dump(1);
+    EXPECT_EQ(hover["range"]["start"]["character"], character);
+    EXPECT_EQ(hover["range"]["end"]["character"], character + 12);
+}
+
+// Positions compare as the protocol orders them: by line, then character.
+bool before(const Json& a, const Json& b) {
+    return std::pair(a["line"].get<int>(), a["character"].get<int>()) <=
+           std::pair(b["line"].get<int>(), b["character"].get<int>());
+}
+
+// The text a range covers.
+std::string textOf(const std::string& text, const Json& range) {
+    const TagText tags(text);
+    size_t begin = 0, end = 0;
+    EXPECT_TRUE(tags.offset(range["start"]["line"], range["start"]["character"], &begin));
+    EXPECT_TRUE(tags.offset(range["end"]["line"], range["end"]["character"], &end));
+    return text.substr(begin, end - begin);
+}
+
+// Each symbol's range lies in its holder's and after its elder sibling's, and names its element.
+void checkRanges(const std::string& text, const Json& symbols, const Json* holder,
+                 std::map<int, int>* kinds) {
+    const Json* previous = nullptr;
+    for (const Json& symbol : symbols) {
+        SCOPED_TRACE(symbol["name"].get<std::string>());
+        const Json& range = symbol["range"];
+        (*kinds)[symbol["kind"].get<int>()]++;
+        EXPECT_TRUE(before(range["start"], symbol["selectionRange"]["start"]));
+        EXPECT_TRUE(before(symbol["selectionRange"]["end"], range["end"]));
+        if (holder != nullptr) {
+            EXPECT_TRUE(before((*holder)["start"], range["start"]));
+            EXPECT_TRUE(before(range["end"], (*holder)["end"]));
+        }
+        if (previous != nullptr) {
+            EXPECT_TRUE(before((*previous)["end"], range["start"]));
+        }
+        previous = &range;
+        const std::string element = textOf(text, symbol["selectionRange"]);
+        const std::string whole = textOf(text, range);
+        EXPECT_EQ(whole.rfind("<" + element, 0), 0u) << whole.substr(0, 40);
+        const auto endsWith = [&whole](const std::string& end) {
+            return whole.size() >= end.size() &&
+                   whole.compare(whole.size() - end.size(), end.size(), end) == 0;
+        };
+        EXPECT_TRUE(endsWith("/>") || endsWith("</" + element + ">"))
+            << whole.substr(whole.size() > 40 ? whole.size() - 40 : 0);
+        checkRanges(text, symbol["children"], &range, kinds);
+    }
+}
+
+TEST(DocumentSymbolsTest, ExampleOutlineHoldsItsRecordsInTheirElements) {
+    const std::string text = exampleText();
+    const Json made = analyse(text);
+    ASSERT_TRUE(made.is_object());
+    const Json& symbols = made["symbols"];
+    std::map<int, int> kinds;
+    checkRanges(text, symbols, nullptr, &kinds);
+    // 5 IEQ and 5 GEQ presets, 5 profiles of 2 endpoints, 8 tunings of one device each.
+    EXPECT_EQ(kinds, (std::map<int, int>{{2, 5}, {5, 8}, {10, 10}, {11, 10}, {23, 8}}));
+    ASSERT_EQ(symbols.size(), 23u);
+    EXPECT_EQ(symbols[1]["name"], "IEQ preset 1");
+    EXPECT_EQ(symbols[1]["detail"], "\"detailed\"");
+    EXPECT_EQ(symbols[1]["range"]["start"]["line"], 51);
+    EXPECT_EQ(symbols[1]["range"]["end"]["line"], 76);
+    EXPECT_EQ(symbols[5]["name"], "GEQ preset of profile 0");
+    const Json& movie = symbols[11];
+    EXPECT_EQ(movie["name"], "profile 1 \"movie\"");
+    ASSERT_EQ(movie["children"].size(), 2u);
+    EXPECT_EQ(movie["children"][1]["name"], "headphone endpoint of profile 1");
+    EXPECT_EQ(movie["children"][1]["range"]["start"]["line"], 411);
+    const Json& tuning = symbols[15];
+    EXPECT_EQ(tuning["name"], "tuning \"speaker_stereo\"");
+    ASSERT_EQ(tuning["children"].size(), 1u);
+    EXPECT_EQ(tuning["children"][0]["name"], "tuning device \"\"");
+    EXPECT_EQ(tuning["children"][0]["detail"], "port internal_speaker");
+}
+
+// Offsets and the editor's positions, the start tag under a cursor, and an element's extent.
+TEST(TagTextTest, FindsTagsWhereTheEditorCountsThem) {
+    // "é" is two bytes and one unit, U+1D11E four bytes and two units.
+    const std::string text =
+        "\xC3\xA9\xF0\x9D\x84\x9E<a x=\"1\" y='>'>\n"
+        "<a>\n<!-- <a> </a> -->\n<b\n  z=\"2\"/></a>\n</a> tail";
+    const TagText tags(text);
+    size_t at = 0;
+    ASSERT_TRUE(tags.offset(0, 3, &at));
+    EXPECT_EQ(at, 6u);
+    EXPECT_EQ(tags.range({at, at + 2})["end"], (Json{{"line", 0}, {"character", 5}}));
+    ASSERT_TRUE(tags.offset(0, 2, &at));  // inside U+1D11E's pair: past it
+    EXPECT_EQ(at, 6u);
+    EXPECT_FALSE(tags.offset(0, 40, &at));
+    EXPECT_FALSE(tags.offset(9, 0, &at));
+
+    struct Case {
+        size_t offset;
+        const char* tag;        // "" when no start tag holds it
+        const char* attribute;  // "" when on the tag but no attribute
+    } const kCases[] = {
+        {6, "a", ""},   {7, "a", ""},
+        {9, "a", "x"},  {13, "a", "x"},
+        {14, "a", ""},  {15, "a", "y"},
+        {20, "a", ""},  {21, "", ""},
+        {23, "a", ""},  {30, "", ""},
+        {38, "", ""},   {45, "b", ""},
+        {49, "b", "z"}, {text.find("</a> tail") + 1, "", ""},
+    };
+    for (const Case& c : kCases) {
+        SCOPED_TRACE(c.offset);
+        StartTag tag;
+        const bool found = tags.startTagAt(c.offset, &tag);
+        EXPECT_EQ(found ? tag.name : "", c.tag);
+        std::string on;
+        for (const StartTag::Attribute& attribute : tag.attributes) {
+            on = c.offset >= attribute.span.begin && c.offset < attribute.span.end ? attribute.name
+                                                                                   : on;
+        }
+        EXPECT_EQ(found ? on : "", c.attribute);
+    }
+
+    // The outer <a> of line 2 ends at the last </a>, past the comment's and the inner one's.
+    StartTag tag;
+    TagSpan extent;
+    ASSERT_TRUE(tags.element(2, "a", &tag, &extent));
+    EXPECT_EQ(text.substr(extent.begin, extent.end - extent.begin),
+              "<a>\n<!-- <a> </a> -->\n<b\n  z=\"2\"/></a>");
+    // A start tag over two lines is found from either; an empty element ends with its tag.
+    for (long line : {4, 5}) {
+        ASSERT_TRUE(tags.element(line, "b", &tag, &extent));
+        EXPECT_EQ(text.substr(extent.begin, extent.end - extent.begin), "<b\n  z=\"2\"/>");
+    }
+    EXPECT_FALSE(tags.element(3, "b", &tag, &extent));
+    EXPECT_FALSE(tags.element(2, "c", &tag, &extent));
+    EXPECT_FALSE(tags.element(99, "a", &tag, &extent));
+}
+
+}  // namespace
+}  // namespace korva::tool
