@@ -216,7 +216,10 @@ async function main() {
         }), 'code actions');
         const fixes = (actions || []).filter((a) => a.kind === 'quickfix' && a.edit);
         assert.strictEqual(fixes.length, 1, JSON.stringify(actions));
-        assert.ok(/IEQ preset|ieid/.test(fixes[0].title), fixes[0].title);
+        // Titled by what the fix measurably brings back: the include's IEQ preset.
+        const preset = lines[edited.line].match(/<include ieq_preset="(\d+)"/)[1];
+        assert.ok(new RegExp(`speaker ieid\\b.* 0 → ${preset}\\b`).test(fixes[0].title),
+                  fixes[0].title);
         const fixed = applyEdits(edited.text, editsOf(fixes[0].edit, uri));
         assert.ok(!fixed.includes('louder dialog'), 'the comment is gone');
         assert.deepStrictEqual(await change(fixed), []);
