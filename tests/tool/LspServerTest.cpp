@@ -5,14 +5,17 @@
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -466,6 +469,48 @@ TEST_F(LspServerTest, ExitingWhileAnAnalysisRunsLeavesNoFileBehind) {
     write(framed(opened(example).dump()) + framed(request(2, "shutdown").dump()) +
           framed(notification("exit", {}).dump()));
     EXPECT_EQ(finish(), 0);
+}
+
+TEST_F(LspServerTest, ASigtermWhileAnalysingLeavesNoFileBehind) {
+    // A hundred misspelt profiles: a hundred effects to measure keep the analysis busy.
+    std::string text = kMisspelt.substr(0, kMisspelt.find("    <profile"));
+    const std::string profile = kMisspelt.substr(text.size(), kMisspelt.find("</kvx") - text.size());
+    for (int id = 0; id < 100; id++) {
+        text += std::regex_replace(profile, std::regex("id=\"0\""),
+                                   "id=\"" + std::to_string(id) + "\"");
+    }
+    text += "</kvx_spatializer_tuning>\n";
+    int in[2];
+    int out[2];
+    ASSERT_EQ(pipe(in), 0);
+    ASSERT_EQ(pipe(out), 0);
+    // A process of its own, which the signal ends as it would end the tool.
+    const pid_t server = fork();
+    if (server == 0) {
+        close(in[1]);
+        close(out[0]);
+        _exit(LspServer(in[0], out[1]).run());
+    }
+    close(in[0]);
+    close(out[1]);
+    mToServer = in[1];
+    mFromServer = out[0];
+    mReader = std::make_unique<MessageStream>(mFromServer);
+    initialize();
+    send(opened(text));
+    bool analysing = false;
+    for (int i = 0; i < 5000 && !analysing; i++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        for (const std::string& name : filesIn(mFolder)) {
+            analysing = analysing || name.rfind("paramtool-lsp", 0) == 0;
+        }
+    }
+    ASSERT_TRUE(analysing);
+    kill(server, SIGTERM);
+    int status = 0;
+    ASSERT_EQ(waitpid(server, &status, 0), server);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
+    // TearDown checks that the analysis ended and removed its files.
 }
 
 TEST(LspTextTest, PositionsCountUtf16UnitsWithinLines) {

@@ -119,7 +119,6 @@ int LspServer::run() {
             }
         }
     };
-    answerAll();
     while (!mExited && reading) {
         std::vector<pollfd> fds{{mInput.fd(), POLLIN, 0}};
         for (const auto& [uri, document] : mDocuments) {
@@ -153,12 +152,12 @@ void LspServer::fail(const Json& id, int code, const std::string& message) {
     send({{"jsonrpc", "2.0"}, {"id", id}, {"error", {{"code", code}, {"message", message}}}});
 }
 
-bool LspServer::handle(const std::string& body) {
+void LspServer::handle(const std::string& body) {
     Json message =
         nestsTooDeep(body) ? Json(Json::value_t::discarded) : Json::parse(body, nullptr, false);
     if (message.is_discarded()) {
         fail(nullptr, kParseError, "the message is not JSON, or nests deeper than JSON-RPC does");
-        return true;
+        return;
     }
     const bool hasId = message.is_object() && message.contains("id");
     const bool validId = hasId && (message["id"].is_number_integer() || message["id"].is_string());
@@ -169,14 +168,14 @@ bool LspServer::handle(const std::string& body) {
         message.is_object() && message.contains("method") ? message["method"] : kNone;
     if ((hasId && !validId) || (!method.is_string() && !hasId)) {
         fail(nullptr, kInvalidRequest, "a message needs a method or an id");
-        return true;
+        return;
     }
     if (!method.is_string()) {
         // A response, to a request this server never sends; or a request without its method.
         if (!message.contains("result") && !message.contains("error")) {
             fail(id, kInvalidRequest, "a request needs a method");
         }
-        return true;
+        return;
     }
     const std::string name = method.get<std::string>();
     static const Json kNoParams = Json::object();
@@ -198,7 +197,6 @@ bool LspServer::handle(const std::string& body) {
             fail(id, kInvalidParams, error.what());
         }
     }
-    return !mExited;
 }
 
 LspServer::Document* LspServer::find(const Json& params) {

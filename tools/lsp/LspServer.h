@@ -43,8 +43,8 @@ private:
         std::string answer;
     };
 
-    // Answers one message; false once it was exit.
-    bool handle(const std::string& body);
+    // Answers one message's body.
+    void handle(const std::string& body);
     Json request(const std::string& method, const Json& params);
     void notification(const std::string& method, const Json& params);
     void send(const Json& message) { MessageStream::write(mOutput, message); }
