@@ -51,7 +51,8 @@ def read_sources(path):
 
 def read_fuzzers(root):
     """Returns [(name, [sources], needs_report)] of the libFuzzer targets; TOOL programs are host
-    helpers. REPORT marks a fuzzer that listens to loads."""
+    helpers and HOST fuzzers fuzz the workstation tool. REPORT marks a fuzzer that listens to
+    loads."""
     path = os.path.join(root, "fuzz", "CMakeLists.txt")
     if not os.path.exists(path):
         return []
@@ -60,7 +61,7 @@ def read_fuzzers(root):
     fuzzers = []
     for match in re.finditer(r"korva_add_fuzzer\(([^)]*)\)", text):
         words = match.group(1).split()
-        if not words or "TOOL" in words or "SOURCES" not in words:
+        if not words or "TOOL" in words or "HOST" in words or "SOURCES" not in words:
             continue
         sources = words[words.index("SOURCES") + 1:]
         sources = [s for s in sources if s != "REPORT"]

@@ -5,7 +5,8 @@
 #   scripts/fuzz.sh [--time SECONDS] [--no-build] [TARGET...]
 #   scripts/fuzz.sh --bad-inputs [--no-build]
 #
-# TARGET: fuzz_tuning_file, fuzz_blob, fuzz_user_gains (default: all three, one after another).
+# TARGET: fuzz_tuning_file, fuzz_blob, fuzz_user_gains, fuzz_lsp_server (default: all four, one
+# after another).
 # The corpus of each target grows in fuzz/corpus-work/<target> (not committed) and is reused by
 # later runs; the seeds are rebuilt from the project's own files every run. Findings are written
 # to fuzz/corpus-work/artifacts/<target>/. Exits non-zero when a target finds a crash, a leak, a
@@ -31,7 +32,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 if [ ${#targets[@]} -eq 0 ]; then
-    targets=(fuzz_tuning_file fuzz_blob fuzz_user_gains)
+    targets=(fuzz_tuning_file fuzz_blob fuzz_user_gains fuzz_lsp_server)
 fi
 
 if [ "$bad_inputs" = 1 ]; then
@@ -70,6 +71,10 @@ make_seeds() {
                 done
             done
             ;;
+        fuzz_lsp_server)
+            find "$root/tests/data" -name '*.xml' -size -8k -print0 |
+                xargs -0 python3 "$root/fuzz/lsp_seeds.py" "$dir"
+            ;;
     esac
 }
 
@@ -83,9 +88,10 @@ for target in "${targets[@]}"; do
     mkdir -p "$corpus" "$artifacts" "$(dirname "$log")"
     make_seeds "$target" "$seeds"
     dict=()
-    if [ "$target" = fuzz_tuning_file ]; then
-        dict=(-dict="$root/fuzz/tuning.dict")
-    fi
+    case "$target" in
+        fuzz_tuning_file) dict=(-dict="$root/fuzz/tuning.dict") ;;
+        fuzz_lsp_server) dict=(-dict="$root/fuzz/lsp.dict") ;;
+    esac
     found_before=$(find "$artifacts" -type f | wc -l)
     start=$(date +%s)
     set +e
