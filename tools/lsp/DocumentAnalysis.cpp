@@ -152,7 +152,8 @@ Json DocumentAnalysis::smallestEdit(const std::string& text, const std::string& 
             {"newText", edited.substr(prefix, edited.size() - suffix - prefix)}};
 }
 
-Json DocumentAnalysis::run(const std::string& uri, const std::string& text) {
+void DocumentAnalysis::run(const std::string& uri, const std::string& text,
+                           const std::function<void(const Json& part)>& done) {
     TemporaryPaths made;
     std::string path;
     const int fd = made.makeFile("paramtool-lsp", &path);
@@ -162,9 +163,9 @@ Json DocumentAnalysis::run(const std::string& uri, const std::string& text) {
     std::vector<Finding> findings;
     const std::unique_ptr<StoreSession> session =
         written ? CheckCommand::load(path, true, false, &findings, nullptr) : nullptr;
-    Json out = empty();
+    Json out = {{"diagnostics", Json::array()}, {"actions", Json::array()}};
     if (session == nullptr) {
-        return out;
+        return done(out);
     }
     const LoadReport& report = session->report();
     const LspText lines(text);
@@ -185,9 +186,9 @@ Json DocumentAnalysis::run(const std::string& uri, const std::string& text) {
                                       {"edit", smallestEdit(text, edited)}});
         }
     }
-    out["hover"] = HoverIndex::build(*session);
-    out["symbols"] = DocumentSymbols::build(*session, text);
-    return out;
+    done(out);
+    done({{"hover", HoverIndex::build(*session)},
+          {"symbols", DocumentSymbols::build(*session, text)}});
 }
 
 }  // namespace korva::tool

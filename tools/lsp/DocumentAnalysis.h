@@ -4,6 +4,7 @@
 // own, since a process loads one tuning file once.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "tools/render/ToolOutput.h"
@@ -12,9 +13,12 @@ namespace korva::tool {
 
 class DocumentAnalysis {
 public:
-    // {"diagnostics": [Diagnostic], "actions": [{"diagnostic": index, "title", "edit":
-    // TextEdit}], "hover": HoverIndex, "symbols": [DocumentSymbol]} of the document at uri.
-    static Json run(const std::string& uri, const std::string& text);
+    // What the document at uri shows, in two parts handed to done as each is ready, so that the
+    // findings are published before the rest is built: {"diagnostics": [Diagnostic], "actions":
+    // [{"diagnostic": index, "title", "edit": TextEdit}]}, then {"hover": HoverIndex,
+    // "symbols": [DocumentSymbol]}. A text the library cannot read has only the first part.
+    static void run(const std::string& uri, const std::string& text,
+                    const std::function<void(const Json& part)>& done);
     // The same, empty: before the first analysis, or without analysing.
     static Json empty();
 

@@ -187,6 +187,12 @@ void LspServer::handle(const std::string& body) {
             fail(id, kServerNotInitialized, "initialize first");
         } else if (mShutdown) {
             fail(id, kInvalidRequest, "the server has shut down");
+        } else if (Document* document =
+                       name == "textDocument/hover" || name == "textDocument/documentSymbol"
+                               ? find(params)
+                               : nullptr;
+                   document != nullptr && document->child > 0 && !document->outlined) {
+            document->waiting.push_back(body);
         } else if (Json result = request(name, params); result.is_discarded()) {
             fail(id, kMethodNotFound, "unknown method " + name);
         } else {
@@ -296,7 +302,12 @@ void LspServer::notification(const std::string& method, const Json& params) {
     } else if (method == "textDocument/didClose") {
         stopAnalysis(document);
         publish(uri, Json(), Json::array());
+        const std::vector<std::string> waiting = std::move(document.waiting);
         mDocuments.erase(uri);
+        // Asked of a document no longer open, they are answered empty.
+        for (const std::string& body : waiting) {
+            handle(body);
+        }
         return;
     }
     // A save names no version; the text saved is the last one changed.
@@ -360,8 +371,11 @@ void LspServer::analyse(const std::string& uri, Document& document) {
                 close(earlier.pipe);
             }
         }
-        writeAll(ends[1], DocumentAnalysis::run(uri, document.text)
-                              .dump(-1, ' ', false, Json::error_handler_t::replace));
+        // Each part ends with a NUL, which JSON text never holds.
+        DocumentAnalysis::run(uri, document.text, [&ends](const Json& part) {
+            writeAll(ends[1], part.dump(-1, ' ', false, Json::error_handler_t::replace) +
+                                  std::string(1, '\0'));
+        });
         _exit(0);
     }
     close(ends[1]);
@@ -373,6 +387,7 @@ void LspServer::analyse(const std::string& uri, Document& document) {
     fcntl(ends[0], F_SETFL, O_NONBLOCK);
     document.child = child;
     document.pipe = ends[0];
+    document.outlined = false;
 }
 
 void LspServer::stopAnalysis(Document& document) {
@@ -393,20 +408,42 @@ void LspServer::stopAnalysis(Document& document) {
 void LspServer::collect(const std::string& uri, Document& document) {
     char bytes[64 * 1024];
     const ssize_t n = read(document.pipe, bytes, sizeof(bytes));
-    if (n > 0 || (n < 0 && (errno == EAGAIN || errno == EINTR))) {
-        document.answer.append(bytes, static_cast<size_t>(std::max<ssize_t>(n, 0)));
+    if (n > 0) {
+        document.answer.append(bytes, static_cast<size_t>(n));
+        // The findings are published as soon as their part is whole; hover and outline follow.
+        for (size_t end; (end = document.answer.find('\0')) != std::string::npos;) {
+            const Json part = Json::parse(document.answer.substr(0, end), nullptr, false);
+            document.answer.erase(0, end + 1);
+            if (!part.is_object()) {
+                stopAnalysis(document);
+                return answerWaiting(document);
+            }
+            if (document.analysis.is_null()) {
+                document.analysis = DocumentAnalysis::empty();
+            }
+            document.analysis.update(part);
+            if (part.contains("diagnostics")) {
+                document.analysedText = document.text;
+                publish(uri, document.version, document.analysis["diagnostics"]);
+            } else {
+                document.outlined = true;
+                answerWaiting(document);
+            }
+        }
         return;
     }
-    int status = 0;
-    while (waitpid(document.child, &status, 0) < 0 && errno == EINTR) {
+    if (n < 0 && (errno == EAGAIN || errno == EINTR)) {
+        return;
     }
-    document.child = -1;
-    Json analysis = Json::parse(document.answer, nullptr, false);
     stopAnalysis(document);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0 && analysis.is_object()) {
-        document.analysis = std::move(analysis);
-        document.analysedText = document.text;
-        publish(uri, document.version, document.analysis["diagnostics"]);
+    answerWaiting(document);
+}
+
+void LspServer::answerWaiting(Document& document) {
+    const std::vector<std::string> waiting = std::move(document.waiting);
+    document.waiting.clear();
+    for (const std::string& body : waiting) {
+        handle(body);
     }
 }
 

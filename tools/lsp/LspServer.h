@@ -8,6 +8,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "tools/lsp/MessageStream.h"
 #include "tools/render/ToolOutput.h"
@@ -41,6 +42,10 @@ private:
         pid_t child = -1;  // the analysis under way, of text
         int pipe = -1;
         std::string answer;
+        // Whether the analysis under way has sent its hover index and outline; the hover and
+        // outline requests that came before they did wait for them.
+        bool outlined = false;
+        std::vector<std::string> waiting;
     };
 
     // Answers one message's body.
@@ -55,6 +60,8 @@ private:
 
     void analyse(const std::string& uri, Document& document);
     void stopAnalysis(Document& document);
+    // Answers the requests that waited for the analysis that has ended or sent its outline.
+    void answerWaiting(Document& document);
     // Reads from a document's analysis; publishes when it is done.
     void collect(const std::string& uri, Document& document);
     void publish(const std::string& uri, const Json& version, const Json& diagnostics);
