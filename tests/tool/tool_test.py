@@ -8,6 +8,7 @@ import json
 import os
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -259,10 +260,20 @@ class CheckTest(FolderTest):
         writer.wait(timeout=60)
         self.assertEqual(json.loads(result.stdout)["findings"], expected)
         self.assertEqual(sorted(os.listdir(self.folder)), ["fifo", "tuning.xml"])
-        # "-" is standard input.
+        # "-" is standard input, also when it is a socket (as Node.js connects a child's pipes),
+        # which cannot be opened again by its /dev/stdin name.
         result = subprocess.run(TOOL + ["check", "-", "--json"], input=text,
                                 capture_output=True, text=True, timeout=300)
         self.assertEqual(json.loads(result.stdout)["findings"], expected)
+        ours, theirs = socket.socketpair()
+        with ours, theirs:
+            tool = subprocess.Popen(TOOL + ["check", "-", "--json"], stdin=theirs,
+                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            theirs.close()
+            ours.sendall(text.encode())
+            ours.shutdown(socket.SHUT_WR)
+            out, err = tool.communicate(timeout=300)
+        self.assertEqual(json.loads(out)["findings"], expected, err)
 
     def test_an_interrupted_run_removes_its_private_copy(self):
         # Standard input stays open, so the run is still copying it when stopped.

@@ -1,5 +1,6 @@
 #include "tools/load/StoreSession.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,12 +24,14 @@ std::string failed(const std::string& what) {
     return what + ": " + strerror(errno);
 }
 
-// Where the library can read the file the user named: a regular file where it is; a pipe,
-// "-" (standard input) or a process substitution, which can be read only once, copied first.
+// Where the library can read the file the user named: a regular file where it is; "-" (standard
+// input, read from its descriptor: a socket cannot be opened again by name), a pipe or a process
+// substitution, which can be read only once, copied first.
 bool readablePath(const std::string& path, TemporaryPaths& made, std::string* readable) {
-    const std::string source = path == "-" ? "/dev/stdin" : path;
+    const bool standardInput = path == "-";
     struct stat status;
-    if (stat(source.c_str(), &status) != 0 || access(source.c_str(), R_OK) != 0) {
+    if ((standardInput ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status)) != 0 ||
+        (!standardInput && access(path.c_str(), R_OK) != 0)) {
         ToolOutput::error(path, failed("cannot open"));
         return false;
     }
@@ -36,22 +39,32 @@ bool readablePath(const std::string& path, TemporaryPaths& made, std::string* re
         ToolOutput::error(path, "is a directory, not a tuning file");
         return false;
     }
-    if (S_ISREG(status.st_mode)) {
-        *readable = source;
+    if (S_ISREG(status.st_mode) && !standardInput) {
+        *readable = path;
         return true;
     }
     std::string copy;
-    const int fd = made.makeFile("paramtool-input", &copy);
-    if (fd < 0) {
+    const int out = made.makeFile("paramtool-input", &copy);
+    if (out < 0) {
         ToolOutput::error(path, failed("cannot make a temporary copy"));
         return false;
     }
-    close(fd);
-    std::ifstream in(source, std::ios::binary);
-    std::ofstream out(copy, std::ios::binary);
-    std::copy(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>(),
-              std::ostreambuf_iterator<char>(out));
-    if (!in.is_open() || in.bad() || !out.flush()) {
+    const int in = standardInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    char bytes[64 * 1024];
+    ssize_t n = in < 0 ? -1 : 0;
+    while (in >= 0 && ((n = read(in, bytes, sizeof(bytes))) > 0 || (n < 0 && errno == EINTR))) {
+        if (n > 0 && write(out, bytes, static_cast<size_t>(n)) != n) {
+            n = -1;
+            break;
+        }
+    }
+    const int readErrno = errno;
+    if (in >= 0 && !standardInput) {
+        close(in);
+    }
+    const bool written = close(out) == 0;
+    if (n < 0 || !written) {
+        errno = readErrno;
         ToolOutput::error(path, failed("cannot read"));
         return false;
     }
