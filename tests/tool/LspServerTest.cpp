@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -18,6 +19,7 @@
 #include <regex>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "tools/lint/LintRules.h"
@@ -337,6 +339,23 @@ TEST_F(LspServerTest, DiagnosticsMarkTheCauseAndCarryItsNotesAndEffect) {
         << related;
     // The measured effect: the amount reaches the speaker's dea entry only when it is read.
     EXPECT_NE(related.find("dea"), std::string::npos) << related;
+    // The tag spread over two lines, the attribute on either: found on its own line.
+    int version = 3;
+    for (const auto& [from, to, range] :
+         {std::tuple{" vaule", "\n                vaule", lineRange(kMisspeltLine + 1, 16, 25)},
+          std::tuple{"\"4\"/>", "\"4\"\n/>", lineRange(kMisspeltLine, column, column + 9)}}) {
+        std::string split = kMisspelt;
+        split.replace(split.find(from), strlen(from), to);
+        send(changed(split, ++version));
+        const Json republished = published();
+        Json moved;
+        for (const Json& diagnostic : republished["params"]["diagnostics"]) {
+            const bool misspelt =
+                diagnostic["message"].get<std::string>().find("vaule") != std::string::npos;
+            moved = misspelt ? diagnostic["range"] : moved;
+        }
+        EXPECT_EQ(moved, range) << to;
+    }
 }
 
 TEST_F(LspServerTest, AFileThatDoesNotParseIsOneErrorAtLibxmlsLine) {
@@ -516,17 +535,26 @@ TEST_F(LspServerTest, ASigtermWhileAnalysingLeavesNoFileBehind) {
 TEST(LspTextTest, PositionsCountUtf16UnitsWithinLines) {
     const std::string text = "ab\r\nü𝄞x\n\nend";
     const LspText lines(text);
+    // Each offset and its position, both ways where the position maps back to the offset.
     const struct {
         size_t offset;
         int line;
         int character;
+        bool back;
     } kCases[] = {
-        {0, 0, 0},  {2, 0, 2},  {4, 1, 0},  {6, 1, 1},  {10, 1, 3},
-        {11, 1, 4}, {12, 2, 0}, {16, 3, 3}, {99, 3, 3},
+        {0, 0, 0, true},  {2, 0, 2, true},  {4, 1, 0, true},  {6, 1, 1, true},   {10, 1, 3, true},
+        {11, 1, 4, true}, {12, 2, 0, true}, {16, 3, 3, true}, {99, 3, 3, false},
     };
     for (const auto& c : kCases) {
         EXPECT_EQ(lines.position(c.offset), Json({{"line", c.line}, {"character", c.character}}))
             << c.offset;
+        EXPECT_EQ(lines.offset(c.line, c.character) == c.offset, c.back) << c.offset;
+    }
+    // Inside 𝄞's surrogate pair: past it; past a line's end: at its end, before its "\r".
+    EXPECT_EQ(lines.offset(1, 2), 10u);
+    EXPECT_EQ(lines.offset(0, 9), 2u);
+    for (const auto& [line, character] : {std::pair{4, 0}, {-1, 0}, {0, -1}}) {
+        EXPECT_EQ(lines.offset(line, character), std::string::npos) << line << ":" << character;
     }
     EXPECT_EQ(lines.line(0), "ab");
     EXPECT_TRUE(lines.contains(1, 4));
