@@ -2,7 +2,6 @@
 // goes wrong, the lifecycle and its exit status, analyses that a newer change ends, diagnostics
 // at their causes, quick fixes that make the text the undo makes, and no temporary file left.
 
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/wait.h>
@@ -12,6 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -94,15 +94,8 @@ Json changed(const std::string& text, int version) {
 
 std::vector<std::string> filesIn(const std::string& folder) {
     std::vector<std::string> names;
-    DIR* dir = opendir(folder.c_str());
-    for (dirent* entry = dir != nullptr ? readdir(dir) : nullptr; entry != nullptr;
-         entry = readdir(dir)) {
-        if (std::string(entry->d_name) != "." && std::string(entry->d_name) != "..") {
-            names.push_back(entry->d_name);
-        }
-    }
-    if (dir != nullptr) {
-        closedir(dir);
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        names.push_back(entry.path().filename());
     }
     return names;
 }
@@ -128,19 +121,34 @@ protected:
         rmdir(mFolder.c_str());
     }
 
-    void start(LspServer::Options options = LspServer::Options()) {
+    // A server on a thread, or in a process of its own (its pid) that a signal can end.
+    pid_t start(LspServer::Options options = LspServer::Options(), bool apart = false) {
         int in[2];
         int out[2];
-        ASSERT_EQ(pipe(in), 0);
-        ASSERT_EQ(pipe(out), 0);
+        EXPECT_EQ(pipe(in), 0);
+        EXPECT_EQ(pipe(out), 0);
         mToServer = in[1];
         mFromServer = out[0];
         mReader = std::make_unique<MessageStream>(mFromServer);
-        mServer = std::thread([this, in, out, options] {
-            mStatus = LspServer(in[0], out[1], options).run();
+        const auto serve = [in, out, options] {
+            const int status = LspServer(in[0], out[1], options).run();
             close(in[0]);
             close(out[1]);
-        });
+            return status;
+        };
+        if (!apart) {
+            mServer = std::thread([this, serve] { mStatus = serve(); });
+            return 0;
+        }
+        const pid_t server = fork();
+        if (server == 0) {
+            close(in[1]);
+            close(out[0]);
+            _exit(serve());
+        }
+        close(in[0]);
+        close(out[1]);
+        return server;
     }
 
     // The server's exit status once its input has ended.
@@ -424,17 +432,9 @@ TEST_F(LspServerTest, AQuickFixMakesTheTextTheUndoMakes) {
     EXPECT_NE(title.find(" → "), std::string::npos) << title;
     const Json edits = actions[0]["edit"]["changes"][kUri];
     ASSERT_EQ(edits.size(), 1u);
-    // The edit's positions as byte offsets: the line's start plus the UTF-8 of its units.
-    const auto offset = [](const Json& position) {
-        size_t at = 0;
-        for (int line = 0; line < position["line"].get<int>(); line++) {
-            at = kMisspelt.find('\n', at) + 1;
-        }
-        for (int units = 0; units < position["character"].get<int>(); at++) {
-            const auto byte = static_cast<unsigned char>(kMisspelt[at]);
-            units += (byte & 0xC0) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
-        }
-        return at;
+    const LspText lines(kMisspelt);
+    const auto offset = [&lines](const Json& position) {
+        return lines.offset(position["line"], position["character"]);
     };
     const size_t begin = offset(edits[0]["range"]["start"]);
     std::string text = kMisspelt;
@@ -499,22 +499,7 @@ TEST_F(LspServerTest, ASigtermWhileAnalysingLeavesNoFileBehind) {
                                    "id=\"" + std::to_string(id) + "\"");
     }
     text += "</kvx_spatializer_tuning>\n";
-    int in[2];
-    int out[2];
-    ASSERT_EQ(pipe(in), 0);
-    ASSERT_EQ(pipe(out), 0);
-    // A process of its own, which the signal ends as it would end the tool.
-    const pid_t server = fork();
-    if (server == 0) {
-        close(in[1]);
-        close(out[0]);
-        _exit(LspServer(in[0], out[1]).run());
-    }
-    close(in[0]);
-    close(out[1]);
-    mToServer = in[1];
-    mFromServer = out[0];
-    mReader = std::make_unique<MessageStream>(mFromServer);
+    const pid_t server = start(LspServer::Options(), true);
     initialize();
     send(opened(text));
     bool analysing = false;
