@@ -28,7 +28,7 @@ struct Tag {
     struct Attribute {
         std::string name;  // from span.begin
         TagSpan span;      // the name to one past the value's closing quote
-        TagSpan value;     // inside the quotes: [after the opening one, at the closing one]
+        TagSpan value;     // after the opening quote to the closing one; {0, 0} unquoted
     };
     std::vector<Attribute> attributes;
 
