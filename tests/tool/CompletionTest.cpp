@@ -11,11 +11,13 @@
 
 #include "tools/load/ExampleFile.h"
 #include "tools/lsp/Completion.h"
+#include "tools/lsp/LspText.h"
 
 namespace korva::tool {
 namespace {
 
-// The text with "|" where the cursor is, and the cursor's LSP position.
+// The text with "|" where the cursor is, and the cursor's LSP position (LspTextTest holds the
+// count of UTF-16 units to its own cases).
 struct Typed {
     std::string text;
     int line = 0;
@@ -23,17 +25,11 @@ struct Typed {
 };
 
 Typed typed(const std::string& marked) {
-    Typed t;
     const size_t at = marked.find('|');
-    t.text = marked.substr(0, at) + marked.substr(at + 1);
-    for (size_t i = 0; i < at; i++) {
-        if (marked[i] == '\n') {
-            t.line++;
-            t.character = 0;
-        } else if ((static_cast<unsigned char>(marked[i]) & 0xC0) != 0x80) {
-            t.character++;  // one UTF-16 unit per character of the test texts
-        }
-    }
+    Typed t{marked.substr(0, at) + marked.substr(at + 1)};
+    const Json position = LspText(t.text).position(at);
+    t.line = position["line"];
+    t.character = position["character"];
     return t;
 }
 
@@ -137,6 +133,10 @@ TEST(CompletionTest, OffersWhatIsValidWhereTheCursorStands) {
          {"device_id", "data"},
          {}},
         {"inside a comment: nothing", kHead + "  <!-- <|", {}, {"profile", "tuning"}},
+        // "é" is one UTF-16 unit in two bytes, "😀" two in four: a cursor counted in bytes would
+        // land inside the comment or past the '<'.
+        {"after characters of two and four bytes", kHead + "  <!-- é😀 -->  <|", {"profile"}, {}},
+        {"inside a comment after them", kHead + "  <!-- é|😀 -->  <", {}, {"profile"}},
         {"after a comment that holds a tag",
          kHead + "  <!-- <tuning> -->\n  <|",
          {"profile"},
@@ -200,22 +200,6 @@ TEST(CompletionTest, ItemsCarryAKindAndTheGrammarsDocumentation) {
                       std::string::npos);
         }
     }
-}
-
-TEST(CompletionTest, CountsTheCursorInUtf16Units) {
-    // "é" is one UTF-16 unit and two bytes; "😀" two units and four bytes. A cursor counted in
-    // bytes would land inside the comment's text or past the '<'.
-    const std::string text = kHead + "  <!-- é😀 -->  <";
-    const int line = 3;
-    const int afterLt = 2 + 5 + 4 + 4 + 2 + 1;  // "  <!-- " é 😀(2) " -->  <"
-    std::vector<std::string> offered;
-    for (const auto& item : Completion::items(text, line, afterLt)) {
-        offered.push_back(item["label"]);
-    }
-    EXPECT_TRUE(has(offered, "profile"));
-    EXPECT_TRUE(Completion::items(text, line, 8).empty());  // inside the comment
-    // A character past the line's end stands at its end, as the protocol says.
-    EXPECT_EQ(Completion::items(text, line, 999), Completion::items(text, line, afterLt));
 }
 
 }  // namespace

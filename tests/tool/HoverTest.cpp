@@ -48,17 +48,16 @@ Json analyse(const std::string& text) {
     return made;
 }
 
-// The 0-based position of the character at offset into the first needle on a 1-based line.
+// The LSP position of the byte at offset into the first needle on a 1-based line (LspTextTest
+// holds the count of UTF-16 units to its own cases).
 std::pair<int, int> cursor(const std::string& text, int line, const std::string& needle,
                            int offset) {
-    size_t start = 0;
-    for (int l = 1; l < line && start != std::string::npos; l++) {
-        start = text.find('\n', start) + 1;
-    }
+    const LspText lines(text);
+    const size_t start = lines.offset(line - 1, 0);
     const size_t found = text.find(needle, start);
-    EXPECT_NE(found, std::string::npos) << needle;
-    EXPECT_LT(found, text.find('\n', start)) << needle << " is not on line " << line;
-    return {line - 1, static_cast<int>(found - start) + offset};
+    EXPECT_LT(found, start + lines.line(line - 1).size()) << needle << " is not on line " << line;
+    const Json position = lines.position(found + offset);
+    return {position["line"], position["character"]};
 }
 
 // The 1-based line of the first needle in text.
@@ -203,15 +202,15 @@ TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
              1,
              {"`dea` 9", "written again from line " + std::to_string(lineOf(text, "value=\"9\""))},
              {}},
+            // Two UTF-16 units in four bytes before it: a cursor counted in bytes is in the
+            // comment.
+            {"after a character of two units",
+             lineOf(text, "\xF0"),
+             "volmax-boost",
+             0,
+             {"`vmb` 144"},
+             {}},
         });
-    const auto [line, bytes] = cursor(text, lineOf(text, "\xF0"), "volmax-boost", 0);
-    const int character = bytes - 2;  // the four bytes of U+1D11E are two UTF-16 units
-    const Json hover = HoverIndex::at(made["index"], text, line, character);
-    ASSERT_TRUE(hover.is_object());
-    EXPECT_NE(hover["contents"]["value"].get<std::string>().find("`vmb` 144"), std::string::npos)
-        << hover.dump(1);
-    EXPECT_EQ(hover["range"]["start"]["character"], character);
-    EXPECT_EQ(hover["range"]["end"]["character"], character + 12);
 }
 
 // Positions compare as the protocol orders them: by line, then character.
@@ -222,10 +221,10 @@ bool before(const Json& a, const Json& b) {
 
 // The text a range covers.
 std::string textOf(const std::string& text, const Json& range) {
-    const TagText tags(text);
-    size_t begin = 0, end = 0;
-    EXPECT_TRUE(tags.offset(range["start"]["line"], range["start"]["character"], &begin));
-    EXPECT_TRUE(tags.offset(range["end"]["line"], range["end"]["character"], &end));
+    const LspText lines(text);
+    const size_t begin = lines.offset(range["start"]["line"], range["start"]["character"]);
+    const size_t end = lines.offset(range["end"]["line"], range["end"]["character"]);
+    EXPECT_NE(end, std::string::npos);
     return text.substr(begin, end - begin);
 }
 
@@ -287,59 +286,78 @@ TEST(DocumentSymbolsTest, ExampleOutlineHoldsItsRecordsInTheirElements) {
     EXPECT_EQ(tuning["children"][0]["detail"], "port internal_speaker");
 }
 
-// Offsets and the editor's positions, the start tag under a cursor, and an element's extent.
+// The markup at an offset with the elements open around it, and an element's or comment's extent
+// from a line the library reports.
 TEST(TagTextTest, FindsTagsWhereTheEditorCountsThem) {
-    // "é" is two bytes and one unit, U+1D11E four bytes and two units.
     const std::string text =
         "\xC3\xA9\xF0\x9D\x84\x9E<a x=\"1\" y='>'>\n"
-        "<a>\n<!-- <a> </a> -->\n<b\n  z=\"2\"/></a>\n</a> tail";
+        "<a>\n<!-- <a> </a> -->\n<b\n  z=\"2\"/></a>\n</a> tail <c d=\"";
     const TagText tags(text);
-    size_t at = 0;
-    ASSERT_TRUE(tags.offset(0, 3, &at));
-    EXPECT_EQ(at, 6u);
-    EXPECT_EQ(tags.range({at, at + 2})["end"], (Json{{"line", 0}, {"character", 5}}));
-    ASSERT_TRUE(tags.offset(0, 2, &at));  // inside U+1D11E's pair: past it
-    EXPECT_EQ(at, 6u);
-    EXPECT_FALSE(tags.offset(0, 40, &at));
-    EXPECT_FALSE(tags.offset(9, 0, &at));
-
     struct Case {
         size_t offset;
-        const char* tag;        // "" when no start tag holds it
-        const char* attribute;  // "" when on the tag but no attribute
+        Tag::Kind kind;
+        const char* tag;        // "" in text
+        const char* attribute;  // the one whose name or value holds the offset
+        std::vector<std::string> open;
     } const kCases[] = {
-        {6, "a", ""},   {7, "a", ""},
-        {9, "a", "x"},  {13, "a", "x"},
-        {14, "a", ""},  {15, "a", "y"},
-        {20, "a", ""},  {21, "", ""},
-        {23, "a", ""},  {30, "", ""},
-        {38, "", ""},   {45, "b", ""},
-        {49, "b", "z"}, {text.find("</a> tail") + 1, "", ""},
+        {6, Tag::Kind::kStart, "", "", {}},  // at the '<': still text
+        {7, Tag::Kind::kStart, "a", "", {}},
+        {9, Tag::Kind::kStart, "a", "x", {}},
+        {13, Tag::Kind::kStart, "a", "x", {}},
+        {14, Tag::Kind::kStart, "a", "", {}},
+        {15, Tag::Kind::kStart, "a", "y", {}},
+        {20, Tag::Kind::kStart, "a", "", {}},
+        {21, Tag::Kind::kStart, "", "", {"a"}},
+        {23, Tag::Kind::kStart, "a", "", {"a"}},
+        {30, Tag::Kind::kOther, "", "", {"a", "a"}},
+        {38, Tag::Kind::kOther, "", "", {"a", "a"}},
+        {45, Tag::Kind::kStart, "b", "", {"a", "a"}},
+        {49, Tag::Kind::kStart, "b", "z", {"a", "a"}},
+        {text.find("</a> tail") + 1, Tag::Kind::kEnd, "a", "", {"a"}},
+        {text.find(" tail"), Tag::Kind::kStart, "", "", {}},
+        // A tag cut short by the text's end holds its end.
+        {text.size(), Tag::Kind::kStart, "c", "", {}},
     };
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.offset);
-        StartTag tag;
-        const bool found = tags.startTagAt(c.offset, &tag);
-        EXPECT_EQ(found ? tag.name : "", c.tag);
+        std::vector<std::string> open;
+        Tag tag;
+        const bool found = tags.at(c.offset, &open, &tag);
+        EXPECT_EQ(found, *c.tag != '\0' || c.kind == Tag::Kind::kOther);
+        EXPECT_EQ(open, c.open);
+        if (!found) {
+            continue;
+        }
+        EXPECT_EQ(tag.kind, c.kind);
+        EXPECT_EQ(tag.name, c.tag);
         std::string on;
-        for (const StartTag::Attribute& attribute : tag.attributes) {
+        for (const Tag::Attribute& attribute : tag.attributes) {
             on = c.offset >= attribute.span.begin && c.offset < attribute.span.end ? attribute.name
                                                                                    : on;
         }
-        EXPECT_EQ(found ? on : "", c.attribute);
+        EXPECT_EQ(on, c.attribute);
     }
-
-    // The outer <a> of line 2 ends at the last </a>, past the comment's and the inner one's.
-    StartTag tag;
+    const auto bytes = [&text](TagSpan span) {
+        return text.substr(span.begin, span.end - span.begin);
+    };
+    Tag tag;
     TagSpan extent;
+    ASSERT_TRUE(tags.at(text.size(), nullptr, &tag));
+    EXPECT_EQ(bytes(tag.attribute("d")->value), "");  // an unclosed value runs to the end
+    // The outer <a> of line 2 ends at the last </a>, past the comment's and the inner one's.
     ASSERT_TRUE(tags.element(2, "a", &tag, &extent));
-    EXPECT_EQ(text.substr(extent.begin, extent.end - extent.begin),
-              "<a>\n<!-- <a> </a> -->\n<b\n  z=\"2\"/></a>");
-    // A start tag over two lines is found from either; an empty element ends with its tag.
+    EXPECT_EQ(bytes(extent), "<a>\n<!-- <a> </a> -->\n<b\n  z=\"2\"/></a>");
+    // A start tag over two lines is found from either, with its attributes; an empty element
+    // ends with its tag.
     for (long line : {4, 5}) {
         ASSERT_TRUE(tags.element(line, "b", &tag, &extent));
-        EXPECT_EQ(text.substr(extent.begin, extent.end - extent.begin), "<b\n  z=\"2\"/>");
+        EXPECT_EQ(bytes(extent), "<b\n  z=\"2\"/>");
+        EXPECT_EQ(bytes(tag.attribute("z")->span), "z=\"2\"");
+        EXPECT_EQ(bytes(tag.attribute("z")->value), "2");
     }
+    ASSERT_TRUE(tags.comment(3, &extent));
+    EXPECT_EQ(bytes(extent), "<!-- <a> </a> -->");
+    EXPECT_FALSE(tags.comment(2, &extent));
     EXPECT_FALSE(tags.element(3, "b", &tag, &extent));
     EXPECT_FALSE(tags.element(2, "c", &tag, &extent));
     EXPECT_FALSE(tags.element(99, "a", &tag, &extent));

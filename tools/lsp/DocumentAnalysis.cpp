@@ -15,6 +15,7 @@
 #include "tools/lsp/DocumentSymbols.h"
 #include "tools/lsp/HoverIndex.h"
 #include "tools/lsp/LspText.h"
+#include "tools/lsp/TagText.h"
 
 namespace korva::tool {
 
@@ -23,69 +24,28 @@ namespace {
 constexpr int kSeverityError = 1;
 constexpr int kSeverityWarning = 2;
 
-bool isNameByte(char c) {
-    return isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-' || c == '.' || c == ':';
-}
-
-// Where name stands on its own in line, from from; npos when it does not.
-size_t findName(std::string_view line, const std::string& name, size_t from = 0) {
-    for (size_t at = line.find(name, from); at != std::string::npos; at = line.find(name, at + 1)) {
-        const size_t end = at + name.size();
-        if ((at == 0 || !isNameByte(line[at - 1])) &&
-            (end == line.size() || !isNameByte(line[end]))) {
-            return at;
-        }
-    }
-    return std::string::npos;
-}
-
-// The bytes of a finding's cause in its line: the attribute with its value, the element's
-// name in its tag, or the comment; [npos, npos) when the line does not show it.
-std::pair<size_t, size_t> causeSpan(std::string_view line, const ReportedNode& node,
-                                    const std::string& attribute) {
-    constexpr auto kNone = std::make_pair(std::string::npos, std::string::npos);
-    if (!attribute.empty()) {
-        for (size_t at = findName(line, attribute); at != std::string::npos;
-             at = findName(line, attribute, at + 1)) {
-            const size_t equals = line.find_first_not_of(" \t", at + attribute.size());
-            const size_t quote = equals < line.size() && line[equals] == '='
-                                     ? line.find_first_not_of(" \t", equals + 1)
-                                     : std::string::npos;
-            if (quote < line.size() && (line[quote] == '"' || line[quote] == '\'')) {
-                const size_t close = line.find(line[quote], quote + 1);
-                return {at, close == std::string::npos ? line.size() : close + 1};
-            }
-        }
-        return kNone;
-    }
-    if (node.isElement) {
-        const size_t at = findName(line, node.name);
-        return at != std::string::npos && at > 0 && line[at - 1] == '<'
-                   ? std::make_pair(at - 1, at + node.name.size())
-                   : kNone;
-    }
-    const size_t open = node.isComment ? line.find("<!--") : std::string::npos;
-    const size_t close = open != std::string::npos ? line.find("-->", open) : std::string::npos;
-    return open == std::string::npos
-               ? kNone
-               : std::make_pair(open, close == std::string::npos ? line.size() : close + 3);
-}
-
-Json causeRange(const LspText& lines, const std::string& text, const LoadReport& report,
-                const Finding& finding) {
-    const size_t index = finding.at.line > 0 ? static_cast<size_t>(finding.at.line - 1) : 0;
+// The bytes of a finding's cause, its tag spread over lines or not: the attribute with its
+// value, the element's '<' and name, or the comment; the line's text when they are not found.
+Json causeRange(const TagText& tags, const LoadReport& report, const Finding& finding) {
     const bool undone = finding.undo && (finding.node < 0 || finding.undo->node == finding.node);
     const int node = undone ? finding.undo->node : finding.node;
-    const std::string_view line = lines.line(index);
-    const auto [begin, end] =
-        node >= 0 && report.node(node).line == finding.at.line
-            ? causeSpan(line, report.node(node), undone ? finding.undo->attribute : "")
-            : std::make_pair(std::string::npos, std::string::npos);
-    if (begin == std::string::npos) {
-        return lines.trimmedLine(index);
+    const long line = finding.at.line;
+    Tag tag;
+    TagSpan span;
+    if (node >= 0 && report.node(node).line == line) {
+        const ReportedNode& cause = report.node(node);
+        const std::string attribute = undone ? finding.undo->attribute : "";
+        if (cause.isElement && tags.element(line, cause.name, &tag, &span)) {
+            const Tag::Attribute* written = tag.attribute(attribute);
+            if (attribute.empty() || written != nullptr) {
+                return tags.range(written != nullptr ? written->span
+                                                     : TagSpan{tag.tag.begin, tag.span.end});
+            }
+        } else if (cause.isComment && attribute.empty() && tags.comment(line, &span)) {
+            return tags.range(span);
+        }
     }
-    const size_t start = static_cast<size_t>(line.data() - text.data());
-    return lines.range(start + begin, start + end);
+    return tags.lines().trimmedLine(line > 0 ? static_cast<size_t>(line - 1) : 0);
 }
 
 Json related(const std::string& uri, const Json& range, const std::string& message) {
@@ -168,16 +128,16 @@ void DocumentAnalysis::run(const std::string& uri, const std::string& text,
         return done(out);
     }
     const LoadReport& report = session->report();
-    const LspText lines(text);
+    const TagText tags(text);
     for (const Finding& finding : findings) {
-        const Json range = causeRange(lines, text, report, finding);
+        const Json range = causeRange(tags, report, finding);
         out["diagnostics"].push_back(
             {{"range", range},
              {"severity", finding.severity == Severity::kError ? kSeverityError : kSeverityWarning},
              {"source", "spatializer-paramtool"},
              {"code", finding.rule},
              {"message", finding.message},
-             {"relatedInformation", relatedInformation(uri, lines, finding, range)}});
+             {"relatedInformation", relatedInformation(uri, tags.lines(), finding, range)}});
         std::string edited;
         std::string why;
         if (finding.undo && UndoEdit::apply(report, {*finding.undo}, &edited, &why)) {

@@ -44,7 +44,7 @@ Json DocumentSymbols::build(const StoreSession& session, const std::string& text
     // Kept only where the text has the element the library reported: ranges stay inside the text.
     const auto add = [&](int node, const std::string& name, const std::string& detail, int kind) {
         const ReportedNode& element = report.node(node);
-        StartTag tag;
+        Tag tag;
         TagSpan extent;
         // Past the lines libxml2 counts, the line names no tag of the text.
         if (node < 0 || element.atLeast ||

@@ -241,14 +241,14 @@ Json HoverIndex::build(const StoreSession& session) {
 
 Json HoverIndex::at(const Json& index, const std::string& text, int line, int character) {
     const TagText tags(text);
-    size_t at = 0;
-    StartTag tag;
-    if (!index.is_array() || index.size() < 2 || !tags.offset(line, character, &at) ||
-        !tags.startTagAt(at, &tag)) {
+    const size_t at = tags.lines().offset(line, character);
+    Tag tag;
+    if (!index.is_array() || index.size() < 2 || at == std::string::npos ||
+        !tags.at(at, nullptr, &tag) || tag.kind != Tag::Kind::kStart || at >= tag.tag.end) {
         return nullptr;
     }
-    const StartTag::Attribute* on = nullptr;
-    for (const StartTag::Attribute& attribute : tag.attributes) {
+    const Tag::Attribute* on = nullptr;
+    for (const Tag::Attribute& attribute : tag.attributes) {
         on = at >= attribute.span.begin && at < attribute.span.end ? &attribute : on;
     }
     // The library numbers an element by a line of its start tag.

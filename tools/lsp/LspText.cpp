@@ -6,13 +6,18 @@ namespace korva::tool {
 
 namespace {
 
-// UTF-16 code units of UTF-8 bytes: one per sequence, two for the four-byte ones (their lead
-// byte is 0xF0 or above). A byte that is no UTF-8 counts as one, as editors show it.
+// The UTF-16 code units a byte of UTF-8 starts: none for a continuation byte, two for the lead
+// of a four-byte sequence (0xF0 or above). A byte that is no UTF-8 counts as one, as editors show
+// it.
+size_t utf16Units(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte & 0xC0) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
+}
+
 size_t utf16Units(std::string_view bytes) {
     size_t units = 0;
     for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        units += (byte & 0xC0) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
+        units += utf16Units(c);
     }
     return units;
 }
@@ -41,6 +46,21 @@ Json LspText::position(size_t offset) const {
     return {{"line", index},
             {"character",
              utf16Units(std::string_view(mText).substr(mStarts[index], offset - mStarts[index]))}};
+}
+
+size_t LspText::offset(long line, long character) const {
+    if (line < 0 || static_cast<size_t>(line) >= mStarts.size() || character < 0) {
+        return std::string::npos;
+    }
+    const std::string_view bytes = this->line(line);
+    size_t i = 0;
+    for (long units = 0; units < character && i < bytes.size(); i++) {
+        units += utf16Units(bytes[i]);
+    }
+    while (i < bytes.size() && utf16Units(bytes[i]) == 0) {
+        i++;
+    }
+    return mStarts[line] + i;
 }
 
 Json LspText::trimmedLine(size_t index) const {

@@ -19,6 +19,9 @@ public:
     std::string_view line(size_t index) const;
     // The LSP Position of a byte offset.
     Json position(size_t offset) const;
+    // The byte offset of a Position: npos outside the text's lines; a character past the line's
+    // end stands at its end, one inside a character's bytes (or a surrogate pair) past them.
+    size_t offset(long line, long character) const;
     // The LSP Range of the bytes [begin, end).
     Json range(size_t begin, size_t end) const {
         return {{"start", position(begin)}, {"end", position(end)}};

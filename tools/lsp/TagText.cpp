@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <utility>
 
 namespace korva::tool {
 
@@ -17,79 +18,77 @@ bool endsName(char c) {
     return isSpace(c) || c == '/' || c == '>' || c == '<' || c == '=';
 }
 
-// The UTF-16 units a byte of UTF-8 starts, as LspText counts them: none for a continuation
-// byte, two for a 4-byte lead.
-int utf16Units(unsigned char byte) {
-    return (byte & 0xC0) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
-}
+// Markup that is no element's tag, by how it opens and closes; the longer openings first.
+constexpr std::pair<const char*, const char*> kOtherMarkup[] = {
+    {"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}, {"<!", ">"}};
 
 }  // namespace
 
-TagText::TagText(const std::string& text) : mText(text), mLines(text) {}
-
-bool TagText::offset(int line, int character, size_t* at) const {
-    if (line < 0 || static_cast<size_t>(line) >= mLines.lineCount() || character < 0) {
-        return false;
-    }
-    const std::string_view bytes = mLines.line(line);
-    size_t i = 0;
-    for (int units = 0; units < character; i++) {
-        if (i >= bytes.size()) {
-            return false;
+const Tag::Attribute* Tag::attribute(const std::string& attributeName) const {
+    for (const Attribute& written : attributes) {
+        if (written.name == attributeName) {
+            return &written;
         }
-        units += utf16Units(bytes[i]);
     }
-    // A position inside a character's bytes (or a surrogate pair) moves past them.
-    while (i < bytes.size() && utf16Units(bytes[i]) == 0) {
-        i++;
-    }
-    *at = static_cast<size_t>(bytes.data() - mText.data()) + i;
-    return true;
+    return nullptr;
 }
+
+TagText::TagText(const std::string& text) : mText(text), mLines(text) {}
 
 long TagText::lineOf(size_t at) const {
     return mLines.position(at)["line"].get<long>() + 1;
 }
 
-bool TagText::parseStartTag(size_t begin, StartTag* tag) const {
-    size_t p = begin + 1;
+Tag TagText::parse(size_t begin) const {
+    Tag tag;
+    for (const auto& [open, close] : kOtherMarkup) {
+        if (mText.compare(begin, strlen(open), open) == 0) {
+            const size_t end = mText.find(close, begin + strlen(open));
+            tag.kind = Tag::Kind::kOther;
+            tag.closed = end != std::string::npos;
+            tag.tag = {begin, tag.closed ? end + strlen(close) : mText.size()};
+            return tag;
+        }
+    }
+    tag.kind = mText.compare(begin, 2, "</") == 0 ? Tag::Kind::kEnd : Tag::Kind::kStart;
+    size_t p = begin + (tag.kind == Tag::Kind::kEnd ? 2 : 1);
+    const size_t nameBegin = p;
     while (p < mText.size() && !endsName(mText[p])) {
         p++;
     }
-    if (p == begin + 1 || strchr("/!?", mText[begin + 1]) != nullptr) {
-        return false;
-    }
-    *tag = StartTag();
-    tag->name = mText.substr(begin + 1, p - begin - 1);
-    tag->tag = {begin, mText.size()};
-    tag->span = {begin + 1, p};
+    tag.name = mText.substr(nameBegin, p - nameBegin);
+    tag.span = {nameBegin, p};
+    tag.tag = {begin, mText.size()};
     while (p < mText.size()) {
         const char c = mText[p];
         if (c == '>' || c == '<' || (c == '/' && p + 1 < mText.size() && mText[p + 1] == '>')) {
-            tag->selfClosing = c == '/';
-            tag->tag.end = c == '<' ? p : p + (c == '/' ? 2 : 1);
+            tag.closed = c != '<';
+            tag.selfClosing = c == '/';
+            tag.tag.end = c == '<' ? p : p + (c == '/' ? 2 : 1);
             break;
         }
-        if (isSpace(c) || endsName(c)) {
+        if (endsName(c)) {
             p++;
             continue;
         }
-        StartTag::Attribute attribute{"", {p, p}};
+        Tag::Attribute attribute{"", {p, p}, {}};
         while (p < mText.size() && !endsName(mText[p])) {
             p++;
         }
         attribute.name = mText.substr(attribute.span.begin, p - attribute.span.begin);
-        while (p < mText.size() && isSpace(mText[p])) {
-            p++;
-        }
-        if (p < mText.size() && mText[p] == '=') {
-            p++;
+        const auto skipBlanks = [this, &p] {
             while (p < mText.size() && isSpace(mText[p])) {
                 p++;
             }
+        };
+        skipBlanks();
+        if (p < mText.size() && mText[p] == '=') {
+            p++;
+            skipBlanks();
             if (p < mText.size() && (mText[p] == '"' || mText[p] == '\'')) {
-                const size_t close = mText.find(mText[p], p + 1);
-                p = close == std::string::npos ? mText.size() : close + 1;
+                const size_t close = std::min(mText.find(mText[p], p + 1), mText.size());
+                attribute.value = {p + 1, close};
+                p = std::min(close + 1, mText.size());
             } else {
                 while (p < mText.size() && !isSpace(mText[p]) && mText[p] != '>') {
                     p++;
@@ -97,77 +96,79 @@ bool TagText::parseStartTag(size_t begin, StartTag* tag) const {
             }
         }
         attribute.span.end = p;
-        tag->attributes.push_back(std::move(attribute));
+        tag.attributes.push_back(std::move(attribute));
     }
-    return true;
+    return tag;
 }
 
-bool TagText::startTagAt(size_t at, StartTag* tag) const {
-    if (at >= mText.size()) {
-        return false;
+bool TagText::at(size_t offset, std::vector<std::string>* open, Tag* tag) const {
+    std::vector<std::string> unused;
+    open = open != nullptr ? open : &unused;
+    for (size_t p = mText.find('<'); p < offset; p = mText.find('<', p)) {
+        *tag = parse(p);
+        if (offset < tag->tag.end || (!tag->closed && offset == tag->tag.end)) {
+            return true;
+        }
+        if (tag->opens()) {
+            open->push_back(tag->name);
+        } else if (tag->kind == Tag::Kind::kEnd) {
+            const auto match = std::find(open->rbegin(), open->rend(), tag->name);
+            if (match != open->rend()) {
+                open->erase(std::prev(match.base()), open->end());
+            }
+        }
+        p = tag->tag.end;
     }
-    // The nearest '<' starts the tag, unless the tag it starts ends before the offset.
-    const size_t begin = mText.rfind('<', at);
-    return begin != std::string::npos && parseStartTag(begin, tag) && at < tag->tag.end;
+    return false;
 }
 
-bool TagText::element(long line, const std::string& name, StartTag* tag, TagSpan* extent) const {
+bool TagText::reported(long line, const std::string& open, bool asName, Tag* tag) const {
     if (line < 1 || static_cast<size_t>(line) > mLines.lineCount()) {
         return false;
     }
-    *tag = StartTag();
-    const std::string open = "<" + name;
     const std::string_view bytes = mLines.line(line - 1);
-    const size_t lineEnd = static_cast<size_t>(bytes.data() - mText.data()) + bytes.size();
-    for (size_t from = lineEnd; from > 0;) {
+    for (size_t from = static_cast<size_t>(bytes.data() - mText.data()) + bytes.size(); from > 0;) {
         const size_t begin = mText.rfind(open, from - 1);
         if (begin == std::string::npos) {
             return false;
         }
         from = begin;
         const size_t after = begin + open.size();
-        if (after < mText.size() && !endsName(mText[after])) {
+        if (asName && after < mText.size() && !endsName(mText[after])) {
             continue;
         }
-        if (!parseStartTag(begin, tag) || lineOf(tag->tag.end - 1) < line) {
-            return false;  // the nearest such tag ends before the line
-        }
-        break;
+        *tag = parse(begin);
+        // The nearest such markup may end before the line.
+        return lineOf(tag->tag.end - 1) >= line;
     }
-    if (tag->name != name || lineOf(tag->tag.begin) > line) {
+    return false;
+}
+
+bool TagText::element(long line, const std::string& name, Tag* tag, TagSpan* extent) const {
+    if (!reported(line, "<" + name, true, tag)) {
         return false;
     }
     *extent = tag->tag;
     // Down to the end tag that closes it, past comments, declarations and character data.
-    int depth = tag->selfClosing ? 0 : 1;
-    size_t p = tag->tag.end;
-    while (depth > 0) {
-        p = mText.find('<', p);
+    for (int depth = tag->opens() ? 1 : 0; depth > 0;) {
+        const size_t p = mText.find('<', extent->end);
         if (p == std::string::npos) {
             extent->end = mText.size();
-            return true;
+            break;
         }
-        const auto skipTo = [this, &p](const char* close) {
-            const size_t found = mText.find(close, p);
-            p = found == std::string::npos ? mText.size() : found + strlen(close);
-        };
-        StartTag inner;
-        if (mText.compare(p, 4, "<!--") == 0) {
-            skipTo("-->");
-        } else if (mText.compare(p, 9, "<![CDATA[") == 0) {
-            skipTo("]]>");
-        } else if (mText.compare(p, 2, "</") == 0 || mText.compare(p, 2, "<!") == 0 ||
-                   mText.compare(p, 2, "<?") == 0) {
-            depth -= mText[p + 1] == '/' ? 1 : 0;
-            skipTo(">");
-        } else if (parseStartTag(p, &inner)) {
-            depth += inner.selfClosing ? 0 : 1;
-            p = std::max(inner.tag.end, p + 1);
-        } else {
-            p++;
-        }
+        const Tag inner = parse(p);
+        depth += inner.opens() ? 1 : inner.kind == Tag::Kind::kEnd ? -1 : 0;
+        extent->end = inner.tag.end;
     }
-    extent->end = p;
+    return true;
+}
+
+bool TagText::comment(long line, TagSpan* extent) const {
+    Tag tag;
+    if (!reported(line, "<!--", false, &tag)) {
+        return false;
+    }
+    *extent = tag.tag;
     return true;
 }
 
