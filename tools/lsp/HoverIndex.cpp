@@ -180,7 +180,14 @@ Json HoverIndex::build(const StoreSession& session) {
                     const std::string from =
                         parameter.name + " of " + parameter.recordName + rulesOf(parameter, s);
                     size_t taken = 0;  // of the step's values, by the rows before
-                    for (const ReadElement& element : step.elements) {
+                    // A rule's write lists its record's element and everything read below it;
+                    // which of those the rule looked at is not said, so only the record's
+                    // element is said to feed what the rule wrote.
+                    const size_t elements = step.rule.empty()
+                                                ? step.elements.size()
+                                                : std::min<size_t>(step.elements.size(), 1);
+                    for (size_t e = 0; e < elements; e++) {
+                        const ReadElement& element = step.elements[e];
                         // A row the reader took no list from is a band: one value of each column.
                         const size_t end = std::min(
                             taken + (element.row ? std::max<size_t>(element.numbers, 1) : 0),
