@@ -84,6 +84,12 @@ def profile(pid, name, endpoints, data='<volume-modeler-enable value="true"/>'):
             '        </data>\n    </profile>\n' % (pid, name, data, endpoints))
 
 
+def device_tuning(name, data):
+    """A speaker tuning of two channels for device "dev" of port usb."""
+    return ('    <tuning name="%s" endpoint_type="speaker" orientation="1" output_channels="2">\n'
+            '        <device_id id="dev" endpoint_port="usb"/>\n%s    </tuning>\n' % (name, data))
+
+
 SPEAKER = ('            <endpoint_type id="speaker">\n                <include ieq_preset="2"/>\n'
            '                <dialog-enhancer-amount value="4"/>\n            </endpoint_type>\n')
 
@@ -166,15 +172,13 @@ class CheckTest(FolderTest):
         self.assertIn("default_usb", ports["usb"]["tuning_devices"])
 
     def test_a_repeated_record_points_at_the_earlier_one(self):
-        def device_tuning(name, amount):
-            return ('    <tuning name="%s" endpoint_type="speaker" orientation="1" '
-                    'output_channels="2">\n        <device_id id="dev" endpoint_port="usb"/>\n'
-                    '        <data>\n            <regulator-stress-amount value="%d"/>\n'
-                    '        </data>\n    </tuning>\n' % (name, amount))
+        def stress(name, amount):
+            return device_tuning(name, '        <data>\n            <regulator-stress-amount '
+                                 'value="%d"/>\n        </data>\n' % amount)
         cases = [(tuning(profile(1, "first", SPEAKER) + profile(1, "second", SPEAKER.replace(
             '"4"', '"5"'))), '"second"', "profile id 1 is used again", '"first"',
             'profile 1 "first" is here'),
-            (tuning(device_tuning("a", 1) + device_tuning("b", 2)), '"b"',
+            (tuning(stress("a", 1) + stress("b", 2)), '"b"',
              'tuning "b" replaces the blob of "dev"', '"a"', 'tuning "a" is here')]
         found = {}
         for text, marker, words, earlier, note in cases:
@@ -219,9 +223,7 @@ class CheckTest(FolderTest):
             (tuning('    <preset id="2" name="p2" type="ieq">\n    </preset>\n' + profile(
                 0, "p", SPEAKER.replace('"speaker">', '"speaker"><!-- note -->'))),
              "<!-- note -->", 'the comment "note" is the first child', []),
-            (tuning('    <tuning name="t" endpoint_type="speaker" orientation="1" '
-                    'output_channels="2">\n        <device_id id="x" endpoint_port="usb"/>\n'
-                    '    </tuning>\n    <profile id="0" name="late"/>\n'),
+            (tuning(device_tuning("t", "") + '    <profile id="0" name="late"/>\n'),
              '<tuning name="t"', 'tuning "t" has no data element: the reader drops it and stops',
              []),
         ]
@@ -298,7 +300,7 @@ class CheckTest(FolderTest):
         self.assertIn("%s:7: not a readable" % BROKEN, run("check", BROKEN).stderr)
 
 
-class DumpTest(unittest.TestCase):
+class RecordsTest(unittest.TestCase):
     def test_records_as_the_library_holds_them(self):
         result, document = run_json("dump", VERSION_OVERRIDES)
         self.assertEqual(result.returncode, 0)
@@ -327,8 +329,6 @@ class DumpTest(unittest.TestCase):
                           ("default_bluetooth", "bluetooth", "phones"),
                           ("default_usb", "usb", "phones")])
 
-
-class BlobsTest(unittest.TestCase):
     def test_builtin_tables(self):
         result, document = run_json("blobs", "--builtin")
         self.assertEqual(result.returncode, 0)
