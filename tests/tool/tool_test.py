@@ -578,10 +578,11 @@ class SimulateTest(FolderTest):
 
 class DiffTest(FolderTest):
     def changed_copy(self, old, new, after):
-        """The example with the first old after the text after made new."""
+        """The example with the first old after the text after made new, and that line."""
         text = read(EXAMPLE)
         at = text.index(old, text.index(after))
-        return self.write(text[:at] + new + text[at + len(old):], "changed.xml")
+        return (self.write(text[:at] + new + text[at + len(old):], "changed.xml"),
+                text.count("\n", 0, at) + 1)
 
     def test_a_file_against_itself_is_identical(self):
         result, document = run_json("diff", EXAMPLE, EXAMPLE)
@@ -603,7 +604,7 @@ class DiffTest(FolderTest):
         ]
         for old, new, after, device, code, was, now, source, values, row_line in cases:
             with self.subTest(code=code):
-                changed = self.changed_copy(old, new, after)
+                changed, _ = self.changed_copy(old, new, after)
                 result, document = run_json("diff", EXAMPLE, changed)
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(document["store"], [])
@@ -632,8 +633,8 @@ class DiffTest(FolderTest):
 
     def test_changes_to_the_store_state_are_named(self):
         # Without a default_usb binding the start-up check disables every tuning.
-        changed = self.changed_copy('<device_id id="default_usb"', '<device_id id="usb_other"',
-                                    "<tuning ")
+        changed, _ = self.changed_copy('<device_id id="default_usb"',
+                                       '<device_id id="usb_other"', "<tuning ")
         result, document = run_json("diff", EXAMPLE, changed)
         self.assertEqual(result.returncode, 1)
         state = {c["what"]: (c["a"], c["b"]) for c in document["store"]}
@@ -645,11 +646,8 @@ class DiffTest(FolderTest):
     def test_a_mix_matrix_change_names_its_row_element_line_and_tuning_device(self):
         # The speaker_stereo tuning's <c> row (the third input channel), which the speaker
         # tuning device "" serves as its mix matrix and every profile's speaker dom carries.
-        text = read(EXAMPLE)
-        row = text.index('<c value="11583,11583"/>', text.index('<tuning name="speaker_stereo"'))
-        line = text.count("\n", 0, row) + 1
-        changed = self.changed_copy('<c value="11583,11583"/>', '<c value="11583,8192"/>',
-                                    '<tuning name="speaker_stereo"')
+        changed, line = self.changed_copy('<c value="11583,11583"/>', '<c value="11583,8192"/>',
+                                          '<tuning name="speaker_stereo"')
         result, document = run_json("diff", EXAMPLE, changed)
         self.assertEqual(result.returncode, 1)
         [change] = [c for c in document["store"] if c.get("tuning_device") == ""]
@@ -660,6 +658,7 @@ class DiffTest(FolderTest):
         self.assertEqual(len(document["differences"]), 5)
         text = run("diff", EXAMPLE, changed).stdout
         self.assertIn('<c> line %d' % line, text)
+
     def test_blobs_only_one_file_has_are_added_or_removed(self):
         result, document = run_json("diff", VERSION_OVERRIDES, EXAMPLE)
         self.assertEqual(result.returncode, 1)
