@@ -128,33 +128,30 @@ def main():
                 return 1
         with open(two, encoding="utf-8") as f:
             page = f.read()
-        # The one changed band shows in the differences, and both curves are drawn.
         # The one changed band shows in the differences as the command line shows it, its two
         # values marked; the mix matrices' rows are named by the file's row elements.
         diff = page[page.index('id="diff"'):page.index('id="blobs"')]
         band = ('<td>band 2 (141 Hz) gain</td><td class="line"><a href="#f1-L%d">line %d</a></td>'
                 '<td class="old">1.5 dB (24)</td><td class="new">6 dB (96)</td>')
         line = text.count("\n", 0, text.index(old)) + 1
+        failures = []
         if diff.count(" gebs</p>") != 1 or band % (line, line) not in diff:
-            print("FAIL: the differences do not show the one GEQ change by band")
-            return 1
+            failures.append("the differences do not show the one GEQ change by band")
         # Each finding's and note's severity word is coloured by its class.
         findings = page[page.index('id="findings"'):page.index('id="ports"')]
         if any('<span class="%s">%s</span>: ' % (w, w) not in findings for w in ("warning", "note")):
-            print("FAIL: the findings' severity words are not marked")
-            return 1
+            failures.append("the findings' severity words are not marked")
         matrices = page[page.index('id="matrices"'):page.index('id="diff"')]
         if ("&lt;c&gt;</text>" not in matrices or "&lt;rtr&gt;</text>" not in matrices
                 or ">in 1</text>" in matrices):
-            print("FAIL: the mix matrices' rows are not named by the file's elements")
-            return 1
+            failures.append("the mix matrices' rows are not named by the file's elements")
         sections = ["findings", "ports", "curves", "matrices", "blobs", "source"]
         results = [check_page(one, sections, ["target", "gain", "gain_l", "threshold_low"]),
                    check_page(two, sections + ["diff"], ["gain A", "gain B"])]
-        if None in results:
+        if None in results and not failures:
             print("SKIP: chromium cannot start here")
             return SKIP
-        failures = [f for r in results for f in r]
+        failures += [f for r in results if r for f in r]
         for failure in failures:
             print("FAIL: " + failure)
         if not failures:

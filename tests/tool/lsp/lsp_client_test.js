@@ -55,15 +55,6 @@ function within(promise, what, untilExit = true) {
             .finally(() => clearTimeout(timer));
 }
 
-// The example with a comment before the first speaker endpoint's include: the reader steps over
-// it in place of the blank text, so the include is lost (a finding whose undo removes the line).
-function editedExample(lines) {
-    const edited = [...lines];
-    const at = lines.findIndex((l) => l.includes('<endpoint_type id="speaker">')) + 1;
-    edited.splice(at, 0, '<!-- louder dialog -->');
-    return {text: edited.join('\n'), line: at};
-}
-
 function offsetOf(text, position) {
     let offset = 0;
     for (let line = 0; line < position.line; line++) {
@@ -123,6 +114,7 @@ async function main() {
         }
     });
     connection.listen();
+    const request = (method, params) => within(connection.sendRequest(method, params), method);
     const diagnosticsOf = (uri, version) =>
         within(new Promise((resolve) => waiting.push({uri, version, resolve})),
                `diagnostics of version ${version}`);
@@ -140,9 +132,9 @@ async function main() {
     };
 
     await check('initialize announces the features', async () => {
-        const {capabilities} = await within(connection.sendRequest('initialize', {
+        const {capabilities} = await request('initialize', {
             processId: process.pid, rootUri: null, capabilities: {},
-        }), 'initialize result');
+        });
         const sync = capabilities.textDocumentSync;
         assert.ok(sync === 1 || sync === 2 || (sync && (sync.change === 1 || sync.change === 2)),
                   `textDocumentSync ${JSON.stringify(sync)}`);
@@ -165,9 +157,9 @@ async function main() {
         const movie = lines.findIndex((l) => l.includes('<profile id="1" name="movie"'));
         const line = lines.findIndex((l, i) => i > movie && l.includes('<dialog-enhancer-amount'));
         const character = lines[line].indexOf('<dialog') + 3;
-        const hover = await within(connection.sendRequest('textDocument/hover', {
+        const hover = await request('textDocument/hover', {
             textDocument: doc, position: {line, character},
-        }), 'hover');
+        });
         assert.ok(hover, 'a hover');
         const text = hoverText(hover);
         for (const word of ['dea', 'speaker', '8']) {
@@ -176,8 +168,7 @@ async function main() {
     });
 
     await check('the outline lists the example\'s profiles', async () => {
-        const symbols = await within(connection.sendRequest('textDocument/documentSymbol',
-                                                            {textDocument: doc}), 'symbols');
+        const symbols = await request('textDocument/documentSymbol', {textDocument: doc});
         const names = symbolNames(symbols).join('\n');
         const profiles = [...exampleText.matchAll(/<profile id="\d+" name="([^"]+)"/g)];
         assert.ok(profiles.length >= 5, 'the example has its profiles');
@@ -186,7 +177,11 @@ async function main() {
         }
     });
 
-    const edited = editedExample(lines);
+    // A comment before the first speaker endpoint's include: the reader steps over it in place
+    // of the blank text, so the include is lost (a finding whose undo removes the line).
+    const edited = {line: lines.findIndex((l) => l.includes('<endpoint_type id="speaker">')) + 1};
+    edited.text = [...lines.slice(0, edited.line), '<!-- louder dialog -->',
+                   ...lines.slice(edited.line)].join('\n');
     let finding;
     await check('an edit with a finding gets its diagnostic', async () => {
         const diagnostics = await change(edited.text);
@@ -211,9 +206,9 @@ async function main() {
 
     await check('the quick fix undoes the finding', async () => {
         assert.ok(finding, 'a diagnostic to fix');
-        const actions = await within(connection.sendRequest('textDocument/codeAction', {
+        const actions = await request('textDocument/codeAction', {
             textDocument: doc, range: finding.range, context: {diagnostics: [finding]},
-        }), 'code actions');
+        });
         const fixes = (actions || []).filter((a) => a.kind === 'quickfix' && a.edit);
         assert.strictEqual(fixes.length, 1, JSON.stringify(actions));
         // Titled by what the fix measurably brings back: the include's IEQ preset.
@@ -231,9 +226,9 @@ async function main() {
         const typed = [...lines];
         typed.splice(data + 1, 0, '            <');
         const published = change(typed.join('\n'));
-        const items = await within(connection.sendRequest('textDocument/completion', {
+        const items = await request('textDocument/completion', {
             textDocument: doc, position: {line: data + 1, character: 13},
-        }), 'completion');
+        });
         await published;
         const labels = (Array.isArray(items) ? items : items.items).map((i) => i.label);
         // What the example has in that data element, up to its first endpoint.
@@ -247,7 +242,7 @@ async function main() {
     });
 
     await check('shutdown and exit end the server with status 0', async () => {
-        assert.strictEqual(await within(connection.sendRequest('shutdown'), 'shutdown'), null);
+        assert.strictEqual(await request('shutdown'), null);
         connection.sendNotification('exit');
         assert.deepStrictEqual(await within(exited, 'exit', false), {code: 0, signal: null});
     });
