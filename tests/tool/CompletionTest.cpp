@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/lsp/Completion.h"
 #include "tools/lsp/LspText.h"
@@ -137,10 +137,7 @@ TEST(CompletionTest, OffersWhatIsValidWhereTheCursorStands) {
 }
 
 TEST(CompletionTest, EveryElementOfTheExampleIsOfferedWhereItStands) {
-    std::ifstream file(ExampleFile::path());
-    std::stringstream buffer;
-    buffer << file.rdbuf();
-    const std::string text = buffer.str();
+    const std::string text = test::fileText(ExampleFile::path());
     std::istringstream lines(text);
     std::string line;
     int checked = 0;

@@ -6,13 +6,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tools/load/ChildLoads.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/load/StoreSession.h"
@@ -22,11 +21,6 @@
 
 namespace korva::tool {
 namespace {
-
-std::string exampleText() {
-    std::ifstream in(ExampleFile::path(), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // The hover index and the outline of a text, as the server's analysing child makes them.
 Json analyse(const std::string& text) {
@@ -106,7 +100,7 @@ void checkHovers(const std::string& text, const Json& index, const std::vector<H
 // The editor's copy: a misspelt element, a band written over two lines, and a character outside
 // the Basic Multilingual Plane before a tag, which counts two UTF-16 units.
 TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
-    std::string text = exampleText();
+    std::string text = test::fileText(ExampleFile::path());
     const auto replace = [&text](const std::string& from, const std::string& to) {
         const size_t at = text.find(from);
         ASSERT_NE(at, std::string::npos) << from;
@@ -186,7 +180,7 @@ void checkRanges(const std::string& text, const Json& symbols, const Json* holde
 
 // One analysis of the example: its hovers say what they feed, its outline holds its records.
 TEST(HoverTest, ExampleHoversSayWhatTheyFeedAndItsOutlineHoldsItsRecords) {
-    const std::string text = exampleText();
+    const std::string text = test::fileText(ExampleFile::path());
     const Json made = analyse(text);
     ASSERT_TRUE(made.is_object());
     // Lines read by hand from the example; values as explain shows them.

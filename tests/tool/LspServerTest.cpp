@@ -12,9 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <regex>
 #include <string>
@@ -22,6 +20,7 @@
 #include <tuple>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tools/lsp/DocumentAnalysis.h"
 #include "tools/lsp/LspServer.h"
 #include "tools/lsp/LspText.h"
@@ -449,8 +448,7 @@ TEST_F(LspServerTest, ClosingPublishesNothingAndPositionsOutsideTheTextAreAnswer
 TEST_F(LspServerTest, ExitingWhileAnAnalysisRunsLeavesNoFileBehind) {
     // The example, large enough that its analysis is still running when exit arrives; TearDown
     // checks the folder.
-    std::ifstream in(std::string(KORVA_EXAMPLES_DIR) + "/kvx-default-spatializer.xml");
-    const std::string example{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string example = test::fileText(test::exampleFile());
     ASSERT_FALSE(example.empty());
     start();
     initialize();
