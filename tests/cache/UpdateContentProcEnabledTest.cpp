@@ -66,16 +66,13 @@ std::vector<EffectCall> builtinBlobsAfter(const int (&profileTable)[117]) {
 // Content processing on, tunings, three channels: every entry goes out as it is, but for the
 // speaker's mix matrix, which is the tuning's cut to the entry's own count.
 std::vector<EffectCall> onWithTuningMatrix() {
-    return {sent(kSpeaker, DSOE, {1}),
-            sent(kSpeaker, VBON, {1}),
-            sent(kAll, GEBS, geqEntry(kUserGains)),
-            sent(kSpeaker, DOM, {1, 15, 24, 9, 8, 7}),
-            sent(kHeadphone, DOM, kHeadphoneDom),
-            sent(kSpeaker, AOON, {1}),
-            sent(kHeadphone, DEON, {1}),
-            sent(kHeadphone, IEON, {1, 2}),
-            sent(kAll, MDLE, {1}),
+    // clang-format off
+    return {sent(kSpeaker, DSOE, {1}), sent(kSpeaker, VBON, {1}),
+            sent(kAll, GEBS, geqEntry(kUserGains)), sent(kSpeaker, DOM, {1, 15, 24, 9, 8, 7}),
+            sent(kHeadphone, DOM, kHeadphoneDom), sent(kSpeaker, AOON, {1}),
+            sent(kHeadphone, DEON, {1}), sent(kHeadphone, IEON, {1, 2}), sent(kAll, MDLE, {1}),
             EffectCall::commit(kAll)};
+    // clang-format on
 }
 
 // Without tunings the entries tuned per device stay out; without tunings, a matrix or more than
@@ -122,17 +119,15 @@ TEST(UpdateContentProcEnabledTest, OffDisablesMixMatricesAndSwitches) {
     EXPECT_EQ(0, SpatializerParamCache().updateContentProcEnabled(&effect, false, false));
     speakerDom[0] = 0;
     // The headphone's matrix is unknown to the effect: its count stays the capacity.
-    const std::vector<EffectCall> expected = {sent(kSpeaker, DSOE, {1}),
-                                              sent(kSpeaker, VBON, {1}),
-                                              sent(kAll, GEBS, geqEntry(kUserGains)),
-                                              EffectCall::getParam(kSpeaker, code(DOM), capacity),
-                                              sent(kSpeaker, DOM, speakerDom),
-                                              EffectCall::getParam(kHeadphone, code(DOM), capacity),
-                                              sent(kHeadphone, DOM, std::vector<int>(capacity, 0)),
-                                              sent(kSpeaker, AOON, {1}),
-                                              sent(kHeadphone, DEON, {0}),
-                                              sent(kHeadphone, IEON, {0}),
-                                              EffectCall::commit(kAll)};
+    const int dom = code(DOM);
+    // clang-format off
+    const std::vector<EffectCall> expected = {
+        sent(kSpeaker, DSOE, {1}), sent(kSpeaker, VBON, {1}),
+        sent(kAll, GEBS, geqEntry(kUserGains)), EffectCall::getParam(kSpeaker, dom, capacity),
+        sent(kSpeaker, DOM, speakerDom), EffectCall::getParam(kHeadphone, dom, capacity),
+        sent(kHeadphone, DOM, std::vector<int>(capacity, 0)), sent(kSpeaker, AOON, {1}),
+        sent(kHeadphone, DEON, {0}), sent(kHeadphone, IEON, {0}), EffectCall::commit(kAll)};
+    // clang-format on
     EXPECT_EQ(expected, effect.calls());
 }
 
@@ -267,20 +262,16 @@ struct DeliveryRecorder : DeliveryObserver {
 // The cache says which blob and which entry the calls that follow carry, and what it put in the
 // entry's place: the indices skip the entries it does not send.
 TEST(DeliveryObserverTest, ReportsTheBlobEntryOfEachCallAndWhatReplacedIt) {
-    const std::vector<std::string> on = {"0: blob file 1 ",
-                                         "0: entry 0 as_is",
-                                         "1: entry 1 as_is",
-                                         "2: entry 2 gains 1",
-                                         "3: entry 4 matrix speaker_a",
-                                         "4: entry 5 as_is",
-                                         "5: entry 6 as_is",
-                                         "6: entry 7 as_is",
-                                         "7: entry 8 as_is",
-                                         "8: entry 9 as_is"};
+    // clang-format off
+    const std::vector<std::string> on = {
+        "0: blob file 1 ", "0: entry 0 as_is", "1: entry 1 as_is", "2: entry 2 gains 1",
+        "3: entry 4 matrix speaker_a", "4: entry 5 as_is", "5: entry 6 as_is", "6: entry 7 as_is",
+        "7: entry 8 as_is", "8: entry 9 as_is"};
     const std::vector<std::string> off = {
-        "0: blob file 1 ",    "0: entry 0 as_is", "1: entry 1 as_is",
-        "2: entry 2 gains 1", "3: entry 4 off",   "5: entry 5 off",
-        "7: entry 6 as_is",   "8: entry 7 zero",  "9: entry 8 zero"};
+        "0: blob file 1 ", "0: entry 0 as_is", "1: entry 1 as_is", "2: entry 2 gains 1",
+        "3: entry 4 off", "5: entry 5 off", "7: entry 6 as_is", "8: entry 7 zero",
+        "9: entry 8 zero"};
+    // clang-format on
     for (bool contentOn : {true, false}) {
         prepareStore();
         RecordingEffect effect;

@@ -296,7 +296,7 @@ TEST(NoSpeakerDeviceTest, EmptySpeakerSelectionRefusesEveryTuning) {
     EXPECT_EQ(2, loaded.peer.tuningParamValue());
 }
 
-const std::string kExample = examplesDir() + "/kvx-default-spatializer.xml";
+const std::string kExample = exampleFile();
 
 // Everything loading filed, as text.
 std::string dump(SpatializerParamArrayTestPeer& peer) {

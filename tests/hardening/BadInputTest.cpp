@@ -12,7 +12,6 @@
 #include <climits>
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,16 +29,11 @@
 namespace korva::test {
 namespace {
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 void writeFile(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
 }
 
-const std::string kExample = examplesDir() + "/kvx-default-spatializer.xml";
+const std::string kExample = exampleFile();
 
 // The scratch files made so far, removed after each test.
 std::vector<std::string> sScratch;
@@ -89,7 +83,7 @@ protected:
 };
 
 TEST_F(BadInputTest, UnusableFilesAreRefusedWhole) {
-    const std::string example = readFile(kExample);
+    const std::string example = fileText(kExample);
     ASSERT_GT(example.size(), 1000u);
     // 100 000 nested elements: beyond libxml2's depth limit.
     std::string nested = "<?xml version=\"1.0\"?>\n<root>\n";
@@ -162,7 +156,7 @@ TEST_F(BadInputTest, HugeAttributesAndTenThousandProfilesBecomeWholeBlobs) {
 // Loads while another thread keeps replacing the file, by rename and by rewriting in place:
 // each load either files all of the example's blobs or none; none crashes or half-loads.
 TEST_F(BadInputTest, FileReplacedWhileBeingReadLoadsWholeOrNothing) {
-    const std::string example = readFile(kExample);
+    const std::string example = fileText(kExample);
     const std::string variants[] = {example, example.substr(0, example.size() / 2), "not xml", ""};
     std::string path = scratch("replaced.xml");
     writeFile(path, example);

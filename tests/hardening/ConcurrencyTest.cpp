@@ -52,15 +52,12 @@ std::vector<int> geqEntry() {
 void fillStore() {
     SpatializerParamArrayTestPeer peer;
     for (int id = 0; id < kProfiles; id++) {
-        peer.xmlProfileParams()[id] = Blob()
-                                          .add(kAll, GEBS, geqEntry())
-                                          .add(kAll, MDLE, {id})
-                                          .add(kSpeaker, DOM, {1, 10 + id, 20 + id})
-                                          .add(kSpeaker, DSOE, {id})
-                                          .add(kBluetooth, VBON, {1})
-                                          .add(kSpeaker, DEON, {1})
-                                          .add(kUsb, IEON, {id % 2})
-                                          .add(kSpeaker, AOON, {1});
+        // clang-format off
+        peer.xmlProfileParams()[id] = Blob().add(kAll, GEBS, geqEntry()).add(kAll, MDLE, {id})
+            .add(kSpeaker, DOM, {1, 10 + id, 20 + id}).add(kSpeaker, DSOE, {id})
+            .add(kBluetooth, VBON, {1}).add(kSpeaker, DEON, {1}).add(kUsb, IEON, {id % 2})
+            .add(kSpeaker, AOON, {1});
+        // clang-format on
         peer.xmlProfileCount()++;
         peer.profileGeqGains()[id] = counting(10 * id, 1, 20);
     }

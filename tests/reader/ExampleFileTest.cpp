@@ -18,7 +18,7 @@
 namespace korva {
 namespace {
 
-const std::string kExample = test::examplesDir() + "/kvx-default-spatializer.xml";
+const std::string kExample = test::exampleFile();
 
 // Elements that give the document its structure rather than a parameter value.
 // clang-format off

@@ -124,18 +124,11 @@ TEST(LoadObserverTest, ReaderReportsWhatItPassedOver) {
                  "  <tuning name=\"t\"><device_id id=\"d\" endpoint_port=\"usb\"/></tuning>\n"  // 14
                  "  <profile id=\"2\" name=\"late\"/>\n"  // 15
                  "</t>\n");
-    expectAll(events, {
-                          "6 skip stepped-over comment",
-                          "7 lookup missed text",
-                          "7 skip no-setter include",
-                          "8 number value '1.5' 1",
-                          "8 ignored vaule",
-                          "11 skip not-walked extra",
-                          "13 skip unknown mystery",
-                          "14 missing orientation",
-                          "14 skip stepped-over device_id",
-                          "15 skip after-cut profile",
-                      });
+    expectAll(events,
+              {"6 skip stepped-over comment", "7 lookup missed text", "7 skip no-setter include",
+               "8 number value '1.5' 1", "8 ignored vaule", "11 skip not-walked extra",
+               "13 skip unknown mystery", "14 missing orientation",
+               "14 skip stepped-over device_id", "15 skip after-cut profile"});
 }
 
 // A listener's copy of the document pairs every node the reader reports with its own counterpart,
@@ -176,15 +169,12 @@ private:
 
 TEST(LoadObserverTest, DocumentCopyPairsEveryReportedNode) {
     CopyingLog log;
-    SpatializerParamArray& store = startOn(std::string(kHeader) +
-                                               "  <profile id=\"1\" name=\"movie\">\n"
-                                               "    <data><!-- c -->\n"
-                                               "      <endpoint_type id=\"speaker\"/>\n"
-                                               "    </data>\n"
-                                               "  </profile>\n"
-                                               "  <mystery/>\n"
-                                               "</t>\n",
-                                           &log);
+    SpatializerParamArray& store =
+        startOn(std::string(kHeader) +
+                    "  <profile id=\"1\" name=\"movie\">\n    <data><!-- c -->\n"
+                    "      <endpoint_type id=\"speaker\"/>\n    </data>\n  </profile>\n"
+                    "  <mystery/>\n</t>\n",
+                &log);
     ASSERT_NE(nullptr, log.copy);
     EXPECT_GE(log.checked.size(), 4u);
     EXPECT_TRUE(log.mismatches.empty()) << ::testing::PrintToString(log.mismatches);
@@ -209,18 +199,10 @@ TEST(LoadObserverTest, LoaderReportsWhereRecordsWent) {
         "    <data/>\n  </tuning>\n"
         "  <tuning name=\"q\">\n    <device_id id=\"o\" endpoint_port=\"usb\"/>\n  </tuning>\n"
         "</t>\n");
-    expectAll(events, {
-                          "blob 1 stored 40",
-                          "blob 1 dropped 40",
-                          "blob  stored 40",
-                          "blob z stored 40",
-                          "0 empty volume_modeler_enable 0",
-                          "partner-missing 0",
-                          "partner-missing 1",
-                          "partner-missing 4 v",
-                          "partner-missing 3 q",
-                          "default-missing 3 'default_headphone'",
-                      });
+    expectAll(events, {"blob 1 stored 40", "blob 1 dropped 40", "blob  stored 40",
+                       "blob z stored 40", "0 empty volume_modeler_enable 0", "partner-missing 0",
+                       "partner-missing 1", "partner-missing 4 v", "partner-missing 3 q",
+                       "default-missing 3 'default_headphone'"});
 }
 
 }  // namespace

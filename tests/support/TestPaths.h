@@ -1,5 +1,7 @@
 #pragma once
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace korva::test {
@@ -13,9 +15,15 @@ inline std::string testDataFile(const std::string& name) {
     return testDataDir() + "/" + name;
 }
 
-// Folder of the bundled example tuning file.
-inline std::string examplesDir() {
-    return KORVA_EXAMPLES_DIR;
+// The bundled example tuning file.
+inline std::string exampleFile() {
+    return KORVA_EXAMPLES_DIR "/kvx-default-spatializer.xml";
+}
+
+// A file's bytes; empty when it cannot be read.
+inline std::string fileText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 }  // namespace korva::test

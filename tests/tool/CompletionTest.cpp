@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/lsp/Completion.h"
 #include "tools/lsp/LspText.h"
@@ -57,33 +57,28 @@ TEST(CompletionTest, OffersWhatIsValidWhereTheCursorStands) {
         std::vector<std::string> offered;
         std::vector<std::string> notOffered;
     };
+    // Inside a profile's data, and inside a tuning's.
+    const std::string profile = kHead + "  <profile id=\"0\" name=\"a\">\n    <data>\n      ";
+    const std::string speaker = profile + "<endpoint_type id=\"speaker\">\n";
+    const std::string tuning = kHead + "  <tuning>\n    <data>\n      ";
+    // clang-format off
     const std::vector<Case> cases = {
         {"an empty file: the root", "<|", {"kvx_spatializer_tuning"}, {"profile"}},
-        {"in the root: versions and records",
-         kHead + "  <|",
+        {"in the root: versions and records", kHead + "  <|",
          {"tool_version", "authorized_technologies", "preset", "profile", "tuning"},
          {"data", "volmax-boost", "band"}},
         {"in the root, a name begun", kHead + "  <pro|", {"profile"}, {}},
-        {"in a profile's data: its parameters and endpoints",
-         kHead + "  <profile id=\"0\" name=\"a\">\n    <data>\n      <|",
+        {"in a profile's data: its parameters and endpoints", profile + "<|",
          {"endpoint_type", "headphone-virtualizer-mode", "ieq-enable"},
          {"include", "regulator-enable", "tuning"}},
         {"in an endpoint: the include and the endpoint's parameters",
-         kHead +
-             "  <profile id=\"0\" name=\"a\">\n    <data>\n      <endpoint_type id=\"speaker\">\n"
-             "        <include ieq_preset=\"0\"/>\n        <|",
+         speaker + "        <include ieq_preset=\"0\"/>\n        <|",
          {"include", "volmax-boost", "dialog-enhancer-enable"},
          {"endpoint_type", "regulator-enable"}},
-        {"a closed endpoint is left",
-         kHead +
-             "  <profile id=\"0\" name=\"a\">\n    <data>\n      <endpoint_type id=\"speaker\">\n"
-             "      </endpoint_type>\n      <|",
-         {"endpoint_type"},
-         {"include"}},
-        {"in a tuning: its bindings and data",
-         kHead + "  <tuning name=\"t\">\n    <|",
-         {"device_id", "data"},
-         {"volmax-boost"}},
+        {"a closed endpoint is left", speaker + "      </endpoint_type>\n      <|",
+         {"endpoint_type"}, {"include"}},
+        {"in a tuning: its bindings and data", kHead + "  <tuning name=\"t\">\n    <|",
+         {"device_id", "data"}, {"volmax-boost"}},
         {"in a tuning's data: the tuning's parameters",
          kHead + "  <tuning name=\"t\">\n    <device_id id=\"\" endpoint_port=\"usb\"/>\n"
                  "    <data>\n      <|",
@@ -91,63 +86,41 @@ TEST(CompletionTest, OffersWhatIsValidWhereTheCursorStands) {
          {"endpoint_type", "volmax-boost"}},
         {"in a list parameter: its rows",
          kHead + "  <tuning name=\"t\">\n    <data>\n      <regulator-tuning>\n        <|",
-         {"band"},
-         {"band_ieq"}},
+         {"band"}, {"band_ieq"}},
         {"in a preset: its data, then its list",
-         kHead + "  <preset id=\"0\" type=\"ieq\">\n    <data>\n      <|",
-         {"ieq", "geq"},
+         kHead + "  <preset id=\"0\" type=\"ieq\">\n    <data>\n      <|", {"ieq", "geq"},
          {"band_ieq"}},
-        {"attributes of a record being typed",
-         kHead + "  <tuning name=\"t\" |",
-         {"endpoint_type", "mono_device", "orientation", "output_channels"},
-         {"name"}},
+        {"attributes of a record being typed", kHead + "  <tuning name=\"t\" |",
+         {"endpoint_type", "mono_device", "orientation", "output_channels"}, {"name"}},
         {"attributes written after the cursor are not offered again",
-         kHead + "  <tuning | name=\"t\" orientation=\"0\">",
-         {"endpoint_type"},
+         kHead + "  <tuning | name=\"t\" orientation=\"0\">", {"endpoint_type"},
          {"name", "orientation"}},
-        {"attributes of a parameter",
-         kHead + "  <tuning>\n    <data>\n      <regulator-enable |",
-         {"value"},
-         {}},
-        {"a band's attributes",
-         kHead +
-             "  <tuning>\n    <data>\n      <regulator-tuning>\n        <band frequency=\"4\" |",
-         {"threshold_low", "threshold_high", "isolated_band"},
-         {"frequency"}},
-        {"endpoint keywords",
-         kHead + "  <tuning endpoint_type=\"|\"",
-         {"speaker", "headphone", "other"},
-         {"true"}},
-        {"port names",
-         kHead + "  <tuning>\n    <device_id endpoint_port=\"u|\"",
-         {"internal_speaker", "headphone", "bluetooth", "usb"},
-         {"speaker"}},
+        {"attributes of a parameter", tuning + "<regulator-enable |", {"value"}, {}},
+        {"a band's attributes", tuning + "<regulator-tuning>\n        <band frequency=\"4\" |",
+         {"threshold_low", "threshold_high", "isolated_band"}, {"frequency"}},
+        {"endpoint keywords", kHead + "  <tuning endpoint_type=\"|\"",
+         {"speaker", "headphone", "other"}, {"true"}},
+        {"port names", kHead + "  <tuning>\n    <device_id endpoint_port=\"u|\"",
+         {"internal_speaker", "headphone", "bluetooth", "usb"}, {"speaker"}},
         {"booleans", kHead + "  <tuning mono_device='|'", {"true", "false"}, {}},
         {"preset types", kHead + "  <preset type=\"|\"", {"ieq", "geq"}, {}},
-        {"a scalar parameter's value",
-         kHead + "  <tuning>\n    <data>\n      <regulator-enable value=\"|\"",
-         {"true", "false"},
-         {}},
+        {"a scalar parameter's value", tuning + "<regulator-enable value=\"|\"",
+         {"true", "false"}, {}},
         {"after a tag left unfinished",
-         kHead + "  <profile id=\"0\"\n  <tuning name=\"t\">\n    <|",
-         {"device_id", "data"},
-         {}},
+         kHead + "  <profile id=\"0\"\n  <tuning name=\"t\">\n    <|", {"device_id", "data"}, {}},
         {"inside a comment: nothing", kHead + "  <!-- <|", {}, {"profile", "tuning"}},
         // "é" is one UTF-16 unit in two bytes, "😀" two in four: a cursor counted in bytes would
         // land inside the comment or past the '<'.
         {"after characters of two and four bytes", kHead + "  <!-- é😀 -->  <|", {"profile"}, {}},
         {"inside a comment after them", kHead + "  <!-- é|😀 -->  <", {}, {"profile"}},
-        {"after a comment that holds a tag",
-         kHead + "  <!-- <tuning> -->\n  <|",
-         {"profile"},
+        {"after a comment that holds a tag", kHead + "  <!-- <tuning> -->\n  <|", {"profile"},
          {"device_id"}},
         {"in text between elements: nothing", kHead + "  tex|t", {}, {"profile"}},
         {"in a closing tag: nothing", kHead + "  </|", {}, {"profile"}},
-        {"below an element outside the grammar: nothing",
-         kHead + "  <unknown>\n    <|",
-         {},
+        {"below an element outside the grammar: nothing", kHead + "  <unknown>\n    <|", {},
          {"profile", "data"}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         const std::vector<std::string> offered = labels(c.text);
@@ -164,10 +137,7 @@ TEST(CompletionTest, OffersWhatIsValidWhereTheCursorStands) {
 }
 
 TEST(CompletionTest, EveryElementOfTheExampleIsOfferedWhereItStands) {
-    std::ifstream file(ExampleFile::path());
-    std::stringstream buffer;
-    buffer << file.rdbuf();
-    const std::string text = buffer.str();
+    const std::string text = test::fileText(ExampleFile::path());
     std::istringstream lines(text);
     std::string line;
     int checked = 0;

@@ -169,35 +169,24 @@ struct LayoutCase {
 };
 
 TEST(EntryViewTest, ReadsEachLayoutAndSaysWhenTheCountsDoNotMatch) {
+    const std::string kMismatch = "(the words do not match the layout's counts)";
+    // clang-format off
     const LayoutCase kCases[] = {
-        {"stereo optimiser",
-         "aobs",
-         {2, 2, 100, 1000, 16, -8, 0, 4},
-         true,
+        {"stereo optimiser", "aobs", {2, 2, 100, 1000, 16, -8, 0, 4}, true,
          {"band 1: 100 Hz  gain_l 1 dB (16)  gain_r 0 dB (0)",
           "band 2: 1000 Hz  gain_l -0.5 dB (-8)  gain_r 0.25 dB (4)"}},
-        {"regulator",
-         "arbs",
-         {1, 47, -192, -96, 1},
-         true,
+        {"regulator", "arbs", {1, 47, -192, -96, 1}, true,
          {"band 1: 47 Hz  threshold_low -12 dB (-192)  threshold_high -6 dB (-96)  "
           "isolated_band yes"}},
-        {"gains cut short",
-         "gebs",
-         {2, 100, 200, 32},
-         false,
-         {"band 1: 100 Hz  gain 2 dB (32)", "band 2: 200 Hz",
-          "(the words do not match the layout's counts)"}},
+        {"gains cut short", "gebs", {2, 100, 200, 32}, false,
+         {"band 1: 100 Hz  gain 2 dB (32)", "band 2: 200 Hz", kMismatch}},
         {"headphone mode", "dom", {1, 1, 2}, true, {"enable 1, endpoint 1, orientation 2"}},
-        {"matrix cut short",
-         "dom",
-         {1, 0, 1, 15, 4, 16384, 0, 8192},
-         false,
+        {"matrix cut short", "dom", {1, 0, 1, 15, 4, 16384, 0, 8192}, false,
          {"enable 1, endpoint 0, orientation 1", "matrix 1: layout 15, 4 coefficients (Q14)",
-          "  row 1: 1.0000 0.0000  (16384 0)", "  row 2: 0.5000  (8192)",
-          "(the words do not match the layout's counts)"}},
+          "  row 1: 1.0000 0.0000  (16384 0)", "  row 2: 0.5000  (8192)", kMismatch}},
         {"no layout", "dea", {4, -1}, true, {"4 -1"}},
     };
+    // clang-format on
     for (const LayoutCase& c : kCases) {
         SCOPED_TRACE(c.name);
         const EntryView view = EntryView::decode(vexParameterCode(c.code), c.words);

@@ -6,13 +6,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tools/load/ChildLoads.h"
 #include "tools/load/ExampleFile.h"
 #include "tools/load/StoreSession.h"
@@ -22,11 +21,6 @@
 
 namespace korva::tool {
 namespace {
-
-std::string exampleText() {
-    std::ifstream in(ExampleFile::path(), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // The hover index and the outline of a text, as the server's analysing child makes them.
 Json analyse(const std::string& text) {
@@ -103,70 +97,10 @@ void checkHovers(const std::string& text, const Json& index, const std::vector<H
     }
 }
 
-TEST(HoverTest, ExampleElementsSayWhatTheyFeed) {
-    const std::string text = exampleText();
-    const Json made = analyse(text);
-    ASSERT_TRUE(made.is_object());
-    // Lines read by hand from the example; values as explain shows them.
-    checkHovers(
-        text, made["index"],
-        {
-            {"a simple parameter",
-             387,
-             "dialog-enhancer-amount",
-             3,
-             {"`dea` 8", "dialog_enhancer_amount of speaker endpoint of profile 1",
-              "profile 1 \"movie\": speaker"},
-             // The steering rule wrote mdee for the whole endpoint, not from this element.
-             {"a2dp", "`mdee`"}},
-            {"the same element's attribute", 387, "value=", 2, {"`dea` 8"}, {}},
-            {"a band's frequency",
-             55,
-             "frequency",
-             1,
-             {"`iebs` band 1 (47 Hz) frequency: 47", "ieq_frequency of IEQ preset 1",
-              "profile 1 \"movie\": speaker, a2dp, usb"},
-             {"target"}},
-            {"the band's target",
-             55,
-             "\"80\"",
-             1,
-             {"`iebs` band 1 (47 Hz) target: 5 dB (80)", "ieq_target"},
-             {"ieq_frequency"}},
-            {"the band element: both", 55, "band_ieq", 0, {"ieq_frequency", "ieq_target"}, {}},
-            {"a mix matrix row",
-             697,
-             "<l ",
-             1,
-             {"`dom` matrix 1 (layout 15) row 1 left: 1.0000 (16384)", "row 1 right: 0.0000 (0)",
-              "loader rule: the speaker tuning's mix matrix", "profile 0 \"dynamic\": speaker"},
-             {}},
-            {"a global setting", 23, "orbex_game_system_gain", 4, {"global setting"}, {}},
-            {"a tuning's own element", 682, "<tuning", 2, {}, {}},
-            {"indentation", 387, "<dialog-enhancer-amount", -2, {}, {}},
-            {"past the tag's end", 387, "/>", 2, {}, {}},
-            {"a comment", 3, "Example", 2, {}, {}},
-            {"an end tag", 75, "</ieq>", 3, {}, {}},
-        });
-    const auto [line, character] = cursor(text, 387, "/>", 2);
-    for (const auto& [l, c] : std::vector<std::pair<int, int>>{
-             {line, character + 1}, {line, 1000}, {-1, 0}, {100000, 0}, {line, -1}}) {
-        EXPECT_TRUE(HoverIndex::at(made["index"], text, l, c).is_null()) << l << ":" << c;
-    }
-    // An index that is not one answers nothing rather than failing, whatever it refers to.
-    const Json texts = {"dialog-enhancer-amount", ""};
-    const Json item = {387, 0, 1, {{1, 0, 1, 0, 1}, {0, 5, 2, 9, -1}}, {1, 2}};
-    for (const Json& odd :
-         {Json(), Json::array(), Json::array({1, {2, "x"}}), Json("text"),
-          Json::array({texts, {{"x", 1}}, item}), Json::array({texts, Json::array(), item})}) {
-        EXPECT_TRUE(HoverIndex::at(odd, text, line, 20).is_null()) << odd.dump();
-    }
-}
-
 // The editor's copy: a misspelt element, a band written over two lines, and a character outside
 // the Basic Multilingual Plane before a tag, which counts two UTF-16 units.
 TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
-    std::string text = exampleText();
+    std::string text = test::fileText(ExampleFile::path());
     const auto replace = [&text](const std::string& from, const std::string& to) {
         const size_t at = text.find(from);
         ASSERT_NE(at, std::string::npos) << from;
@@ -181,37 +115,21 @@ TEST(HoverTest, EditedTextsAreFoundWhereTheEditorPutsTheCursor) {
             "<!-- \xF0\x9D\x84\x9E --><volmax-boost value=\"144\"/>");
     const Json made = analyse(text);
     ASSERT_TRUE(made.is_object());
-    checkHovers(
-        text, made["index"],
-        {
-            {"a misspelt element",
-             lineOf(text, "duckin"),
-             "duckin",
-             0,
-             {"is not read: no parameter has this name"},
-             {"feeds"}},
-            {"an attribute on the tag's second line",
-             56,
-             "\"80\"",
-             1,
-             {"target: 5 dB (80)"},
-             {"ieq_frequency"}},
-            {"its frequency on the first", 55, "frequency", 1, {"frequency: 47"}, {"ieq_target"}},
-            {"a value written again",
-             lineOf(text, "value=\"9\""),
-             "value=\"8\"",
-             1,
-             {"`dea` 9", "written again from line " + std::to_string(lineOf(text, "value=\"9\""))},
-             {}},
-            // Two UTF-16 units in four bytes before it: a cursor counted in bytes is in the
-            // comment.
-            {"after a character of two units",
-             lineOf(text, "\xF0"),
-             "volmax-boost",
-             0,
-             {"`vmb` 144"},
-             {}},
-        });
+    const int again = lineOf(text, "value=\"9\"");
+    // clang-format off
+    checkHovers(text, made["index"], {
+        {"a misspelt element", lineOf(text, "duckin"), "duckin", 0,
+         {"is not read: no parameter has this name"}, {"feeds"}},
+        {"an attribute on the tag's second line", 56, "\"80\"", 1, {"target: 5 dB (80)"},
+         {"ieq_frequency"}},
+        {"its frequency on the first", 55, "frequency", 1, {"frequency: 47"}, {"ieq_target"}},
+        {"a value written again", again, "value=\"8\"", 1,
+         {"`dea` 9", "written again from line " + std::to_string(again)}, {}},
+        // Two UTF-16 units in four bytes before it: a cursor counted in bytes is in the comment.
+        {"after a character of two units", lineOf(text, "\xF0"), "volmax-boost", 0, {"`vmb` 144"},
+         {}},
+    });
+    // clang-format on
 }
 
 // Positions compare as the protocol orders them: by line, then character.
@@ -260,10 +178,51 @@ void checkRanges(const std::string& text, const Json& symbols, const Json* holde
     }
 }
 
-TEST(DocumentSymbolsTest, ExampleOutlineHoldsItsRecordsInTheirElements) {
-    const std::string text = exampleText();
+// One analysis of the example: its hovers say what they feed, its outline holds its records.
+TEST(HoverTest, ExampleHoversSayWhatTheyFeedAndItsOutlineHoldsItsRecords) {
+    const std::string text = test::fileText(ExampleFile::path());
     const Json made = analyse(text);
     ASSERT_TRUE(made.is_object());
+    // Lines read by hand from the example; values as explain shows them.
+    // clang-format off
+    checkHovers(text, made["index"], {
+        {"a simple parameter", 387, "dialog-enhancer-amount", 3,
+         {"`dea` 8", "dialog_enhancer_amount of speaker endpoint of profile 1",
+          "profile 1 \"movie\": speaker"},
+         // The steering rule wrote mdee for the whole endpoint, not from this element.
+         {"a2dp", "`mdee`"}},
+        {"the same element's attribute", 387, "value=", 2, {"`dea` 8"}, {}},
+        {"a band's frequency", 55, "frequency", 1,
+         {"`iebs` band 1 (47 Hz) frequency: 47", "ieq_frequency of IEQ preset 1",
+          "profile 1 \"movie\": speaker, a2dp, usb"}, {"target"}},
+        {"the band's target", 55, "\"80\"", 1,
+         {"`iebs` band 1 (47 Hz) target: 5 dB (80)", "ieq_target"}, {"ieq_frequency"}},
+        {"the band element: both", 55, "band_ieq", 0, {"ieq_frequency", "ieq_target"}, {}},
+        {"a mix matrix row", 697, "<l ", 1,
+         {"`dom` matrix 1 (layout 15) row 1 left: 1.0000 (16384)", "row 1 right: 0.0000 (0)",
+          "loader rule: the speaker tuning's mix matrix", "profile 0 \"dynamic\": speaker"}, {}},
+        {"a global setting", 23, "orbex_game_system_gain", 4, {"global setting"}, {}},
+        {"a tuning's own element", 682, "<tuning", 2, {}, {}},
+        {"indentation", 387, "<dialog-enhancer-amount", -2, {}, {}},
+        {"past the tag's end", 387, "/>", 2, {}, {}},
+        {"a comment", 3, "Example", 2, {}, {}},
+        {"an end tag", 75, "</ieq>", 3, {}, {}},
+    });
+    // clang-format on
+    const auto [line, character] = cursor(text, 387, "/>", 2);
+    for (const auto& [l, c] : std::vector<std::pair<int, int>>{
+             {line, character + 1}, {line, 1000}, {-1, 0}, {100000, 0}, {line, -1}}) {
+        EXPECT_TRUE(HoverIndex::at(made["index"], text, l, c).is_null()) << l << ":" << c;
+    }
+    // An index that is not one answers nothing rather than failing, whatever it refers to.
+    const Json texts = {"dialog-enhancer-amount", ""};
+    const Json item = {387, 0, 1, {{1, 0, 1, 0, 1}, {0, 5, 2, 9, -1}}, {1, 2}};
+    for (const Json& odd :
+         {Json(), Json::array(), Json::array({1, {2, "x"}}), Json("text"),
+          Json::array({texts, {{"x", 1}}, item}), Json::array({texts, Json::array(), item})}) {
+        EXPECT_TRUE(HoverIndex::at(odd, text, line, 20).is_null()) << odd.dump();
+    }
+    // The outline: each symbol's range lies in its holder's and names its element.
     const Json& symbols = made["symbols"];
     std::map<int, int> kinds;
     checkRanges(text, symbols, nullptr, &kinds);
@@ -301,23 +260,19 @@ TEST(TagTextTest, FindsTagsWhereTheEditorCountsThem) {
         const char* attribute;  // the one whose name or value holds the offset
         std::vector<std::string> open;
     } const kCases[] = {
+        // clang-format off
         {6, Tag::Kind::kStart, "", "", {}},  // at the '<': still text
-        {7, Tag::Kind::kStart, "a", "", {}},
-        {9, Tag::Kind::kStart, "a", "x", {}},
-        {13, Tag::Kind::kStart, "a", "x", {}},
-        {14, Tag::Kind::kStart, "a", "", {}},
-        {15, Tag::Kind::kStart, "a", "y", {}},
-        {20, Tag::Kind::kStart, "a", "", {}},
-        {21, Tag::Kind::kStart, "", "", {"a"}},
-        {23, Tag::Kind::kStart, "a", "", {"a"}},
-        {30, Tag::Kind::kOther, "", "", {"a", "a"}},
-        {38, Tag::Kind::kOther, "", "", {"a", "a"}},
-        {45, Tag::Kind::kStart, "b", "", {"a", "a"}},
-        {49, Tag::Kind::kStart, "b", "z", {"a", "a"}},
+        {7, Tag::Kind::kStart, "a", "", {}},  {9, Tag::Kind::kStart, "a", "x", {}},
+        {13, Tag::Kind::kStart, "a", "x", {}}, {14, Tag::Kind::kStart, "a", "", {}},
+        {15, Tag::Kind::kStart, "a", "y", {}}, {20, Tag::Kind::kStart, "a", "", {}},
+        {21, Tag::Kind::kStart, "", "", {"a"}}, {23, Tag::Kind::kStart, "a", "", {"a"}},
+        {30, Tag::Kind::kOther, "", "", {"a", "a"}}, {38, Tag::Kind::kOther, "", "", {"a", "a"}},
+        {45, Tag::Kind::kStart, "b", "", {"a", "a"}}, {49, Tag::Kind::kStart, "b", "z", {"a", "a"}},
         {text.find("</a> tail") + 1, Tag::Kind::kEnd, "a", "", {"a"}},
         {text.find(" tail"), Tag::Kind::kStart, "", "", {}},
         // A tag cut short by the text's end holds its end.
         {text.size(), Tag::Kind::kStart, "c", "", {}},
+        // clang-format on
     };
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.offset);

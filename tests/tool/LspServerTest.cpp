@@ -12,9 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <regex>
 #include <string>
@@ -22,6 +20,7 @@
 #include <tuple>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tools/lsp/DocumentAnalysis.h"
 #include "tools/lsp/LspServer.h"
 #include "tools/lsp/LspText.h"
@@ -293,19 +292,17 @@ TEST_F(LspServerTest, LifecycleAndExitStatus) {
         std::vector<int> codes;  // each request's error code, 0 for a result
         int status;
     } kCases[] = {
+        // clang-format off
         {"exit after shutdown",
-         {request(1, "initialize"), request(2, "shutdown"), notification("exit", {})},
-         {0, 0},
-         0},
+         {request(1, "initialize"), request(2, "shutdown"), notification("exit", {})}, {0, 0}, 0},
         {"exit without shutdown", {request(1, "initialize"), notification("exit", {})}, {0}, 1},
         {"input ends after shutdown", {request(1, "initialize"), request(2, "shutdown")}, {0, 0}, 0},
         {"input ends without shutdown", {request(1, "initialize")}, {0}, 1},
         {"requests before initialize and after shutdown",
          {request(1, "shutdown"), request(2, "initialize"), request(3, "shutdown"),
           request(4, "textDocument/documentSymbol", {{"textDocument", {{"uri", kUri}}}}),
-          notification("exit", {})},
-         {-32002, 0, 0, -32600},
-         0},
+          notification("exit", {})}, {-32002, 0, 0, -32600}, 0},
+        // clang-format on
     };
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.what);
@@ -449,8 +446,7 @@ TEST_F(LspServerTest, ClosingPublishesNothingAndPositionsOutsideTheTextAreAnswer
 TEST_F(LspServerTest, ExitingWhileAnAnalysisRunsLeavesNoFileBehind) {
     // The example, large enough that its analysis is still running when exit arrives; TearDown
     // checks the folder.
-    std::ifstream in(std::string(KORVA_EXAMPLES_DIR) + "/kvx-default-spatializer.xml");
-    const std::string example{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string example = test::fileText(test::exampleFile());
     ASSERT_FALSE(example.empty());
     start();
     initialize();

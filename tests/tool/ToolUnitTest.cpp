@@ -530,36 +530,28 @@ TEST_F(UndoEditTest, EachEditIsMadeInTheCopyAndTakenBackAfterward) {
         std::string described;
         Json shown;  // more of its JSON: the tag an edit leaves is the start tag of an element
     } cases[] = {
-        {{Action::kRemove, node("")},
-         "\"speaker\">\n",
-         "<!-- note -->",
-         "remove the comment on line 6",
-         Json::object()},
+        // clang-format off
+        {{Action::kRemove, node("")}, "\"speaker\">\n", "<!-- note -->",
+         "remove the comment on line 6", Json::object()},
         {{Action::kMoveBefore, node("include"), "", "", node("")},
-         "\"speaker\"><include ieq_preset=\"2\"/><!-- note -->",
-         "",
+         "\"speaker\"><include ieq_preset=\"2\"/><!-- note -->", "",
          "move <include> on line 7 before line 6",
          {{"moves", "<include ieq_preset=\"2\"/>"}, {"before_line", 6}}},
-        {{Action::kRename, node("dialog-enhancer-amount"), "", "dea"},
-         "<dea vaule=\"4\"/>",
-         "<dialog-enhancer-amount",
-         "rename <dialog-enhancer-amount> on line 8 to <dea>",
+        {{Action::kRename, node("dialog-enhancer-amount"), "", "dea"}, "<dea vaule=\"4\"/>",
+         "<dialog-enhancer-amount", "rename <dialog-enhancer-amount> on line 8 to <dea>",
          Json::object()},
         {{Action::kRename, node("dialog-enhancer-amount"), "vaule", "value"},
-         "<dialog-enhancer-amount value=\"4\"/>",
-         "vaule",
+         "<dialog-enhancer-amount value=\"4\"/>", "vaule",
          "rename attribute \"vaule\" of <dialog-enhancer-amount> on line 8 to \"value\"",
          Json::object()},
         {{Action::kReplace, node("endpoint_type"), "id", "headphone"},
-         "<endpoint_type id=\"headphone\">",
-         "\"speaker\"",
+         "<endpoint_type id=\"headphone\">", "\"speaker\"",
          "set id of <endpoint_type> on line 6 to \"headphone\"",
          {{"becomes", "<endpoint_type id=\"headphone\">"}}},
-        {{Action::kRemoveAttribute, node("include"), "ieq_preset"},
-         "<include/>",
-         "ieq_preset",
+        {{Action::kRemoveAttribute, node("include"), "ieq_preset"}, "<include/>", "ieq_preset",
          "remove attribute \"ieq_preset\" of <include> on line 7",
          {{"becomes", "<include/>"}, {"removes", "ieq_preset"}}},
+        // clang-format on
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.described);

@@ -175,14 +175,14 @@ TEST(ParameterTranslatorTest, EntriesComeInTranslatorCreationOrder) {
         in[on] = {1};
     }
     auto v = [&in](Parameter p) { return in.at(p)[0]; };
+    // clang-format off
     std::map<VexParameter, std::vector<int>> passed = {
-        {IEBS, {1, v(IEQ_FREQUENCY), v(IEQ_TARGET)}},
-        {DRCM, {v(CUSTOM_DRC_METADATA)}},
-        {VBCG, {v(VIRTUAL_BASS_BLEND_LINEAR_GAIN_SEPARATED)}},
-        {HFON, {v(HIGH_PASS_FILTER_ENABLE)}},
+        {IEBS, {1, v(IEQ_FREQUENCY), v(IEQ_TARGET)}}, {DRCM, {v(CUSTOM_DRC_METADATA)}},
+        {VBCG, {v(VIRTUAL_BASS_BLEND_LINEAR_GAIN_SEPARATED)}}, {HFON, {v(HIGH_PASS_FILTER_ENABLE)}},
         {HFCF, {v(HIGH_PASS_FILTER_CUTOFF_FREQUENCY_INDEX)}},
         {VBSF, {v(VIRTUAL_BASS_SRC_FREQ_LOW), v(VIRTUAL_BASS_SRC_FREQ_HIGH)}},
         {VBMF, {v(VIRTUAL_BASS_MIX_FREQ_LOW), v(VIRTUAL_BASS_MIX_FREQ_HIGH)}}};
+    // clang-format on
     TestRecord record(in);
     ParameterTranslator translator;
     translator.setSource(&record, ENDPOINT_SPEAKER, false);
@@ -206,11 +206,10 @@ TEST(ParameterTranslatorTest, QueuedTranslatorsRunOnceWithTheSourcesEndpointAndM
     translator.translatePending(cmd);
     EXPECT_EQ((std::vector<int>{5, 0}), cmd.mBuffer);
 
-    TestRecord record({{GEQ_FREQUENCY, {100}},
-                       {GEQ_GAIN, {3}},
-                       {VIRTUALIZER_ENABLE, {1}},
-                       {ORIENTATION, {0}},
-                       {OUTPUT_MIX_MATRIX, {5}}});
+    // clang-format off
+    TestRecord record({{GEQ_FREQUENCY, {100}}, {GEQ_GAIN, {3}}, {VIRTUALIZER_ENABLE, {1}},
+                       {ORIENTATION, {0}}, {OUTPUT_MIX_MATRIX, {5}}});
+    // clang-format on
     translator.setSource(&record, ENDPOINT_SPEAKER, true);
     // Queued in another order than the translators were made in, some twice, one without
     // translator.
@@ -244,31 +243,24 @@ Values with(Values base, const Values& extra) {
 }
 
 TEST(CompositeTranslatorTest, EachBranchAndBoundary) {
-    const Values dso = {{DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {1}},
-                        {DYNAMIC_SPEAKER_OPTIMIZATION_AMOUNT, {7}},
-                        {DYNAMIC_SPEAKER_OPTIMIZATION_SPEAKER_INTERVAL, {5, 6}}};
-    const Values mode = {
-        {VIRTUALIZER_ENABLE, {1}}, {ORIENTATION, {0}}, {OUTPUT_MIX_MATRIX, {1, 2, 3, 4}}};
-    const Values optimizer = {{AUDIO_OPTIMIZER_FREQUENCY, {100, 200, 300}},
-                              {AUDIO_OPTIMIZER_GAIN_L, {1, 2, 3}},
-                              {AUDIO_OPTIMIZER_GAIN_R, {4, 5, 6}},
-                              {AUDIO_OPTIMIZER_GAIN_LS, {7}},
-                              {AUDIO_OPTIMIZER_GAIN_RS, {8}}};
-    const Values ceq = {{COMPLEX_EQUALIZER_ENABLE, {1}},
-                        {COMPLEX_EQUALIZER_TUNING_LEFT, {1, 2}},
-                        {COMPLEX_EQUALIZER_TUNING_RIGHT, {3, 4}},
-                        {COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, {5, 6}},
-                        {COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND, {7, 8}}};
-    const Values bands = {{REGULATOR_FREQUENCY, {100, 200}},
-                          {REGULATOR_THRESHOLD_LOW, {1, 2}},
-                          {REGULATOR_THRESHOLD_HIGH, {3, 4}},
-                          {REGULATOR_ISOLATED_BAND, {5}}};
-    const std::vector<int> arbs = {2, 100, 200, 1, 2, 3, 4, 5};
     const Parameter de = DIALOG_ENHANCER_AMOUNT, mbdrc = BASS_MBDRC_TUNING;
     const Parameter dsoi = DYNAMIC_SPEAKER_OPTIMIZATION_SPEAKER_INTERVAL;
     const Parameter ao = AUDIO_OPTIMIZER_FREQUENCY, ce = COMPLEX_EQUALIZER_TUNING_LEFT;
     const Parameter stress = REGULATOR_STRESS_AMOUNT, channels = OUTPUT_CHANNELS;
     // clang-format off
+    const Values dso = {{DYNAMIC_SPEAKER_OPTIMIZATION_ENABLE, {1}},
+        {DYNAMIC_SPEAKER_OPTIMIZATION_AMOUNT, {7}}, {dsoi, {5, 6}}};
+    const Values mode = {
+        {VIRTUALIZER_ENABLE, {1}}, {ORIENTATION, {0}}, {OUTPUT_MIX_MATRIX, {1, 2, 3, 4}}};
+    const Values optimizer = {{ao, {100, 200, 300}}, {AUDIO_OPTIMIZER_GAIN_L, {1, 2, 3}},
+        {AUDIO_OPTIMIZER_GAIN_R, {4, 5, 6}}, {AUDIO_OPTIMIZER_GAIN_LS, {7}},
+        {AUDIO_OPTIMIZER_GAIN_RS, {8}}};
+    const Values ceq = {{COMPLEX_EQUALIZER_ENABLE, {1}}, {ce, {1, 2}},
+        {COMPLEX_EQUALIZER_TUNING_RIGHT, {3, 4}}, {COMPLEX_EQUALIZER_TUNING_LEFT_SURROUND, {5, 6}},
+        {COMPLEX_EQUALIZER_TUNING_RIGHT_SURROUND, {7, 8}}};
+    const Values bands = {{REGULATOR_FREQUENCY, {100, 200}}, {REGULATOR_THRESHOLD_LOW, {1, 2}},
+        {REGULATOR_THRESHOLD_HIGH, {3, 4}}, {REGULATOR_ISOLATED_BAND, {5}}};
+    const std::vector<int> arbs = {2, 100, 200, 1, 2, 3, 4, 5};
     const Values sibilance = with(bands, {{REGULATOR_STRESS_AMOUNT, {9}},
         {REGULATOR_SIBILANCE_SUPPRESS_ENABLE, {1}},
         {REGULATOR_SIBILANCE_SUPPRESS_AMOUNTS_LEFT, {1, 2}},
